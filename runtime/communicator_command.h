@@ -1,0 +1,58 @@
+#ifndef RUNTIME_COMMUNICATOR_COMMAND_H
+#define RUNTIME_COMMUNICATOR_COMMAND_H
+
+#include <QString>
+
+/// Kinds of data unit that a command counts in (CommunicatorCommand::unitKind).
+enum UnitKind {
+    kUnitBit = 0,
+    kUnitByte = 1,
+    kUnitWord = 2,        ///< 2 bytes
+    kUnitDoubleWord = 3,  ///< 4 bytes
+    kUnitQuadWord = 4,    ///< 8 bytes
+    kUnitBlock = 5,       ///< block of bytes
+    kUnitBits = 6,        ///< the runtime's other bit kind
+    kUnitKindMax = kUnitBits
+};
+
+/// One access that the runtime asks of a driver: an address, a kind of unit and a count.
+///
+/// A value record, copied freely; it belongs to the runtime. The order of the virtual operations
+/// and of the fields is part of the binary contract between the runtime and its drivers.
+class CommunicatorCommand {
+  public:
+    CommunicatorCommand() : unitKind(kUnitBit), unitCount(0) {}
+    CommunicatorCommand(qint32 kind, quint32 count, const QString& addressText)
+        : unitKind(kind), unitCount(count), address(addressText) {}
+    virtual ~CommunicatorCommand() {}
+
+    /// Size of the command's data in bytes, exactly what a successful read() returns.
+    virtual quint32 getDataSize() const {
+        switch (unitKind) {
+            case kUnitBit:
+                return unitCount == 0 ? 1 : unitCount / 8 + (unitCount % 8 != 0 ? 1 : 0);
+            case kUnitByte:
+            case kUnitBlock:
+                return unitCount;
+            case kUnitWord:
+                return 2 * unitCount;
+            case kUnitDoubleWord:
+                return 4 * unitCount;
+            case kUnitQuadWord:
+                return 8 * unitCount;
+            default:
+                return 1;
+        }
+    }
+
+    /// Text that tells one command from another: "address_kind_count", numbers in decimal.
+    virtual QString stringKey() const {
+        return QString("%1_%2_%3").arg(address).arg(unitKind).arg(unitCount);
+    }
+
+    qint32 unitKind;    ///< UnitKind, or a value that the driver refuses
+    quint32 unitCount;  ///< number of units
+    QString address;    ///< tag address as the operator entered it, e.g. DINT0:COUNTER
+};
+
+#endif
