@@ -18,31 +18,40 @@ enum UnitKind {
 /// One access that the runtime asks of a driver: an address, a kind of unit and a count.
 ///
 /// A value record, copied freely; it belongs to the runtime. The order of the virtual operations
-/// and of the fields is part of the binary contract between the runtime and its drivers.
+/// (there is no virtual destructor) and of the fields is part of the binary contract between the runtime and its drivers.
 class CommunicatorCommand {
   public:
     CommunicatorCommand() : unitKind(kUnitBit), unitCount(0) {}
     CommunicatorCommand(qint32 kind, quint32 count, const QString& addressText)
         : unitKind(kind), unitCount(count), address(addressText) {}
-    virtual ~CommunicatorCommand() {}
 
     /// Size of the command's data in bytes, exactly what a successful read() returns.
-    virtual quint32 getDataSize() const {
+    /// A product beyond 2^31-1 is cut to that; a driver refuses such a command anyway.
+    virtual int getDataSize() const {
+        const qint64 count = unitCount;
+        qint64 bytes = 1;
         switch (unitKind) {
             case kUnitBit:
-                return unitCount == 0 ? 1 : unitCount / 8 + (unitCount % 8 != 0 ? 1 : 0);
+                bytes = count == 0 ? 1 : (count + 7) / 8;
+                break;
             case kUnitByte:
             case kUnitBlock:
-                return unitCount;
+                bytes = count;
+                break;
             case kUnitWord:
-                return 2 * unitCount;
+                bytes = 2 * count;
+                break;
             case kUnitDoubleWord:
-                return 4 * unitCount;
+                bytes = 4 * count;
+                break;
             case kUnitQuadWord:
-                return 8 * unitCount;
+                bytes = 8 * count;
+                break;
             default:
-                return 1;
+                break;
         }
+        const qint64 largest = 0x7FFFFFFF;
+        return static_cast<int>(bytes < largest ? bytes : largest);
     }
 
     /// Text that tells one command from another: "address_kind_count", numbers in decimal.
