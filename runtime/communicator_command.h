@@ -18,7 +18,8 @@ enum UnitKind {
 /// One access that the runtime asks of a driver: an address, a kind of unit and a count.
 ///
 /// A value record, copied freely; it belongs to the runtime. The order of the virtual operations
-/// (there is no virtual destructor) and of the fields is part of the binary contract between the runtime and its drivers.
+/// (there is no virtual destructor) and of the fields is part of the binary contract between the
+/// runtime and its drivers.
 class CommunicatorCommand {
   public:
     CommunicatorCommand() : unitKind(kUnitBit), unitCount(0) {}
