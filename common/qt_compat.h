@@ -28,4 +28,16 @@ inline int compatRand() {
 #endif
 }
 
+/// qsrand(), likewise: seeds the calling thread's generator.
+inline void compatSeedRand(unsigned int seed) {
+#if defined(__GNUC__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+#endif
+    qsrand(seed);
+#if defined(__GNUC__)
+#pragma GCC diagnostic pop
+#endif
+}
+
 #endif

@@ -1,0 +1,234 @@
+// How the runtime gets a value: from the worker's cache, else from the controller.
+
+#include <QStringList>
+#include <algorithm>
+
+#include "drivers/ab_micro800_ethernet/ab_micro800_ethernet.h"
+#include "drivers/ab_micro800_ethernet/micro800_worker.h"
+#include "eip/lgx_data_cache.h"
+#include "eip/pipe_protocol.h"
+#include "runtime/abstract_device_interface.h"
+
+namespace {
+
+/// More than any encapsulated message carries; a command beyond it is a mistake of its sender.
+const int kLargestData = 65535;
+
+/// Addresses whose work is kept; a panel has some hundreds. Beyond, all are worked out anew.
+const int kMaxReadTargets = 4096;
+
+/// Whether each of the indexes fits the 32 bits that a path segment has for it.
+bool indexesFit(const QString& indexes) {
+    const QStringList parts = indexes.split(QLatin1Char(','));
+    for (int i = 0; i < parts.size(); ++i) {
+        bool fits = false;
+        parts.at(i).toInt(&fits);
+        if (!fits) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+QByteArray DriverABMicro800Eth::read(AbstractDeviceInterface* device,
+                                     const CommunicatorCommand& command) {
+    if (!prepare(device, "read", command)) {
+        return QByteArray();
+    }
+    QByteArray data;
+    for (int retries = 0;; ++retries) {
+        if (command.unitKind > kUnitKindMax) {
+            return QByteArray();
+        }
+        data = readAttempt(command);
+        if (!commError || retries >= device->retryCount()) {
+            break;
+        }
+        clearCommError();
+    }
+    if (commError) {
+        appendCmdToReadCommError(device->stationNumber() & 0xFF, command);
+    }
+    return data;
+}
+
+/// What a read and a write begin with: array declarations, a worker, and one that is not in
+/// trouble. False leaves the reason as the error.
+bool DriverABMicro800Eth::prepare(AbstractDeviceInterface* device, const char* verb,
+                                  const CommunicatorCommand& command) {
+    if (!readDB(device)) {
+        return false;
+    }
+    if (!worker && !initWorker(device)) {
+        const QString reason = worker ? worker->errStr() : lastError;
+        setCommError(reason.isEmpty() ? QString::fromLatin1("session commands not accepted")
+                                      : reason);
+        prefixCommError(verb, command);
+        return false;
+    }
+    clearCommError();
+    if (worker->hasErr()) {
+        setCommError(worker->errStr());
+        prefixCommError(verb, command);
+        return false;
+    }
+    return true;
+}
+
+/// One attempt, fitted to the size that the command asks for.
+QByteArray DriverABMicro800Eth::readAttempt(const CommunicatorCommand& command) {
+    const int wanted = command.getDataSize();
+    if (wanted > kLargestData) {
+        setCommError(QLatin1String("data size too large"));
+        return QByteArray();
+    }
+    QByteArray data = readData(command);
+    if (data.isEmpty() || data.size() == wanted) {
+        return data;
+    }
+    if (data.size() < wanted) {
+        data.append(QByteArray(wanted - data.size(), 0));
+    } else {
+        data.truncate(wanted);
+    }
+    return data;
+}
+
+QByteArray DriverABMicro800Eth::readData(const CommunicatorCommand& command) {
+    const ReadTarget& target = readTarget(command);
+    if (!target.isValid) {
+        setCommError(QLatin1String("invalid array element"));
+        return QByteArray();
+    }
+    return target.isElement ? readElement(target) : readPlainTag(target);
+}
+
+QByteArray DriverABMicro800Eth::readPlainTag(const ReadTarget& target) {
+    QByteArray data;
+    if (worker->cacheValue(target.key, data)) {
+        return data.isEmpty() ? QByteArray(1, 0) : data;
+    }
+    return directRead(target.name, target.elementCount);
+}
+
+QByteArray DriverABMicro800Eth::readElement(const ReadTarget& target) {
+    QByteArray data(target.dataSize, 0);
+    if (target.isDeclared) {
+        if (worker->cacheValue(target.key, data, target.byteOffset)) {
+            return data;
+        }
+        return directReadArrayElements(target.arrayName, target.indexText, target.type,
+                                       target.elementCount, target.arraySize, target.byteOffset);
+    }
+    if (worker->cacheValue(target.key, data) && data.size() >= target.dataSize) {
+        return data;
+    }
+    return directRead(target.name, target.elementCount);
+}
+
+/// The worked-out address of the command, kept from an earlier read where there was one.
+const DriverABMicro800Eth::ReadTarget& DriverABMicro800Eth::readTarget(
+    const CommunicatorCommand& command) {
+    const QHash<QString, ReadTarget>::iterator kept = readTargets.find(command.address);
+    const int dataSize = command.getDataSize();
+    if (kept != readTargets.end() && kept->dataSize == dataSize) {
+        return *kept;
+    }
+    if (readTargets.size() >= kMaxReadTargets) {
+        readTargets.clear();
+    }
+    return *readTargets.insert(command.address, makeReadTarget(command));
+}
+
+DriverABMicro800Eth::ReadTarget DriverABMicro800Eth::makeReadTarget(
+    const CommunicatorCommand& command) {
+    ReadTarget target = ReadTarget();
+    target.dataSize = command.getDataSize();
+    target.isValid = true;
+    target.elementCount = 1;
+    target.isElement = isArray(command.address);
+    if (!target.isElement) {
+        target.name = parseVarName(command.address);
+        target.key = LgxDataCache::keyFrom(target.name, 1);
+        return target;
+    }
+    target.arrayName = arrayName();
+    target.name = arrayElementName();
+    target.type = prefixSymbolToType(arrayPrefixSymbol());
+    target.isValid = indexesFit(arrayIndex());
+    target.elementCount = numberFrom(target.dataSize, target.type);
+    const int elementSize = _GetLGXDataSize(target.type);
+    // Without an element size there is no offset into the whole array: the element is a tag.
+    target.isDeclared = elementSize > 0 && arrayDefined(target.arrayName);
+    if (target.isDeclared) {
+        target.indexText = QLatin1Char('[') + arrayIndex() + QLatin1Char(']');
+        target.arraySize = arraySize(target.arrayName);
+        target.byteOffset = arrayElementByteOffset(target.arrayName, arrayIndex(), elementSize);
+        target.key = LgxDataCache::keyFrom(target.arrayName, target.arraySize);
+    } else {
+        target.key = LgxDataCache::keyFrom(target.name, target.elementCount);
+    }
+    return target;
+}
+
+QByteArray DriverABMicro800Eth::directRead(const QString& name, int count) {
+    const int length = LgxDriverPackReadCmd(cmdBuf.data(), static_cast<int>(cmdBuf.size()),
+                                            nextTID(0), name, count);
+    if (!sendToWorker(0, cmdBuf.data(), length) || !recvRspFromWorker()) {
+        return QByteArray();
+    }
+    QString errorText;
+    const QByteArray data = LgxDriverReadRspToByteArray(rspBuf.data(), tid(0), errorText);
+    if (data.isEmpty()) {
+        setCommError(errorText);
+    }
+    return data;
+}
+
+QByteArray DriverABMicro800Eth::directReadArrayElements(const QString& arrayName,
+                                                        const QString& indexText,
+                                                        _LGX_Data_Type type, int elementCount,
+                                                        int arraySize, int byteOffset) {
+    const int length = LgxDriverPackMicro800ReadArrayElementsCmd(
+        cmdBuf.data(), static_cast<int>(cmdBuf.size()), nextTID(0), arrayName, indexText, type,
+        elementCount, arraySize, byteOffset);
+    if (!sendToWorker(0, cmdBuf.data(), length) || !recvRspFromWorker()) {
+        return QByteArray();
+    }
+    QString errorText;
+    const QByteArray data =
+        LgxDriverReadArrayElementRspToByteArray(rspBuf.data(), tid(0), errorText);
+    if (data.isEmpty()) {
+        setCommError(errorText);
+    }
+    return data;
+}
+
+/// Sends a packed line; a line that could not be packed is not sent and the operator hears why.
+bool DriverABMicro800Eth::sendToWorker(int pipe, const char* line, int length) {
+    if (length < 1) {
+        setCommError(QLatin1String("address or value does not fit a command"));
+        return false;
+    }
+    worker->sendCmd(pipe, line, length);
+    return true;
+}
+
+bool DriverABMicro800Eth::recvRspFromWorker() {
+    resetRspBuf();
+    // One byte stays zero: the line is read as a text.
+    return worker->recvRsp(0, rspBuf.data(), static_cast<int>(rspBuf.size()) - 1, &rspLength);
+}
+
+void DriverABMicro800Eth::resetRspBuf() {
+    if (rspLength > 0) {
+        std::fill(rspBuf.begin(), rspBuf.begin() + rspLength, 0);
+    }
+    rspLength = 0;
+}
+
+void DriverABMicro800Eth::appendCmdToReadCommError(int, const CommunicatorCommand& command) {
+    prefixCommError("read", command);
+}

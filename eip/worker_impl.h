@@ -1,0 +1,54 @@
+#ifndef EIP_WORKER_IMPL_H
+#define EIP_WORKER_IMPL_H
+
+#include <QHash>
+#include <QString>
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <vector>
+
+#include "eip/worker.h"
+
+class CipPlcDriverCallback;
+struct _Eip_Connection;
+struct _Eip_Session;
+
+/// State of EipWorker, grouped by who may touch it.
+struct EipWorker::Impl {
+    Impl(CipPlcDriverCallback* owner, const QString& address, unsigned short tcpPort,
+         unsigned long ms, const std::vector<unsigned char>& route);
+    ~Impl();
+
+    void setErrText(const QString& text, bool raise);
+
+    // constant while the thread runs
+    CipPlcDriverCallback* receiver;
+    const unsigned long timeout;  ///< milliseconds
+    const std::vector<unsigned char> routePath;
+
+    // any thread
+    std::atomic<bool> stop;
+
+    // guarded by errMutex
+    mutable std::mutex errMutex;
+    QString errText;
+    bool errFlag;
+
+    // worker thread only
+    QString ip;
+    unsigned short port;
+    _Eip_Session* session;
+    _Eip_Connection* connection;
+    QHash<QString, int> sessionHash;  ///< tag name -> element count
+    uint32_t originatorSalt;
+    qint64 lastTraffic;  ///< when the controller last answered, milliseconds since boot
+    QString refreshedName;  ///< the tag whose cache entry was refreshed last
+};
+
+/// A copy that shares no storage, for texts that cross threads.
+inline QString detachedCopy(const QString& text) {
+    return QString(text.constData(), text.size());
+}
+
+#endif
