@@ -1,0 +1,100 @@
+#include "support/app_directory/app_directory.h"
+
+#include <gtest/gtest.h>
+#include <limits.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QVariant>
+#include <string>
+#include <vector>
+
+namespace {
+
+const char kMarker[] = "TEST_APP_DIRECTORY";
+
+std::string ownPath() {
+    char path[PATH_MAX];
+    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
+    return length > 0 ? std::string(path, static_cast<size_t>(length)) : std::string();
+}
+
+/// Starts the program again from a directory of its own; only returns when that is impossible.
+int startFromOwnDirectory(char** argv) {
+    const std::string self = ownPath();
+    const std::string parent = self.substr(0, self.rfind('/'));
+    std::string dir = parent + "/app-XXXXXX";
+    if (!mkdtemp(&dir[0])) {
+        perror("mkdtemp");
+        return 1;
+    }
+    const std::string program = dir + self.substr(self.rfind('/'));
+    if (link(self.c_str(), program.c_str()) != 0) {
+        perror("link");
+        return 1;
+    }
+    setenv(kMarker, dir.c_str(), 1);
+    execv(program.c_str(), argv);
+    perror("execv");
+    return 1;
+}
+
+QString databasePath() {
+    return QCoreApplication::applicationDirPath() + "/compile/database/database";
+}
+
+}  // namespace
+
+int runTestsInOwnAppDirectory(int argc, char** argv) {
+    const char* dir = getenv(kMarker);
+    if (!dir) {
+        return startFromOwnDirectory(argv);
+    }
+    const QString own = QString::fromLocal8Bit(dir);
+    unsetenv(kMarker);
+    // The tests run in a child, so that the directory goes also when one of them dies.
+    const pid_t child = fork();
+    if (child > 0) {
+        int status = 1;
+        while (waitpid(child, &status, 0) < 0) {
+        }
+        QDir(own).removeRecursively();
+        return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
+    }
+    QCoreApplication app(argc, argv);
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
+
+QString writeProjectDatabase(const QStringList& addresses, int connectorId) {
+    const QString path = databasePath();
+    QDir().mkpath(QFileInfo(path).path());
+    QFile::remove(path);
+    {
+        QSqlDatabase database = QSqlDatabase::addDatabase("QSQLITE", "project-writer");
+        database.setDatabaseName(path);
+        EXPECT_TRUE(database.open()) << database.lastError().text().toStdString();
+        QSqlQuery query(database);
+        EXPECT_TRUE(query.exec("CREATE TABLE custom_tag_table (address TEXT, connector_id INT)"));
+        EXPECT_TRUE(query.exec("CREATE TABLE LINK (LINKID INT, HMIPORT INT)"));
+        EXPECT_TRUE(query.exec("CREATE TABLE NODE (LINKID INT, STATIONID INT, IP TEXT, "
+                               "PORT INT, ISDEFAULT INT)"));
+        for (const QString& address : addresses) {
+            query.prepare("INSERT INTO custom_tag_table VALUES (?, ?)");
+            query.addBindValue(address);
+            query.addBindValue(connectorId);
+            EXPECT_TRUE(query.exec());
+        }
+    }
+    QSqlDatabase::removeDatabase("project-writer");
+    return path;
+}
+
+void removeProjectDatabase() { QFile::remove(databasePath()); }

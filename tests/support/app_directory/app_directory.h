@@ -1,0 +1,20 @@
+#ifndef TESTS_SUPPORT_APP_DIRECTORY_APP_DIRECTORY_H
+#define TESTS_SUPPORT_APP_DIRECTORY_APP_DIRECTORY_H
+
+#include <QString>
+#include <QStringList>
+
+/// Runs the tests of this program with an application directory of their own, so that tests that
+/// run at the same time do not share a project database. Starts the program anew from a link in a
+/// fresh directory beside it and removes that directory at the end. To be called first in main().
+int runTestsInOwnAppDirectory(int argc, char** argv);
+
+/// Writes the project database that the program's application directory holds, with one row in
+/// `custom_tag_table` for every address (connector 1) and the tables LINK and NODE. Replaces an
+/// earlier one. Returns its path.
+QString writeProjectDatabase(const QStringList& addresses, int connectorId = 1);
+
+/// Removes the database, so that opening it fails.
+void removeProjectDatabase();
+
+#endif

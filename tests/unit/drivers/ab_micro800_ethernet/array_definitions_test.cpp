@@ -1,0 +1,185 @@
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QSqlDatabase>
+#include <QStringList>
+
+#include "common/device_setting.h"
+#include "common/driver_setting.h"
+#include "drivers/ab_micro800_ethernet/ab_micro800_ethernet.h"
+#include "runtime/abstract_device_interface.h"
+#include "support/app_directory/app_directory.h"
+
+namespace {
+
+class Device : public AbstractDeviceInterface {
+  public:
+    explicit Device(int link)
+        : device(device_type(32), "COM2", 9600, 8, 0, 0), driver(500, 0, 0, 0) {
+        device.linkID = link;
+    }
+    DeviceSetting* deviceSetting() override { return &device; }
+    DriverSetting* driverSetting() override { return &driver; }
+    int retryCount() override { return 0; }
+    int stationNumber() override { return 0; }
+
+    DeviceSetting device;
+    DriverSetting driver;
+};
+
+TEST(LgxArrayDef, SizeIsTheProductOfTheWidths) {
+    LgxArrayDef def;
+    EXPECT_EQ(0, def.size());
+    DriverABMicro800Eth driver;
+    ASSERT_TRUE(driver.arrayDefFromStr("0..9", def));
+    EXPECT_EQ(10, def.size());
+    ASSERT_TRUE(driver.arrayDefFromStr("1..3,0..4", def));
+    EXPECT_EQ(15, def.size());
+    ASSERT_TRUE(driver.arrayDefFromStr("1..3,0..4,2..3", def));
+    EXPECT_EQ(30, def.size());
+    ASSERT_TRUE(driver.arrayDefFromStr("7..7", def));
+    EXPECT_EQ(1, def.size());
+}
+
+TEST(LgxArrayDef, HugeBoundsAreCutNotOverflown) {
+    LgxArrayDef def;
+    DriverABMicro800Eth driver;
+    ASSERT_TRUE(driver.arrayDefFromStr("0..2147483647,0..2147483647,0..2147483647", def));
+    EXPECT_EQ(2147483647, def.size());
+    EXPECT_EQ(-1, driver.strToValueOffset("2147483647,2147483647,2147483647", def, 8));
+    EXPECT_EQ(-1, driver.strToValueOffset("0,1,0", def, 4));
+}
+
+struct BadRange {
+    const char* ranges;
+    int dims;
+};
+
+class BadRanges : public ::testing::TestWithParam<BadRange> {};
+
+TEST_P(BadRanges, AreRefusedAndLeaveTheCount) {
+    DriverABMicro800Eth driver;
+    LgxArrayDef def;
+    EXPECT_FALSE(driver.arrayDefFromStr(GetParam().ranges, def));
+    EXPECT_EQ(GetParam().dims, def.dims);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, BadRanges,
+                         ::testing::Values(BadRange{"5..2", 1}, BadRange{"", 1}, BadRange{"5", 1},
+                                           BadRange{"5..", 1}, BadRange{"..5", 1},
+                                           BadRange{"1.5", 1}, BadRange{"0..1,", 2},
+                                           BadRange{"0..1,0..1,0..1,0..1", 4},
+                                           BadRange{"0..99999999999", 1}));
+
+TEST(ArrayOffset, GoesRowByRow) {
+    DriverABMicro800Eth driver;
+    LgxArrayDef def;
+    ASSERT_TRUE(driver.arrayDefFromStr("1..3,0..4", def));
+    EXPECT_EQ(32, driver.strToValueOffset("2,3", def, 4));
+    EXPECT_EQ(0, driver.strToValueOffset("1", def, 4));
+    EXPECT_EQ(4, driver.strToValueOffset("2", def, 4));
+    EXPECT_EQ(-20, driver.strToValueOffset("0,0", def, 4));
+    EXPECT_EQ(-1, driver.strToValueOffset("1,1,1", def, 4));
+    EXPECT_EQ(-4, driver.strToValueOffset("x", def, 4));  // no number counts as 0
+    ASSERT_TRUE(driver.arrayDefFromStr("1..2,1..3,1..4", def));
+    EXPECT_EQ(((1 * 3 + 2) * 4 + 3) * 2, driver.strToValueOffset("2,3,4", def, 2));
+}
+
+TEST(ArrayOffset, AnIndexThatDoesNotFitIsNoElement) {
+    DriverABMicro800Eth driver;
+    LgxArrayDef def;
+    ASSERT_TRUE(driver.arrayDefFromStr("0..9", def));
+    EXPECT_EQ(-1, driver.strToValueOffset("4294967296", def, 4));
+    EXPECT_EQ(-1, driver.strToValueOffset("99999999999999999999999", def, 4));
+}
+
+TEST(ArrayDefinitions, UnknownNameHasNoSizeAndNoOffset) {
+    DriverABMicro800Eth driver;
+    EXPECT_FALSE(driver.arrayDefined("ARR"));
+    EXPECT_EQ(0, driver.arraySize("ARR"));
+    EXPECT_EQ(-1, driver.arrayElementByteOffset("ARR", "0", 4));
+}
+
+TEST(ArrayDefinitions, AreReadFromTheProject) {
+    writeProjectDatabase(QStringList() << "DINT0:ARR[0..9]"
+                                       << "dint0:low[1..3,0..4]"
+                                       << "DINT0:BACK[5..2]"
+                                       << "INT0:TWICE[0..3]"
+                                       << "REAL0:PLAIN"
+                                       << "INT0:FOUR[0..1,0..1,0..1,0..1]"
+                                       << "INT0:TWICE[0..7]",
+                         7);
+    DriverABMicro800Eth driver;
+    Device device(7);
+    ASSERT_TRUE(driver.readDB(&device)) << driver.getLastError().toStdString();
+    EXPECT_EQ(10, driver.arraySize("ARR"));
+    EXPECT_EQ(15, driver.arraySize("LOW"));
+    EXPECT_EQ(32, driver.arrayElementByteOffset("LOW", "2,3", 4));
+    EXPECT_FALSE(driver.arrayDefined("low"));
+    EXPECT_FALSE(driver.arrayDefined("BACK"));
+    EXPECT_FALSE(driver.arrayDefined("PLAIN"));
+    EXPECT_FALSE(driver.arrayDefined("FOUR"));
+    EXPECT_EQ(8, driver.arraySize("TWICE"));
+}
+
+TEST(ArrayDefinitions, OnlyThoseOfTheDevicesLink) {
+    writeProjectDatabase(QStringList("DINT0:ARR[0..9]"), 7);
+    DriverABMicro800Eth driver;
+    Device device(8);
+    ASSERT_TRUE(driver.readDB(&device));
+    EXPECT_FALSE(driver.arrayDefined("ARR"));
+}
+
+TEST(ArrayDefinitions, AreReadOnceAndTheDatabaseIsClosed) {
+    writeProjectDatabase(QStringList("DINT0:ARR[0..9]"));
+    DriverABMicro800Eth driver;
+    Device device(1);
+    ASSERT_TRUE(driver.readDB(&device));
+    ASSERT_EQ(1, QSqlDatabase::connectionNames().size());
+    EXPECT_FALSE(
+        QSqlDatabase::database(QSqlDatabase::connectionNames().first(), false).isOpen());
+    removeProjectDatabase();
+    EXPECT_TRUE(driver.readDB(&device));
+    EXPECT_EQ(10, driver.arraySize("ARR"));
+}
+
+TEST(ArrayDefinitions, MissingDatabaseIsTriedAgain) {
+    removeProjectDatabase();
+    DriverABMicro800Eth driver;
+    Device device(1);
+    EXPECT_FALSE(driver.readDB(&device));
+    EXPECT_TRUE(driver.hasError());
+    EXPECT_EQ(QString("can not open database"), driver.getLastError());
+    EXPECT_TRUE(driver.read(&device, CommunicatorCommand(3, 1, "DINT0:A")).isEmpty());
+    EXPECT_EQ(QString("can not open database"), driver.getLastError());
+    EXPECT_FALSE(driver.write(&device, CommunicatorCommand(3, 1, "DINT0:A"), QByteArray(4, 0)));
+    writeProjectDatabase(QStringList("DINT0:ARR[0..9]"));
+    EXPECT_TRUE(driver.readDB(&device));
+    EXPECT_EQ(10, driver.arraySize("ARR"));
+}
+
+TEST(ArrayDefinitions, BrokenDatabaseIsAnErrorAndNoCrash) {
+    QFile file(writeProjectDatabase(QStringList()));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write("this is no database, not even a header of one................");
+    file.close();
+    DriverABMicro800Eth driver;
+    Device device(1);
+    EXPECT_FALSE(driver.readDB(&device));
+    EXPECT_EQ(QString("failed to initialize array definition table"), driver.getLastError());
+    EXPECT_FALSE(driver.readDB(&device));
+    EXPECT_EQ(QString("failed to initialize array definition table"), driver.getLastError());
+}
+
+TEST(ArrayDefinitions, DestructionRemovesTheConnection) {
+    writeProjectDatabase(QStringList("DINT0:ARR[0..9]"));
+    {
+        DriverABMicro800Eth driver;
+        Device device(1);
+        ASSERT_TRUE(driver.readDB(&device));
+        EXPECT_EQ(1, QSqlDatabase::connectionNames().size());
+    }
+    EXPECT_EQ(0, QSqlDatabase::connectionNames().size());
+}
+
+}  // namespace
