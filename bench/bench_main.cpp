@@ -1,0 +1,73 @@
+// Runs the benchmarks and sums them up in ratios: absolute times of a shared machine say little.
+
+#include <benchmark/benchmark.h>
+
+#include <QCoreApplication>
+#include <cstdio>
+#include <map>
+#include <string>
+
+#include "bench/bench_rig.h"
+
+namespace {
+
+/// Prints as usual and keeps the counters of the last repetition's median.
+class SummingReporter : public benchmark::ConsoleReporter {
+  public:
+    void ReportRuns(const std::vector<Run>& runs) override {
+        ConsoleReporter::ReportRuns(runs);
+        for (const Run& run : runs) {
+            const bool single = run.repetitions <= 1;
+            if (!single && run.aggregate_name != "median") {
+                continue;
+            }
+            for (const auto& counter : run.counters) {
+                m_figures[run.run_name.function_name][counter.first] = counter.second.value;
+            }
+            m_figures[run.run_name.function_name]["mean_ns"] =
+                run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit) * 1e9;
+        }
+    }
+
+    double figure(const char* name, const char* counter) { return m_figures[name][counter]; }
+
+    void printSummary() {
+        std::printf("\n%-44s %12s   %s\n", "figure", "measured", "to reach");
+        const double floor = figure("floor: bare socket", "p50_us");
+        row("direct read / floor, medians", figure("direct read", "p50_us") / floor, "x", "<= 2");
+        row("write / floor, medians", figure("write", "p50_us") / floor, "x", "");
+        row("cached read, median", figure("cached read", "p50_us") * 1000, "ns", "< 500");
+        row("pack a read line", figure("pack a read line", "mean_ns"), "ns", "");
+        row("parse an answer line", figure("parse an answer line", "mean_ns"), "ns", "");
+        row("heap growth over a million reads", figure("a million reads", "heap_growth_B"), "B",
+            "0");
+        row("polling pass, of its limit", figure("polling pass, 100 tags", "of_limit_%"), "%",
+            ">= 90");
+        row("extra wait in a pass, controller reads",
+            figure("request during a pass", "extra_reads"), "", "<= 1");
+        row("processor use, idle worker", figure("idle worker", "cpu_%"), "%", "");
+        row("processor use, polling 100 tags", figure("worker polling 100 tags", "cpu_%"), "%", "");
+    }
+
+  private:
+    static void row(const char* what, double value, const char* unit, const char* reach) {
+        std::printf("%-44s %9.2f %-2s   %s\n", what, value, unit, reach);
+    }
+
+    std::map<std::string, std::map<std::string, double>> m_figures;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+        return 2;
+    }
+    makeEmptyProject();
+    SummingReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    reporter.printSummary();
+    return 0;
+}

@@ -1,0 +1,28 @@
+#ifndef BENCH_RAW_CLIENT_H
+#define BENCH_RAW_CLIENT_H
+
+#include <QByteArray>
+
+/// The floor under every direct read: a bare socket that sends the bytes of one Read Tag request
+/// and waits for the reply. No library of the project is in it.
+class RawClient {
+  public:
+    /// Connects, registers a session and opens a class 3 connection. Ends the program on failure.
+    explicit RawClient(quint16 port);
+    ~RawClient();
+    RawClient(const RawClient&) = delete;
+    RawClient& operator=(const RawClient&) = delete;
+
+    /// One Read Tag of a DINT tag; true when the reply is whole and its status is good.
+    bool readTag(const char* name);
+
+  private:
+    QByteArray exchange(const QByteArray& request);
+
+    int m_socket;
+    QByteArray m_session;     // 4 bytes as received
+    QByteArray m_connection;  // O->T connection id, 4 bytes as received
+    unsigned short m_sequence;
+};
+
+#endif
