@@ -1,0 +1,112 @@
+#include "integration/driver_rig.h"
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <QElapsedTimer>
+#include <QLibrary>
+#include <chrono>
+#include <cstring>
+#include <thread>
+
+namespace {
+
+/// A listening socket on a port of the system's choice.
+int listenOnLoopback(int backlog, quint16* port) {
+    const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address;
+    std::memset(&address, 0, sizeof address);
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    EXPECT_EQ(0, bind(fd, reinterpret_cast<sockaddr*>(&address), size));
+    EXPECT_EQ(0, listen(fd, backlog));
+    EXPECT_EQ(0, getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size));
+    *port = ntohs(address.sin_port);
+    return fd;
+}
+
+int startConnecting(quint16 port) {
+    const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    sockaddr_in address;
+    std::memset(&address, 0, sizeof address);
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address);
+    return fd;
+}
+
+}  // namespace
+
+TestDevice::TestDevice(quint16 port, int timeoutMs, int retry)
+    : device(device_type(32), "COM2", 9600, 8, 0, 0),
+      driver(timeoutMs, retry, 0, 0),
+      retries(retry) {
+    device.linkID = 1;
+    device.socketList.append(qMakePair(QString("127.0.0.1"), port));
+}
+
+QString pluginFile() { return PLUGIN_FILE; }
+
+std::unique_ptr<DriverInterface> createDriver() {
+    QLibrary library(pluginFile());
+    typedef DriverInterface* (*Create)();
+    const Create create = reinterpret_cast<Create>(library.resolve("CreateDriver"));
+    EXPECT_TRUE(create) << library.errorString().toStdString();
+    return std::unique_ptr<DriverInterface>(create ? create() : 0);
+}
+
+CommunicatorCommand dint(const QString& name) {
+    return CommunicatorCommand(kUnitDoubleWord, 1, "DINT0:" + name);
+}
+
+int readDint(DriverInterface* driver, AbstractDeviceInterface* device, const QString& name) {
+    const QByteArray bytes = driver->read(device, dint(name));
+    EXPECT_FALSE(driver->hasError()) << driver->getLastError().toStdString();
+    EXPECT_EQ(4, bytes.size()) << name.toStdString();
+    qint32 value = -1;
+    if (bytes.size() == 4) {
+        std::memcpy(&value, bytes.constData(), 4);
+    }
+    return value;
+}
+
+QByteArray dintBytes(int value) {
+    return QByteArray(reinterpret_cast<const char*>(&value), sizeof value);
+}
+
+bool waitFor(const std::function<bool()>& done, int ms) {
+    QElapsedTimer waited;
+    waited.start();
+    while (!done()) {
+        if (waited.elapsed() > ms) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    return true;
+}
+
+quint16 freePort() {
+    quint16 port = 0;
+    close(listenOnLoopback(1, &port));
+    return port;
+}
+
+DeafListener::DeafListener() : m_listener(listenOnLoopback(0, &m_port)) {
+    for (int& fd : m_filler) {
+        fd = startConnecting(m_port);
+    }
+}
+
+DeafListener::~DeafListener() {
+    for (int fd : m_filler) {
+        close(fd);
+    }
+    close(m_listener);
+}

@@ -1,0 +1,59 @@
+#ifndef TESTS_INTEGRATION_DRIVER_RIG_H
+#define TESTS_INTEGRATION_DRIVER_RIG_H
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <functional>
+#include <memory>
+
+#include "common/device_setting.h"
+#include "common/driver_setting.h"
+#include "runtime/abstract_device_interface.h"
+#include "runtime/driver_interface.h"
+
+/// The runtime's device object: one controller on loopback.
+class TestDevice : public AbstractDeviceInterface {
+  public:
+    explicit TestDevice(quint16 port, int timeoutMs = 3000, int retry = 0);
+    DeviceSetting* deviceSetting() override { return &device; }
+    DriverSetting* driverSetting() override { return &driver; }
+    int retryCount() override { return retries; }
+    int stationNumber() override { return 0; }
+
+    DeviceSetting device;
+    DriverSetting driver;
+    int retries;
+};
+
+/// A new driver out of the real plugin file, by its CreateDriver.
+std::unique_ptr<DriverInterface> createDriver();
+
+/// The path of the plugin file under test.
+QString pluginFile();
+
+CommunicatorCommand dint(const QString& name);
+/// A read of a DINT tag; fails the test (and gives -1) when it does not succeed.
+int readDint(DriverInterface* driver, AbstractDeviceInterface* device, const QString& name);
+QByteArray dintBytes(int value);
+
+/// Calls `done` until it is true; false after `ms`.
+bool waitFor(const std::function<bool()>& done, int ms = 10000);
+
+/// A port on loopback that nobody listens on (just taken and given back).
+quint16 freePort();
+
+/// A listener on loopback whose queue is full: a connect to it gets no answer.
+class DeafListener {
+  public:
+    DeafListener();
+    ~DeafListener();
+    quint16 port() const { return m_port; }
+
+  private:
+    int m_listener;
+    int m_filler[3];
+    quint16 m_port;
+};
+
+#endif

@@ -1,0 +1,140 @@
+// What the driver does when the controller or the network misbehaves, and how it comes back.
+
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+
+#include "integration/driver_rig.h"
+#include "support/app_directory/app_directory.h"
+#include "support/simulator_process.h"
+
+namespace {
+
+class Recovery : public ::testing::Test {
+  protected:
+    void SetUp() override { writeProjectDatabase(QStringList()); }
+};
+
+QStringList onPort(quint16 port, const QStringList& options) {
+    return QStringList() << "--port" << QString::number(port) << options;
+}
+
+TEST_F(Recovery, UnknownTagThenGoodTag) {
+    SimulatorProcess simulator({"--tag", "D:DINT=42"});
+    TestDevice device(simulator.port());
+    const std::unique_ptr<DriverInterface> driver = createDriver();
+    EXPECT_TRUE(driver->read(&device, dint("NOPE")).isEmpty());
+    EXPECT_EQ(42, readDint(driver.get(), &device, "D"));
+}
+
+TEST_F(Recovery, ControllerDownThenUp) {
+    const quint16 port = freePort();
+    TestDevice device(port);
+    const std::unique_ptr<DriverInterface> driver = createDriver();
+    EXPECT_TRUE(driver->read(&device, dint("D")).isEmpty());
+    EXPECT_TRUE(driver->hasError());
+    EXPECT_EQ(QString("read DINT0:D> Connection refused(111)"), driver->getLastError());
+    SimulatorProcess simulator(onPort(port, {"--tag", "D:DINT=42"}));
+    EXPECT_EQ(42, readDint(driver.get(), &device, "D"));
+}
+
+TEST_F(Recovery, ControllerDownThenUpWithASession) {
+    const quint16 port = freePort();
+    TestDevice device(port);
+    const std::unique_ptr<DriverInterface> driver = createDriver();
+    driver->setSessionCommand(QList<CommunicatorCommand>() << dint("D"));
+    EXPECT_TRUE(driver->read(&device, dint("D")).isEmpty());
+    EXPECT_TRUE(driver->read(&device, dint("OTHER")).isEmpty());
+    SimulatorProcess simulator(onPort(port, {"--tag", "D:DINT=42", "--tag", "OTHER:DINT=7"}));
+    EXPECT_TRUE(waitFor([&] { return driver->read(&device, dint("D")) == dintBytes(42); }));
+    EXPECT_EQ(7, readDint(driver.get(), &device, "OTHER"));
+}
+
+TEST_F(Recovery, AddressOfARefusingControllerCanBeCorrected) {
+    SimulatorProcess simulator({"--tag", "D:DINT=42"});
+    TestDevice device(freePort());
+    const std::unique_ptr<DriverInterface> driver = createDriver();
+    driver->setSessionCommand(QList<CommunicatorCommand>() << dint("D"));
+    EXPECT_TRUE(driver->read(&device, dint("D")).isEmpty());
+    device.device.setPort(simulator.port());
+    EXPECT_TRUE(driver->deviceSettingChanged(&device.device));
+    EXPECT_TRUE(waitFor([&] { return driver->read(&device, dint("D")) == dintBytes(42); }));
+}
+
+TEST_F(Recovery, ControllerRestarts) {
+    const quint16 port = freePort();
+    std::unique_ptr<SimulatorProcess> simulator(
+        new SimulatorProcess(onPort(port, {"--tag", "D:DINT=1"})));
+    TestDevice device(port, 500, 3);
+    const std::unique_ptr<DriverInterface> driver = createDriver();
+    EXPECT_EQ(1, readDint(driver.get(), &device, "D"));
+    simulator.reset();
+    simulator.reset(new SimulatorProcess(onPort(port, {"--tag", "D:DINT=2"})));
+    EXPECT_EQ(2, readDint(driver.get(), &device, "D"));
+}
+
+TEST_F(Recovery, IdleConnectionThatTheControllerDropped) {
+    SimulatorProcess simulator({"--tag", "D:DINT=42", "--connection-timeout", "200"});
+    TestDevice device(simulator.port(), 300, 1);
+    const std::unique_ptr<DriverInterface> driver = createDriver();
+    EXPECT_EQ(42, readDint(driver.get(), &device, "D"));
+    ASSERT_TRUE(waitFor([&] { return simulator.openConnections() == 0; }));
+    EXPECT_TRUE(waitFor([&] { return driver->read(&device, dint("D")) == dintBytes(42); }));
+    EXPECT_FALSE(driver->hasError());
+    EXPECT_EQ(42, readDint(driver.get(), &device, "D"));
+}
+
+/// One answer comes after the driver gave its wait up; later reads give their own values.
+TEST_F(Recovery, LateAnswerDoesNotPutLaterReadsOutOfStep) {
+    SimulatorProcess simulator({"--tag", "SLOW:DINT=1", "--tag", "A:DINT=10", "--tag",
+                                "B:DINT=20", "--fault", "late:1500@tag=SLOWx1"});
+    TestDevice device(simulator.port(), 3000, 2);
+    const std::unique_ptr<DriverInterface> driver = createDriver();
+    EXPECT_TRUE(driver->read(&device, dint("SLOW")).isEmpty());
+    EXPECT_FALSE(driver->hasError());
+    EXPECT_EQ(10, readDint(driver.get(), &device, "A"));
+    for (int i = 0; i < 50; ++i) {
+        EXPECT_EQ(20, readDint(driver.get(), &device, "B"));
+        EXPECT_EQ(10, readDint(driver.get(), &device, "A"));
+        EXPECT_EQ(1, readDint(driver.get(), &device, "SLOW"));
+    }
+}
+
+struct FaultRow {
+    const char* fault;
+    const char* error;  ///< text of the first read; null when that read still succeeds
+};
+
+class RecoveryFrom : public ::testing::TestWithParam<FaultRow> {};
+
+/// The faulty answer fails the read with its text or is put right, never gives another value, and
+/// the next reads are good again.
+TEST_P(RecoveryFrom, AFaultyAnswer) {
+    writeProjectDatabase(QStringList());
+    SimulatorProcess simulator(
+        {"--tag", "D:DINT=42", "--tag", "E:DINT=43", "--fault", GetParam().fault});
+    TestDevice device(simulator.port(), 400);
+    const std::unique_ptr<DriverInterface> driver = createDriver();
+    const QByteArray first = driver->read(&device, dint("D"));
+    if (GetParam().error) {
+        EXPECT_TRUE(first.isEmpty());
+        EXPECT_EQ(QString("read DINT0:D> ") + GetParam().error, driver->getLastError());
+    } else {
+        EXPECT_EQ(dintBytes(42), first) << driver->getLastError().toStdString();
+    }
+    QElapsedTimer waited;
+    waited.start();
+    QByteArray later;
+    while (later.isEmpty() && waited.elapsed() < 8000) {
+        later = driver->read(&device, dint("E"));
+    }
+    EXPECT_EQ(dintBytes(43), later);
+    EXPECT_EQ(42, readDint(driver.get(), &device, "D"));
+    EXPECT_EQ(43, readDint(driver.get(), &device, "E"));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, RecoveryFrom,
+    ::testing::Values(FaultRow{"silence x1", "Internal: receive timeout"}));
+
+}  // namespace

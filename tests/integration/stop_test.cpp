@@ -1,0 +1,99 @@
+// The worker's thread really ends, in every state, within the time-outs of what it is doing.
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <thread>
+
+#include "integration/driver_rig.h"
+#include "support/app_directory/app_directory.h"
+#include "support/simulator_process.h"
+
+namespace {
+
+const int kTimeoutMs = 1000;
+/// Scheduling of a loaded machine on top of what the time-outs allow.
+const int kSlackMs = 1500;
+
+int threads() { return QDir("/proc/self/task").entryList(QDir::NoDotAndDotDot | QDir::Dirs).size(); }
+
+qint64 stopTime(std::unique_ptr<DriverInterface> driver) {
+    QElapsedTimer waited;
+    waited.start();
+    driver.reset();
+    return waited.elapsed();
+}
+
+class Stop : public ::testing::Test {
+  protected:
+    void SetUp() override { writeProjectDatabase(QStringList()); }
+};
+
+TEST_F(Stop, Idle) {
+    SimulatorProcess simulator({"--tag", "D:DINT=42"});
+    TestDevice device(simulator.port(), kTimeoutMs);
+    const int before = threads();
+    std::unique_ptr<DriverInterface> driver = createDriver();
+    EXPECT_EQ(42, readDint(driver.get(), &device, "D"));
+    EXPECT_EQ(before + 1, threads());
+    EXPECT_LT(stopTime(std::move(driver)), kSlackMs);
+    EXPECT_EQ(before, threads());
+}
+
+TEST_F(Stop, Polling) {
+    SimulatorProcess simulator({"--tag", "D:DINT=42"});
+    TestDevice device(simulator.port(), kTimeoutMs);
+    std::unique_ptr<DriverInterface> driver = createDriver();
+    driver->setSessionCommand(QList<CommunicatorCommand>() << dint("D"));
+    EXPECT_EQ(42, readDint(driver.get(), &device, "D"));
+    EXPECT_LT(stopTime(std::move(driver)), kSlackMs);
+}
+
+TEST_F(Stop, Connecting) {
+    DeafListener listener;
+    TestDevice device(listener.port(), kTimeoutMs);
+    std::unique_ptr<DriverInterface> driver = createDriver();
+    // The read's answer does not come in time: the worker is connecting, and again after that.
+    driver->setSessionCommand(QList<CommunicatorCommand>() << dint("D"));
+    driver->read(&device, dint("D"));
+    EXPECT_LT(stopTime(std::move(driver)), kTimeoutMs + kSlackMs);
+}
+
+TEST_F(Stop, WaitingForAReply) {
+    SimulatorProcess simulator({"--tag", "D:DINT=42", "--fault", "silence"});
+    TestDevice device(simulator.port(), 2 * kTimeoutMs);
+    std::unique_ptr<DriverInterface> driver = createDriver();
+    EXPECT_TRUE(driver->read(&device, dint("D")).isEmpty());
+    EXPECT_LT(stopTime(std::move(driver)), 2 * kTimeoutMs + kSlackMs);
+}
+
+TEST_F(Stop, SaysNoFarewell) {
+    SimulatorProcess simulator({"--tag", "D:DINT=42"});
+    TestDevice device(simulator.port());
+    std::unique_ptr<DriverInterface> driver = createDriver();
+    EXPECT_EQ(42, readDint(driver.get(), &device, "D"));
+    const int before = simulator.requests().size();
+    driver.reset();
+    ASSERT_TRUE(waitFor([&] { return simulator.openConnections() == 0; }));
+    EXPECT_EQ(before, simulator.requests().size());
+}
+
+TEST_F(Stop, ManyTimesLeavesNothing) {
+    SimulatorProcess simulator({"--tag", "D:DINT=42"});
+    TestDevice device(simulator.port());
+    const auto descriptors = [] {
+        return QDir("/proc/self/fd").entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System).size();
+    };
+    createDriver()->read(&device, dint("D"));
+    const int fds = descriptors();
+    const int before = threads();
+    for (int i = 0; i < 20; ++i) {
+        const std::unique_ptr<DriverInterface> driver = createDriver();
+        EXPECT_EQ(42, readDint(driver.get(), &device, "D"));
+    }
+    EXPECT_EQ(fds, descriptors());
+    EXPECT_EQ(before, threads());
+}
+
+}  // namespace
