@@ -1,0 +1,9 @@
+# How the plugin is linked for a panel. A panel's C++ library is older than the compiler or not there at
+# all, so the plugin brings its own, hidden behind its version script.
+
+option(MICRO800_STATIC_RUNTIME "Link libstdc++ and libgcc into the plugin" ${CMAKE_CROSSCOMPILING})
+
+if(MICRO800_STATIC_RUNTIME)
+  target_link_options(ab_micro800_ethernet PRIVATE
+    -static-libstdc++ -static-libgcc LINKER:--exclude-libs,ALL LINKER:--as-needed)
+endif()
