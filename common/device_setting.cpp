@@ -13,7 +13,7 @@ const qint64 kMinStreamedPair = 4 + 2;
 /// know what is still to come: nothing is reserved for it.
 int pairsToReserve(const QDataStream& in, quint32 count) {
     const QIODevice* device = in.device();
-    if (device == 0 || device->isSequential())
+    if (device == nullptr || device->isSequential())
         return 0;
     const qint64 possible = device->bytesAvailable() / kMinStreamedPair;
     return static_cast<int>(qMin<qint64>(qMin<qint64>(count, possible), 0x7FFFFFFF));
