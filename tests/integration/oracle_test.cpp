@@ -1,0 +1,164 @@
+// Proof against mix-ups and loss: the simulator answers every read with a value that names its tag
+// and grows with every read and write of it. Whatever the driver delivers is held against that.
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <QElapsedTimer>
+#include <map>
+#include <random>
+#include <vector>
+
+#include "integration/driver_rig.h"
+#include "support/app_directory/app_directory.h"
+#include "support/simulator_process.h"
+
+namespace {
+
+const int kTags = 60;
+const int kPolled = 50;
+const int kCounterBits = 20;
+const int kCounterMask = (1 << kCounterBits) - 1;
+/// Every write goes this far beyond what was seen, so that values only grow.
+const int kWriteStep = 40;
+
+int runSeconds() {
+    const char* seconds = getenv("ORACLE_SECONDS");
+    return seconds ? atoi(seconds) : 60;
+}
+
+QString tagName(int tag) { return QString("T%1").arg(tag); }
+
+/// What one tag has shown and been told so far.
+struct TagState {
+    int seen = 0;            ///< the highest counter that was delivered
+    int confirmed = 0;       ///< the counter of the last write that returned true
+    int written = 0;         ///< the counter of the last write that was tried
+    std::vector<int> good;   ///< counters of writes that returned true
+    std::vector<int> bad;    ///< counters of writes that returned false
+};
+
+class Oracle : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        writeProjectDatabase(QStringList());
+        QStringList options("--oracle");
+        for (int tag = 0; tag < kTags; ++tag) {
+            options << "--tag" << tagName(tag) + ":DINT";
+        }
+        simulator.reset(new SimulatorProcess(options));
+        device.reset(new TestDevice(simulator->port(), 600, 1));
+        driver = createDriver();
+        random.seed(20);
+    }
+
+    int pick(int count) { return int(random() % unsigned(count)); }
+
+    void read(int tag) {
+        const QByteArray bytes = driver->read(device.get(), dint(tagName(tag)));
+        if (bytes.isEmpty()) {
+            ++failedReads;
+            return;
+        }
+        ASSERT_EQ(4, bytes.size());
+        ++goodReads;
+        quint32 value = 0;
+        memcpy(&value, bytes.constData(), 4);
+        TagState& state = states[tag];
+        const int counter = int(value & kCounterMask);
+        ASSERT_EQ(unsigned(tag), value >> kCounterBits) << "another tag's value";
+        ASSERT_GE(counter, state.confirmed) << tag << ": older than the last finished write";
+        ASSERT_GE(counter, state.seen) << tag << ": older than what was shown before";
+        state.seen = counter;
+    }
+
+    void write(int tag) {
+        TagState& state = states[tag];
+        const int counter = std::max(state.seen, state.written) + kWriteStep;
+        ASSERT_LT(counter, kCounterMask);
+        state.written = counter;
+        const bool ok = driver->write(device.get(), dint(tagName(tag)), dintBytes(counter));
+        (ok ? state.good : state.bad).push_back(counter);
+        if (ok) {
+            state.confirmed = counter;
+            state.seen = std::max(state.seen, counter);
+        }
+    }
+
+    /// Another fifty of the sixty tags, beginning anywhere.
+    void changeList() {
+        QList<CommunicatorCommand> list;
+        const int first = pick(kTags);
+        for (int i = 0; i < kPolled; ++i) {
+            list << dint(tagName((first + i) % kTags));
+        }
+        driver->setSessionCommand(list);
+    }
+
+    void makeTrouble() {
+        static const char* const kFaults[] = {"fault late:50x3", "fault late:900x1",
+                                              "fault repeatx4", "fault late:1600x1",
+                                              "fault repeatx20", "fault wrong-sequencex1"};
+        simulator->command(kFaults[pick(int(sizeof kFaults / sizeof *kFaults))]);
+    }
+
+    std::unique_ptr<SimulatorProcess> simulator;
+    std::unique_ptr<TestDevice> device;
+    std::unique_ptr<DriverInterface> driver;
+    std::mt19937 random;
+    std::map<int, TagState> states;
+    int goodReads = 0;
+    int failedReads = 0;
+};
+
+TEST_F(Oracle, NoMixUpsAndNoLostWrites) {
+    changeList();
+    QElapsedTimer running;
+    running.start();
+    qint64 nextTrouble = 1000;
+    qint64 nextList = 300;
+    const qint64 end = qint64(runSeconds()) * 1000;
+    while (running.elapsed() < end && !HasFatalFailure()) {
+        const int what = pick(1000);
+        what < 990 ? read(pick(kTags)) : write(pick(kTags));
+        if (running.elapsed() > nextTrouble) {
+            makeTrouble();
+            nextTrouble = running.elapsed() + 1000 + pick(2000);
+        }
+        if (running.elapsed() > nextList) {
+            changeList();
+            nextList = running.elapsed() + 200 + pick(1500);
+        }
+    }
+    ASSERT_FALSE(HasFatalFailure());
+    EXPECT_GT(goodReads, 1000);
+
+    // The driver is gone before the log is read: no write is under way any more.
+    driver.reset();
+    ASSERT_TRUE(waitFor([&] { return simulator->openConnections() == 0; }));
+    std::map<int, std::map<int, int>> logged;
+    for (const QJsonObject& request : simulator->requests()) {
+        if (SimulatorProcess::isWrite(request)) {
+            const QByteArray raw = SimulatorProcess::rawRequest(request);
+            quint32 value = 0;
+            memcpy(&value, raw.constData() + raw.size() - 4, 4);
+            ++logged[request.value("tag").toString().mid(1).toInt()][int(value)];
+        }
+    }
+    int good = 0;
+    int bad = 0;
+    for (const auto& entry : states) {
+        for (int counter : entry.second.good) {
+            EXPECT_EQ(1, logged[entry.first][counter]) << "tag " << entry.first;
+            ++good;
+        }
+        for (int counter : entry.second.bad) {
+            EXPECT_LE(logged[entry.first][counter], 1) << "tag " << entry.first;
+            ++bad;
+        }
+    }
+    EXPECT_GT(good, 50);
+    printf("%d reads, %d failed; %d writes confirmed, %d not\n", goodReads, failedReads, good, bad);
+}
+
+}  // namespace

@@ -1,0 +1,186 @@
+// Writes through the plugin: what goes out, what comes back, what the cache holds afterwards.
+
+#include <gtest/gtest.h>
+
+#include "integration/driver_rig.h"
+#include "support/app_directory/app_directory.h"
+#include "support/simulator_process.h"
+
+namespace {
+
+typedef QList<CommunicatorCommand> Commands;
+
+QByteArray hex(const char* text) { return QByteArray::fromHex(text); }
+
+class Write : public ::testing::Test {
+  protected:
+    void start(const QStringList& options, const QStringList& declared = QStringList(),
+               int retry = 0) {
+        writeProjectDatabase(declared);
+        simulator.reset(new SimulatorProcess(options));
+        device.reset(new TestDevice(simulator->port(), 3000, retry));
+        driver = createDriver();
+    }
+    bool write(const char* address, const QByteArray& value) {
+        return driver->write(device.get(), CommunicatorCommand(kUnitDoubleWord, 1, address), value);
+    }
+    QByteArray read(const char* address, int kind = kUnitDoubleWord, unsigned count = 1) {
+        return driver->read(device.get(), CommunicatorCommand(kind, count, address));
+    }
+    /// The last Write Tag request from its service byte on, in hexadecimal.
+    QByteArray lastWrite() {
+        const QList<QJsonObject> all = simulator->requests();
+        for (int i = all.size() - 1; i >= 0; --i) {
+            if (SimulatorProcess::isWrite(all.at(i))) {
+                // Before it: header 24, prefix 6, item count 2, address item 8, item head 4,
+                // sequence count 2.
+                return SimulatorProcess::rawRequest(all.at(i)).mid(46).toHex();
+            }
+        }
+        return QByteArray();
+    }
+    bool polled(const char* tag, int times = 2) {
+        const int before = simulator->countRequests(tag);
+        return waitFor([&] { return simulator->countRequests(tag) >= before + times; });
+    }
+
+    std::unique_ptr<SimulatorProcess> simulator;
+    std::unique_ptr<TestDevice> device;
+    std::unique_ptr<DriverInterface> driver;
+};
+
+TEST_F(Write, ScalarIsFittedToItsType) {
+    start({"--tag", "D:DINT=0"});
+    EXPECT_TRUE(write("DINT0:D", hex("2a000000")));
+    EXPECT_EQ(hex("2a000000"), read("DINT0:D"));
+    EXPECT_TRUE(write("DINT0:D", hex("0102")));
+    EXPECT_EQ(QByteArray("4d0291014400c400010001020000"), lastWrite());
+    EXPECT_EQ(hex("01020000"), read("DINT0:D"));
+    EXPECT_TRUE(write("DINT0:D", hex("1112131415161718")));
+    EXPECT_EQ(QByteArray("4d0291014400c400010011121314"), lastWrite());
+}
+
+TEST_F(Write, ElementIsPaddedByTheRemainder) {
+    start({"--tag", "A:DINT[0..3]"});
+    EXPECT_TRUE(write("DINT0:A[1]", hex("0102")));
+    EXPECT_EQ(hex("01020000"), read("DINT0:A[1]"));
+    EXPECT_TRUE(write("DINT0:A[1]", hex("0100000002000000")));
+    EXPECT_EQ(hex("0100000002000000"), read("DINT0:A[1]", kUnitDoubleWord, 2));
+    const int before = simulator->requests().size();
+    EXPECT_FALSE(write("DINT0:A[1]", hex("0102030405")));
+    EXPECT_TRUE(driver->hasError());
+    EXPECT_EQ(QString("write DINT0:A[1]> invalid data size"), driver->getLastError());
+    EXPECT_EQ(before, simulator->requests().size());
+}
+
+TEST_F(Write, TwoElementsOfATwoByteType) {
+    start({"--tag", "A:INT[0..3]"});
+    EXPECT_TRUE(write("INT0:A[2]", hex("01000200")));
+    EXPECT_EQ(hex("01000200"), read("INT0:A[2]", kUnitWord, 2));
+}
+
+TEST_F(Write, StringGoesOutAsItIs) {
+    start({"--tag", "NAME:STRING=old"});
+    EXPECT_TRUE(write("STRING0:NAME", "OK"));
+    EXPECT_EQ(QByteArray("4d0391044e414d45da000100024f4b"), lastWrite());
+    EXPECT_EQ(QByteArray("OK"), read("STRING0:NAME", kUnitBlock, 2));
+    EXPECT_TRUE(write("STRING0:NAME", "another name"));
+    EXPECT_EQ(QByteArray("another name"), read("STRING0:NAME", kUnitBlock, 12));
+}
+
+TEST_F(Write, StringLongerThanItsLengthByteIsRefused) {
+    start({"--tag", "NAME:STRING=old"});
+    EXPECT_FALSE(write("STRING0:NAME", QByteArray(256, 'x')));
+    EXPECT_EQ(QString("write STRING0:NAME> invalid data size"), driver->getLastError());
+    EXPECT_EQ(QByteArray("old"), read("STRING0:NAME", kUnitBlock, 3));
+}
+
+TEST_F(Write, ValueTooLongForARequestIsRefusedAndTheConnectionStays) {
+    start({"--tag", "A:DINT[0..399]", "--tag", "D:DINT=42"});
+    EXPECT_EQ(42, readDint(driver.get(), device.get(), "D"));
+    EXPECT_FALSE(write("DINT0:A[0]", QByteArray(1600, 1)));
+    EXPECT_EQ(QString("write DINT0:A[0]> Internal: buffer too small"), driver->getLastError());
+    EXPECT_EQ(42, readDint(driver.get(), device.get(), "D"));
+    EXPECT_EQ(1, simulator->connectionsOpened());
+}
+
+TEST_F(Write, ControllersRefusalKeepsTheConnection) {
+    start({"--tag", "D:INT=0"});
+    EXPECT_FALSE(write("DINT0:D", hex("2a000000")));
+    EXPECT_TRUE(driver->hasError());
+    EXPECT_EQ(QString("write DINT0:D> AB error: 01FFH, 2107H"), driver->getLastError());
+    EXPECT_FALSE(write("DINT0:NOPE", hex("2a000000")));
+    EXPECT_EQ(QString("write DINT0:NOPE> AB error: 0005H"), driver->getLastError());
+    EXPECT_TRUE(write("INT0:D", hex("2a00")));
+    EXPECT_EQ(1, simulator->connectionsOpened());
+}
+
+TEST_F(Write, NoAnswerInTimeIsFalseWithoutAnError) {
+    start({"--tag", "D:DINT=0", "--fault", "silence@tag=D"});
+    EXPECT_FALSE(write("DINT0:D", hex("2a000000")));
+    EXPECT_FALSE(driver->hasError());
+    EXPECT_EQ(QString("write DINT0:D> "), driver->getLastError());
+}
+
+TEST_F(Write, AddressWithoutAUsablePrefixGetsNoAnswer) {
+    start({"--tag", "D:DINT=0"});
+    ASSERT_TRUE(write("DINT0:D", hex("01000000")));
+    const int before = simulator->requests().size();
+    EXPECT_FALSE(write("D0:D", hex("2a000000")));
+    EXPECT_FALSE(driver->hasError());
+    EXPECT_EQ(before, simulator->requests().size());
+}
+
+TEST_F(Write, UnknownPrefixIsRefused) {
+    start({"--tag", "D:DINT=0"});
+    EXPECT_FALSE(write("dint0:D", hex("2a000000")));
+    EXPECT_EQ(QString("write dint0:D> invalid data size"), driver->getLastError());
+}
+
+TEST_F(Write, IsNeverRepeated) {
+    start({"--tag", "D:DINT=0"}, QStringList(), 5);
+    EXPECT_FALSE(write("INT0:D", hex("2a00")));
+    EXPECT_EQ(1, simulator->countRequests("D"));
+}
+
+TEST_F(Write, UncachedTagIsNotReadAgain) {
+    start({"--tag", "D:DINT=0"});
+    EXPECT_TRUE(write("DINT0:D", hex("2a000000")));
+    EXPECT_EQ(1, simulator->countRequests("D"));
+}
+
+TEST_F(Write, PolledTagIsFreshWhenTheWriteReturns) {
+    start({"--tag", "A:DINT=0", "--tag", "B:DINT=0"});
+    driver->setSessionCommand(Commands() << dint("A") << dint("B"));
+    EXPECT_EQ(0, readDint(driver.get(), device.get(), "A"));
+    ASSERT_TRUE(polled("A"));
+    for (int i = 1; i <= 200; ++i) {
+        ASSERT_TRUE(write("DINT0:A", dintBytes(i)));
+        ASSERT_EQ(i, readDint(driver.get(), device.get(), "A"));
+    }
+}
+
+TEST_F(Write, ElementOfAPolledArrayRefreshesTheWholeArray) {
+    start({"--tag", "A:DINT[0..9]"}, {"DINT0:A[0..9]"});
+    driver->setSessionCommand(Commands() << dint("A[0]"));
+    EXPECT_EQ(0, readDint(driver.get(), device.get(), "A[0]"));
+    ASSERT_TRUE(polled("A"));
+    for (int i = 1; i <= 100; ++i) {
+        ASSERT_TRUE(write("DINT0:A[3]", dintBytes(i)));
+        ASSERT_EQ(i, readDint(driver.get(), device.get(), "A[3]"));
+    }
+    for (const QJsonObject& request : simulator->requests()) {
+        const bool element = request.value("tag").toString() == "A[3]";
+        EXPECT_TRUE(!element || SimulatorProcess::isWrite(request));
+    }
+}
+
+TEST_F(Write, ControllerDown) {
+    writeProjectDatabase(QStringList());
+    device.reset(new TestDevice(freePort()));
+    driver = createDriver();
+    EXPECT_FALSE(write("DINT0:D", hex("2a000000")));
+    EXPECT_EQ(QString("write DINT0:D> Connection refused(111)"), driver->getLastError());
+}
+
+}  // namespace
