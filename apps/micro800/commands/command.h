@@ -1,0 +1,35 @@
+#ifndef APPS_MICRO800_COMMANDS_COMMAND_H
+#define APPS_MICRO800_COMMANDS_COMMAND_H
+
+#include <QVector>
+
+#include "apps/micro800/command_line.h"
+#include "apps/micro800/console.h"
+
+/// One subcommand. A new one is a file of its own with these two functions, declared below, and
+/// a row in command_table.cpp.
+struct Command {
+    CommandHelp (*help)();
+    /// Runs with arguments that parsed; returns the program's exit code.
+    int (*run)(const CommandLine& line, Console& console);
+};
+
+CommandHelp readHelp();
+int runRead(const CommandLine& line, Console& console);
+
+CommandHelp writeHelp();
+int runWrite(const CommandLine& line, Console& console);
+
+CommandHelp watchHelp();
+int runWatch(const CommandLine& line, Console& console);
+
+CommandHelp infoHelp();
+int runInfo(const CommandLine& line, Console& console);
+
+CommandHelp projectHelp();
+int runProject(const CommandLine& line, Console& console);
+
+/// All of them, in the order in which the overall help names them.
+const QVector<Command>& commandTable();
+
+#endif

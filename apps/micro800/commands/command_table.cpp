@@ -1,0 +1,9 @@
+#include "apps/micro800/commands/command.h"
+
+const QVector<Command>& commandTable() {
+    static const QVector<Command> table = {
+        {readHelp, runRead}, {writeHelp, runWrite},     {watchHelp, runWatch},
+        {infoHelp, runInfo}, {projectHelp, runProject},
+    };
+    return table;
+}

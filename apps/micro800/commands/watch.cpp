@@ -1,0 +1,250 @@
+#include <QElapsedTimer>
+#include <algorithm>
+
+#include "apps/micro800/commands/command.h"
+#include "apps/micro800/commands/connection_options.h"
+#include "apps/micro800/signals.h"
+#include "apps/micro800/watch_model.h"
+#include "apps/micro800/watch_view.h"
+
+namespace {
+
+const int kDefaultIntervalMs = 500;
+const int kLongestIntervalMs = 3600000;
+const int kRefreshMs = 100;
+const double kLongestDurationS = 1e9;
+
+struct WatchPlan {
+    ConnectionOptions options;
+    QVector<TagAddress> addresses;
+    QVector<CommunicatorCommand> commands;
+    int intervalMs = kDefaultIntervalMs;
+    qint64 durationMs = -1;  // -1: until it is stopped
+    bool once = false;
+    bool json = false;
+    bool plain = false;
+    bool quiet = false;
+};
+
+bool durationFrom(const CommandLine& line, WatchPlan* plan, QString* problem) {
+    if (!line.isSet(QStringLiteral("duration")))
+        return true;
+    bool ok = false;
+    const QString text = line.value(QStringLiteral("duration"));
+    const double seconds = text.toDouble(&ok);
+    // Written so that nan fails as well.
+    if (!ok || !(seconds > 0 && seconds <= kLongestDurationS)) {
+        *problem = QStringLiteral("--duration %1: not a number of seconds above 0").arg(text);
+        return false;
+    }
+    plan->durationMs = static_cast<qint64>(seconds * 1000);
+    return true;
+}
+
+bool addressesFrom(const CommandLine& line, WatchPlan* plan, QString* problem) {
+    if (line.positional().isEmpty()) {
+        *problem = QStringLiteral("no address given");
+        return false;
+    }
+    for (const QString& text : line.positional()) {
+        TagAddress address;
+        CommunicatorCommand command;
+        if (!parseTagAddress(text, &address, problem) ||
+            !commandFor(address, 1, &command, problem)) {
+            return false;
+        }
+        plan->addresses.append(address);
+        plan->commands.append(command);
+    }
+    if (!sessionListFits(plan->addresses, !plan->options.project.isEmpty())) {
+        *problem = QStringLiteral(
+                       "%1 addresses are more than the driver's list holds (some 4000 "
+                       "characters)")
+                       .arg(plan->addresses.size());
+        return false;
+    }
+    return true;
+}
+
+bool planWatch(const CommandLine& line, WatchPlan* plan, QString* problem) {
+    plan->once = line.isSet(QStringLiteral("once"));
+    plan->json = line.isSet(QStringLiteral("json"));
+    plan->plain = line.isSet(QStringLiteral("plain"));
+    plan->quiet = line.isSet(QStringLiteral("quiet"));
+    return connectionOptionsFrom(line, &plan->options, problem) &&
+           line.number(QStringLiteral("interval"), 1, kLongestIntervalMs, kDefaultIntervalMs,
+                       &plan->intervalMs, problem) &&
+           durationFrom(line, plan, problem) && addressesFrom(line, plan, problem);
+}
+
+std::unique_ptr<WatchView> makeView(const WatchPlan& plan, Console& console) {
+    if (plan.json)
+        return makeJsonView(console);
+    if (console.outIsTerminal() && !plan.plain && !plan.once) {
+        const Connection& connection = plan.options.connection;
+        std::unique_ptr<WatchView> table =
+            makeTableView(console, QStringLiteral("micro800 watch %1:%2")
+                                       .arg(connection.host, QString::number(connection.port)));
+        if (table)
+            return table;
+    }
+    return makeLinesView(console, plan.quiet || plan.once);
+}
+
+/// The watch while it runs.
+class Watch {
+ public:
+    Watch(const WatchPlan& plan, DriverSession* session, WatchView* view)
+        : plan_(plan), session_(session), view_(view), model_(plan.addresses, plan.commands) {
+        clock_.start();
+    }
+
+    /// Until it is stopped, its time is over, or the first round is done when it runs once.
+    void run() {
+        for (qint64 next = 0; !over();) {
+            readRound();
+            if (plan_.once)
+                break;
+            next = std::max(next + plan_.intervalMs, now());
+            waitUntil(next);
+        }
+        view_->end(model_, now());
+    }
+
+    /// A user's stop is no failure, whatever the tags show.
+    int exitCode() const {
+        return stops_.stopped() || quit_ || model_.allGood() ? kExitOk : kExitFailed;
+    }
+
+ private:
+    qint64 now() const { return clock_.elapsed(); }
+
+    bool over() const {
+        return quit_ || stops_.stopped() || (plan_.durationMs >= 0 && now() >= plan_.durationMs);
+    }
+
+    void readRound() {
+        for (int i = 0; i < model_.size() && !over(); ++i) {
+            const DriverResult result = session_->read(model_.tag(i).command);
+            const WatchEvent event = model_.take(i, result, now());
+            if (event != WatchEvent::kNothing)
+                view_->tell(model_.tag(i), event);
+            // A read may take long, and the list may be long.
+            if (now() - refreshedAt_ >= kRefreshMs)
+                refresh(0);
+        }
+        refresh(0);
+    }
+
+    void waitUntil(qint64 time) {
+        while (!over() && now() < time) {
+            qint64 pause = std::min<qint64>(time - now(), kRefreshMs);
+            if (plan_.durationMs >= 0)
+                pause = std::min(pause, std::max<qint64>(plan_.durationMs - now(), 0));
+            refresh(static_cast<int>(pause));
+        }
+    }
+
+    /// Waits for a signal or a key at most `ms`, then shows how things are.
+    void refresh(int ms) {
+        stops_.wait(ms, view_->keyDescriptor());
+        quit_ = view_->takeKeys() || quit_;
+        view_->refresh(model_, now());
+        refreshedAt_ = now();
+    }
+
+    const WatchPlan& plan_;
+    DriverSession* session_;
+    WatchView* view_;
+    WatchModel model_;
+    StopSignals stops_;
+    QElapsedTimer clock_;
+    qint64 refreshedAt_ = 0;
+    bool quit_ = false;
+};
+
+QVector<OptionSpec> watchOptions() {
+    return connectionOptionSpecs(true) +
+           QVector<OptionSpec>{
+               {QStringLiteral("interval"), QStringLiteral("MS"),
+                QStringLiteral("From the start of one round of reads to the start of the next."),
+                QString::number(kDefaultIntervalMs)},
+               {QStringLiteral("duration"), QStringLiteral("S"),
+                QStringLiteral("Ends after so many seconds."), QStringLiteral("until stopped")},
+               {QStringLiteral("once"), QString(),
+                QStringLiteral("Reads every address once, prints them as lines, and ends."),
+                QString()},
+               {QStringLiteral("plain"), QString(),
+                QStringLiteral("Prints lines also on a terminal."), QString()},
+               {QStringLiteral("quiet"), QString(),
+                QStringLiteral("Leaves out the line that sums up at the end."), QString()},
+               {QStringLiteral("json"), QString(),
+                QStringLiteral("Prints one JSON object a change: address, type, ok, ms, at (UTC), "
+                               "source (cache or controller) and value, or error."),
+                QString()},
+           };
+}
+
+}  // namespace
+
+CommandHelp watchHelp() {
+    CommandHelp help;
+    help.name = QStringLiteral("watch");
+    help.summary = QStringLiteral("has the driver keep tags fresh and shows them");
+    help.synopsis << QStringLiteral("--host HOST [OPTION...] ADDRESS...");
+    help.description
+        << QStringLiteral(
+               "Hands the addresses to the driver as its session list, which the driver "
+               "then reads over and over by itself, and asks for their values at every "
+               "interval. On a terminal it shows a table that refreshes in place; q, "
+               "Ctrl-C or SIGTERM ends it with exit status 0. Elsewhere it prints a line "
+               "when a value is first seen and whenever it changes.")
+        << QStringLiteral(
+               "The table marks a value that changed within the last second with *, and "
+               "a tag whose last read failed with ! and the failure in place of the "
+               "value. CHANGED is the time since the value was seen to change, AGE the "
+               "time since it was last read without a failure.")
+        << QStringLiteral(
+               "A read that took less than 50 microseconds is counted as answered from "
+               "the driver's cache, any other as answered by the controller. That is an "
+               "estimate from outside: on a machine that is very busy a cached read may "
+               "take longer. The reads that the driver makes to keep its cache fresh do "
+               "not show.")
+        << QStringLiteral(
+               "With --once or --duration the exit status is 1 when the last read of any "
+               "tag failed.");
+    help.options = watchOptions();
+    help.examples << QStringLiteral(
+                         "micro800 watch --host 192.168.1.20 DINT0:COUNTER REAL0:LEVEL "
+                         "'INT0:LEVELS[2]'")
+                  << QStringLiteral(
+                         "micro800 watch --host 192.168.1.20 --plain --duration 2 "
+                         "DINT0:COUNTER\n"
+                         "14:03:07.112 DINT0:COUNTER = 41\n"
+                         "14:03:07.613 DINT0:COUNTER = 42\n"
+                         "...\n"
+                         "2.0 s: 3 changes, 0 failed reads; reads per second: 1.5 from "
+                         "the cache, 0.5\nfrom the controller")
+                  << QStringLiteral(
+                         "micro800 watch --host 192.168.1.20 --json DINT0:COUNTER | jq "
+                         ".value");
+    return help;
+}
+
+int runWatch(const CommandLine& line, Console& console) {
+    WatchPlan plan;
+    QString problem;
+    if (!planWatch(line, &plan, &problem))
+        return wrongUsage(console, QStringLiteral("watch"), problem);
+    DriverSession session(plan.options.connection);
+    if (!openSession(plan.options, &session, console))
+        return kExitFailed;
+    if (!session.watch(plan.commands.toList()))
+        console.error(
+            QStringLiteral("micro800: the driver keeps no session list; every read goes "
+                           "to the controller"));
+    const std::unique_ptr<WatchView> view = makeView(plan, console);
+    Watch watch(plan, &session, view.get());
+    watch.run();
+    return watch.exitCode();
+}

@@ -1,0 +1,35 @@
+#include <QCoreApplication>
+#include <QString>
+#include <QStringList>
+
+#include "apps/micro800/app_directory.h"
+#include "apps/micro800/console.h"
+#include "apps/micro800/program.h"
+
+namespace {
+
+/// Arguments are UTF-8 whatever the locale says; what is none is taken byte by byte.
+QString decoded(const char* argument) {
+    const QByteArray bytes(argument);
+    const QString text = QString::fromUtf8(bytes);
+    return text.toUtf8() == bytes ? text : QString::fromLatin1(bytes);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication application(argc, argv);
+    Console console(stdout, stderr);
+    QString problem;
+    int code = kExitFailed;
+    if (adoptAppDirectory(argv, &problem)) {
+        QStringList arguments;
+        for (int i = 1; i < argc; ++i)
+            arguments << decoded(argv[i]);
+        code = runProgram(arguments, console);
+    } else {
+        console.error(QStringLiteral("micro800: %1").arg(problem));
+    }
+    leaveAppDirectory();
+    return code;
+}
