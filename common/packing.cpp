@@ -45,6 +45,8 @@ struct Item {
 
     qint64 bytes() const { return count * letter->width; }
     ByteOrder order() const { return counted ? letter->countedOrder : letter->order; }
+    bool isFiller() const { return letter->letter == 'x' || letter->letter == 'X'; }
+    bool countsItems() const { return counted && !isFiller(); }
     bool countIsRight() const {
         return !counted || (count >= 1 && letter != nullptr && letter->countable);
     }
@@ -57,7 +59,7 @@ bool isDigit(char c) {
 /// Reads the next item and moves the format behind it; false at the format's end. A count at the
 /// very end has no letter.
 bool nextItem(const char*& format, Item& item) {
-    if (*format == '\0')
+    if (format == nullptr || *format == '\0')
         return false;
     item.counted = isDigit(*format);
     item.count = item.counted ? 0 : 1;
@@ -144,23 +146,14 @@ void copyItems(const unsigned char* from, unsigned char* to, const Item& item) {
     }
 }
 
-/// Writes one item to `out`, which has room for it. False for a null pointer.
-bool packItem(const Item& item, Arguments& arguments, unsigned char* out) {
+/// Writes one item without a pointer argument to `out`, which has room for it.
+void packValue(const Item& item, Arguments& arguments, unsigned char* out) {
     if (item.letter->letter == 'X')
-        return true;
-    if (item.letter->letter == 'x') {
+        return;
+    if (item.letter->letter == 'x')
         std::memset(out, 0, static_cast<size_t>(item.bytes()));
-        return true;
-    }
-    if (!item.counted) {
+    else
         storeValue(arguments.integer(), item.letter->width, item.order(), out);
-        return true;
-    }
-    const void* items = arguments.pointer();
-    if (items == nullptr)
-        return false;
-    copyItems(static_cast<const unsigned char*>(items), out, item);
-    return true;
 }
 
 template <typename Output>
@@ -172,16 +165,23 @@ int pack(Output& output, const char* format, va_list list) {
             return -1;
         if (item.letter == nullptr)
             return 0;
-        unsigned char* out = output.next(item.bytes());
-        if (out == nullptr || !packItem(item, arguments, out))
+        const void* items = item.countsItems() ? arguments.pointer() : nullptr;
+        if (item.countsItems() && items == nullptr)
             return -1;
+        unsigned char* out = output.next(item.bytes());
+        if (out == nullptr)
+            return -1;
+        if (item.countsItems())
+            copyItems(static_cast<const unsigned char*>(items), out, item);
+        else
+            packValue(item, arguments, out);
     }
     return output.passed();
 }
 
 /// Stores one item from `in`, which holds it whole. False for a null pointer.
 bool unpackItem(const Item& item, Arguments& arguments, const unsigned char* in) {
-    if (item.letter->letter == 'x' || item.letter->letter == 'X')
+    if (item.isFiller())
         return true;
     void* objects = arguments.pointer();
     if (objects == nullptr)
