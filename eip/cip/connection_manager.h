@@ -1,0 +1,90 @@
+#ifndef EIP_CIP_CONNECTION_MANAGER_H
+#define EIP_CIP_CONNECTION_MANAGER_H
+
+#include <cstdint>
+
+#include "eip/cip/encapsulation.h"
+#include "eip/cip/message_router.h"
+
+// Class 3 connections (CIP Networks Library Vol. 1, 3-5.5): Forward Open, Forward Close, and
+// messages sent over an open connection. A connection record belongs to the thread that opened it.
+
+/// Defaults of the Forward Open and Forward Close.
+extern const uint16_t _OriginatorVendorID;
+extern const uint32_t _OriginatorSerialNumber;
+extern const uint8_t _Priority;       ///< priority/time tick byte of _Forward_Close
+extern const uint8_t _TimeOut_Ticks;  ///< time-out ticks of _Forward_Close
+extern const uint16_t _Parameters;    ///< network connection parameters
+extern const uint8_t _Transport;      ///< class 3, application trigger, server
+extern const uint8_t _TimeOutMultiplier;
+
+/// The longest connection path a record holds, in bytes.
+const int kMaxConnectionPath = 255;
+
+/// Connection record: made by the Forward Open functions, freed by _Forward_Close or
+/// DeleteConnection. It borrows the session, which must outlive it.
+struct _Eip_Connection {
+    _Eip_Session* session;
+    unsigned char reserved[8];
+    uint16_t connectionSerial;
+    uint16_t vendorId;
+    uint32_t originatorSerial;
+    uint32_t oToTConnectionId;  ///< goes into every connected address item
+    uint32_t tToOConnectionId;
+    uint16_t sequenceCount;  ///< of the last request sent; wraps
+    uint8_t pathLength;      ///< bytes
+    unsigned char path[kMaxConnectionPath];
+};
+
+/// Opens a class 3 connection to the message router behind `routePath` (port segments, of even
+/// length; null or length 0 for the target itself). `plcKind` 1 or 2 uses the network connection
+/// parameters 0x4302, any other 0x43F8. `rpiMs` is the requested packet interval in milliseconds.
+/// Returns the connection or null: no reply; (1, errno, 0) without memory; (0, -31, 0) when the
+/// path is too long for the record; (3, general status, extended status) when the target refuses;
+/// (0, -20, 0) when its reply has no connection ids.
+_Eip_Connection* _ConnectPLCOverCNET2(_Eip_Session* session, int plcKind,
+                                      unsigned char priorityTick, unsigned char timeoutTicks,
+                                      uint32_t tToOConnectionId, uint16_t connectionSerial,
+                                      uint16_t vendorId, uint32_t originatorSerial,
+                                      unsigned char timeoutMultiplier, uint32_t rpiMs,
+                                      unsigned char transport, const unsigned char* routePath,
+                                      unsigned char routePathLength);
+
+/// Forward Open with every field from the caller and O->T connection id 0 (the target chooses).
+/// Null as above.
+_Eip_Connection* _Forward_Open(_Eip_Session* session, unsigned char priorityTick,
+                               unsigned char timeoutTicks, uint32_t tToOConnectionId,
+                               uint16_t connectionSerial, uint16_t vendorId,
+                               uint32_t originatorSerial, unsigned char timeoutMultiplier,
+                               uint32_t rpiMs, uint16_t parameters, unsigned char transport,
+                               const unsigned char* path, int pathLength);
+/// The same with O->T connection id (T->O id & 0x8000000F) + 1.
+_Eip_Connection* _Forward_Open2(_Eip_Session* session, unsigned char priorityTick,
+                                unsigned char timeoutTicks, uint32_t tToOConnectionId,
+                                uint16_t connectionSerial, uint16_t vendorId,
+                                uint32_t originatorSerial, unsigned char timeoutMultiplier,
+                                uint32_t rpiMs, uint16_t parameters, unsigned char transport,
+                                const unsigned char* path, int pathLength);
+
+/// Closes the connection and frees its record whatever comes of it. Returns the general status of
+/// the reply, recorded as (3, general status, extended status), or -1 without a usable reply.
+int _Forward_Close(_Eip_Connection* connection);
+/// The Forward Close request itself; the result is as above.
+int _ExForward_Close(_Eip_Session* session, unsigned char priorityTick, unsigned char timeoutTicks,
+                     uint16_t connectionSerial, uint16_t vendorId, uint32_t originatorSerial,
+                     const unsigned char* path, int pathLength);
+
+/// Frees the record without a word to the target and sets the caller's pointer to null.
+void DeleteConnection(_Eip_Connection** connection);
+
+/// Sends one message-router request over the connection with the next sequence count. Returns a
+/// copy of the reply's connected data item (type 0x00B1, length, sequence count, message-router
+/// reply), to be freed with free(); its length field counts the bytes after the head, and 2 zero
+/// bytes follow them. Null: (0, -31, 0) when the request does not fit; no reply; (2, status, 0) for
+/// an encapsulation status other than 0 or a reply without a data item; (0, -7, 0) for a reply to
+/// another command, session or sequence count; (0, -20, 0) for items of another type or whose
+/// lengths do not fill the reply exactly.
+_Eip_Item* _ConnectedSend(_Eip_Session* session, _Eip_Connection* connection, const void* request,
+                          int requestLength);
+
+#endif

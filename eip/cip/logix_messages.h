@@ -1,0 +1,64 @@
+#ifndef EIP_CIP_LOGIX_MESSAGES_H
+#define EIP_CIP_LOGIX_MESSAGES_H
+
+#include <cstdint>
+
+#include "eip/cip/common_packet.h"
+#include "eip/cip/logix_data.h"
+#include "eip/cip/message_router.h"
+
+// Requests and replies of the Logix Read Tag and Write Tag services as bytes.
+
+/// Service codes; a reply has bit 0x80 set.
+enum LgxService : uint8_t {
+    LGX_SERVICE_MULTIPLE = 0x0A,  ///< Multiple Service Packet
+    LGX_SERVICE_PCCC = 0x4B,      ///< Execute PCCC
+    LGX_SERVICE_READ_TAG = 0x4C,
+    LGX_SERVICE_WRITE_TAG = 0x4D
+};
+
+/// Read Tag request for `elementCount` elements. Returns the request, to be freed with free(), and
+/// its size. Null (size 0) with (1, errno, 0) without memory, (0, -31, 0) when the path of the name
+/// is longer than 255 words.
+unsigned char* _BuildLgxReadDataRequest(const char* tagName, uint16_t elementCount, int* size);
+
+/// Write Tag request. `data` holds `dataBytes` bytes: the characters of a short string (at most
+/// 255; its element count goes out as 1), else the values of `elementCount` elements. Result as
+/// above; (0, -31, 0) also for more data than a request body takes.
+unsigned char* _BuildLgxWriteDataRequest(const char* tagName, _LGX_Data_Type dataType,
+                                         const void* data, int dataBytes, uint16_t elementCount,
+                                         int* size);
+
+/// Number of service replies in a connected or unconnected data item: the count of a Multiple
+/// Service Packet reply, 1 for a reply to Read Tag, Write Tag or Execute PCCC; 0 with (0, -22, 0)
+/// for any other service, with (0, -20, 0) for null or an item too short.
+/// The item must hold 4 + its length field bytes; everything inside is checked against that.
+int _GetService_ReplyNumber(const _Eip_Item* item);
+
+/// The service reply at `index`, inside the item. Its head, additional status and, for a good Read
+/// Tag reply, data type are whole. Null: (0, -10, 0) for another item type, (0, -21, 0) for an
+/// index beyond the replies, (0, -22, 0) for another service, (0, -20, 0) for anything that does
+/// not hold together.
+const _MR_Reply* _GetService_Reply(const _Eip_Item* item, int index);
+/// Bytes of that reply: up to the next one, or to the item's end. 0 when there is none.
+int _GetService_ReplySize(const _Eip_Item* item, int index);
+
+/// General status in the low byte, additional status size in words in the high byte: what is
+/// recorded as an error of type 5. 0 is success. -1 for null.
+int32_t _GetLGXStatusWord(const _MR_Reply* reply);
+/// The signed 16-bit extended status when the status word is 0x01FF, else 0.
+int32_t _GetExtendedStatus(const _MR_Reply* reply);
+
+/// The data type of a Read Tag reply that _GetService_Reply handed out. 0 on failure: (0, -20, 0)
+/// for null, (5, status word, extended status) for a refusal, (0, -24, 0) for another service.
+int32_t _GetLGXDataType(const _MR_Reply* reply);
+/// Start of the data of such a reply, behind the type. Null on failure: as above, and (0, -24, 0)
+/// for a type that has no entry in _LGX_Data_Type. Clears the error record on success.
+const unsigned char* _GetData(const _MR_Reply* reply);
+
+/// Decodes a Read Tag reply of `length` bytes. Null: (1, errno, 0) without memory; (0, -102, 236)
+/// for a refusal or a type without size; (0, -102, 248) for no element; (0, -20, 0) for a reply cut
+/// short, data that is no whole number of elements, or a string longer than its data.
+_LGX_Read* _DecodeLGX(const _MR_Reply* reply, int length);
+
+#endif
