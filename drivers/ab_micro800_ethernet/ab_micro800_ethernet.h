@@ -153,6 +153,7 @@ class DriverABMicro800Eth : public QObject, public DriverInterface {
 
     void clearCommError();
     void setCommError(const QString& text);
+    void cutBehindAnswer();
     void prefixCommError(const char* verb, const CommunicatorCommand& command);
     bool prepare(AbstractDeviceInterface* device, const char* verb,
                  const CommunicatorCommand& command);

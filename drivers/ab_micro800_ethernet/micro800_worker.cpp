@@ -13,7 +13,7 @@ const int kLongestString = 255;  // a short string says its length in one byte
 /// The element count of a write, 0 and false when the bytes are no whole number of elements. A
 /// short string counts its characters and may be empty.
 bool elementCountOf(_LGX_Data_Type type, int bytes, unsigned short* count) {
-    if (type == LGX_SHORT_STRING) {
+    if (type == LGX_TYPE_SHORT_STRING) {
         *count = static_cast<unsigned short>(bytes);
         return bytes <= kLongestString;
     }

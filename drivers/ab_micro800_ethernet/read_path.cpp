@@ -2,6 +2,7 @@
 
 #include <QStringList>
 #include <algorithm>
+#include <cstring>
 
 #include "drivers/ab_micro800_ethernet/ab_micro800_ethernet.h"
 #include "drivers/ab_micro800_ethernet/micro800_worker.h"
@@ -16,6 +17,9 @@ const int kLargestData = 65535;
 
 /// Addresses whose work is kept; a panel has some hundreds. Beyond, all are worked out anew.
 const int kMaxReadTargets = 4096;
+
+/// Where the transaction id stands in a line: behind the code and a tab.
+const int kIdPos = 3;
 
 /// Whether each of the indexes fits the 32 bits that a path segment has for it.
 bool indexesFit(const QString& indexes) {
@@ -219,7 +223,26 @@ bool DriverABMicro800Eth::sendToWorker(int pipe, const char* line, int length) {
 bool DriverABMicro800Eth::recvRspFromWorker() {
     resetRspBuf();
     // One byte stays zero: the line is read as a text.
-    return worker->recvRsp(0, rspBuf.data(), static_cast<int>(rspBuf.size()) - 1, &rspLength);
+    if (!worker->recvRsp(0, rspBuf.data(), static_cast<int>(rspBuf.size()) - 1, &rspLength)) {
+        return false;
+    }
+    cutBehindAnswer();
+    return true;
+}
+
+/// A late answer to an earlier request may have come in behind the expected line: without it no
+/// digit of its can end up in the value.
+void DriverABMicro800Eth::cutBehindAnswer() {
+    const QByteArray id = QByteArray::number(tid(0), 16).toUpper().rightJustified(4, '0');
+    char* line = rspBuf.data();
+    while (char* end = std::strchr(line, '\n')) {
+        if (end - line >= kIdPos + id.size() &&
+            std::memcmp(line + kIdPos, id.constData(), static_cast<size_t>(id.size())) == 0) {
+            std::fill(end + 1, rspBuf.data() + rspLength, 0);
+            return;
+        }
+        line = end + 1;
+    }
 }
 
 void DriverABMicro800Eth::resetRspBuf() {
