@@ -1,0 +1,89 @@
+#!/bin/sh
+# Compiles the product's sources against declarations of what Qt 4.7 has (tests/lint/qt47/), without making
+# anything of them, and sees that sources which use more are refused.
+#
+#   qt47.sh ROOT COMPILER
+set -eu
+root=$1
+compiler=$2
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+# headers FILE NAME...: the public headers that FILE declares the classes of.
+headers() {
+    file=$1
+    shift
+    for name in "$@"; do
+        echo "#include \"$root/tests/lint/qt47/$file\"" >"$work/$name"
+    done
+}
+headers qglobal.h QtGlobal
+headers text.h QByteArray QChar QLatin1Char QLatin1String QRegExp QString
+headers containers.h QHash QList QPair QSet QStringList QVector
+headers objects.h QCoreApplication QDataStream QDebug QDir QElapsedTimer QFile QFileInfo QIODevice \
+    QMutex QMutexLocker QObject QPointer QSqlDatabase QSqlError QSqlQuery QThread QTime QVariant \
+    QtDebug QtEndian QtPlugin
+
+compile() {
+    "$compiler" -std=c++17 -Wall -Wextra -Werror -fsyntax-only -isystem "$work" -I "$root" "$@"
+}
+
+# refused NAME: the sample on standard input must not compile.
+refused() {
+    cat >"$work/$1.cpp"
+    if compile "$work/$1.cpp" 2>"$work/$1.log"; then
+        echo "self-test: the sample '$1' was taken for Qt 4.7" >&2
+        exit 1
+    fi
+}
+
+refused newer_function <<'SAMPLE'
+#include <QString>
+QString escaped(const QString& text) { return text.toHtmlEscaped(); }
+SAMPLE
+refused newer_macro <<'SAMPLE'
+#include <QString>
+QString name() { return QStringLiteral("name"); }
+SAMPLE
+refused list_from_braces <<'SAMPLE'
+#include <QList>
+QList<int> list() { return {1, 2, 3}; }
+SAMPLE
+refused newer_class <<'SAMPLE'
+#include <QJsonDocument>
+SAMPLE
+refused connect_to_member <<'SAMPLE'
+#include <QThread>
+void connectTo(QThread* a, QObject* b) { QObject::connect(a, &QThread::quit, b, &QObject::deleteLater); }
+SAMPLE
+refused newer_overload <<'SAMPLE'
+#include <QByteArray>
+QByteArray spaced(const QByteArray& bytes) { return bytes.toHex(' '); }
+SAMPLE
+
+# The samples are refused for what they do, not for headers that do not compile.
+cat >"$work/plain.cpp" <<'SAMPLE'
+#include <QHash>
+#include <QObject>
+#include <QStringList>
+int total(const QHash<QString, int>& counts) {
+    int sum = 0;
+    for (int count : counts)
+        sum += count;
+    return sum;
+}
+SAMPLE
+compile "$work/plain.cpp"
+
+failed=0
+sources=$(cd "$root" && find runtime common eip drivers -name '*.cpp' | sort)
+for header in $(cd "$root" && find runtime common eip drivers -name '*.h' | sort); do
+    echo "#include \"$header\""
+done >"$work/headers.cpp"
+compile "$work/headers.cpp" || failed=1
+export work root compiler
+echo "$sources" | xargs -P "$(getconf _NPROCESSORS_ONLN)" -I '{}' \
+    "$compiler" -std=c++17 -Wall -Wextra -Werror -fsyntax-only -isystem "$work" -I "$root" "$root/{}" || failed=1
+[ $failed = 0 ] || { echo 'the product uses what Qt 4.7 does not have, or what tests/lint/qt47 does not list' >&2; exit 1; }
+echo "$(echo "$sources" | wc -l) sources keep to Qt 4.7"
