@@ -6,7 +6,7 @@
 /// A byte stream of the host that can carry encapsulated messages: a serial line, a tunnel, a
 /// socket of its own. The host implements it and owns the object.
 class ByteStreamDevice {
-  public:
+ public:
     virtual ~ByteStreamDevice() {}
 
     /// Reads up to `length` bytes, waiting as long as the device sees fit. Returns the number of

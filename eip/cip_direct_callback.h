@@ -8,7 +8,7 @@ class ByteStreamDevice;
 /// The transport over a byte stream of the host instead of a TCP socket of the library's own. No
 /// pipes, no driver commands. Used by one thread at a time.
 class CipDirectCallback : public CipCallback {
-  public:
+ public:
     /// `device` is not owned and must outlive this object.
     explicit CipDirectCallback(ByteStreamDevice* device);
     virtual ~CipDirectCallback();
@@ -24,7 +24,7 @@ class CipDirectCallback : public CipCallback {
     virtual _Encap_Header* sendDataWaitReply(const _Encap_Header* request, int unused,
                                              int timeoutMs);
 
-  private:
+ private:
     CipDirectCallback(const CipDirectCallback&) = delete;
     CipDirectCallback& operator=(const CipDirectCallback&) = delete;
 

@@ -22,7 +22,7 @@
 ///
 /// Threads: the worker's, but for the cache forwarders and the client ends of the pipes.
 class CipPlcDriverCallback : public CipTcpCallback {
-  public:
+ public:
     CipPlcDriverCallback();
     virtual ~CipPlcDriverCallback();
 
@@ -89,7 +89,7 @@ class CipPlcDriverCallback : public CipTcpCallback {
     void cacheInsert(const QString& key, const QByteArray& value);
     void cacheClear();
 
-  protected:
+ protected:
     /// Makes the received line the pending command `pending`, with the pipe index in place of the
     /// code. False, and nothing is pending, unless it has `fieldCount` fields.
     bool storeCmd(int pipe, int fieldCount, QStringList& pending);
@@ -99,7 +99,7 @@ class CipPlcDriverCallback : public CipTcpCallback {
     /// Parses a data type code, hexadecimal, at most 0xFF.
     static bool parseType(const QString& text, _LGX_Data_Type* type);
 
-  private:
+ private:
     bool storeSetSessionCmd(unsigned short* tid);
     bool sendRsp(int pipe, int length);
 

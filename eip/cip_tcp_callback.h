@@ -18,7 +18,7 @@
 /// descriptors are close-on-exec. Waiting is done with select(), so a descriptor of FD_SETSIZE or
 /// above is refused: connect() then fails with EMFILE, pipesOpened() is false.
 class CipTcpCallback : public CipCallback {
-  public:
+ public:
     CipTcpCallback();
     /// No other thread may use the object any more.
     virtual ~CipTcpCallback();
@@ -97,7 +97,7 @@ class CipTcpCallback : public CipCallback {
     int setClientPipeRxTimeout(int pipeIndex, unsigned long ms);
     int setClientPipeTxTimeout(int pipeIndex, unsigned long ms);
 
-  private:
+ private:
     CipTcpCallback(const CipTcpCallback&) = delete;
     CipTcpCallback& operator=(const CipTcpCallback&) = delete;
 

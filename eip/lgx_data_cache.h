@@ -11,7 +11,7 @@
 /// Any thread; every operation takes the cache's own mutex, which is a leaf: nothing is called
 /// while it is held. What goes in and what comes out shares no storage with the cache.
 class LgxDataCache {
-  public:
+ public:
     LgxDataCache();
     ~LgxDataCache();
 
@@ -29,7 +29,7 @@ class LgxDataCache {
     /// Removes every entry.
     void clear();
 
-  private:
+ private:
     LgxDataCache(const LgxDataCache&) = delete;
     LgxDataCache& operator=(const LgxDataCache&) = delete;
 

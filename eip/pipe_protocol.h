@@ -38,7 +38,7 @@ enum LgxDriverCode {
 
 /// A tag and the number of its elements to read; the unit of session lists.
 class LgxReadCmd {
-  public:
+ public:
     LgxReadCmd() : count(0) {}
     LgxReadCmd(const QString& tagName, int elementCount) : name(tagName), count(elementCount) {}
 

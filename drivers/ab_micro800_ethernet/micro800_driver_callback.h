@@ -9,7 +9,7 @@
 
 /// A write that the driver asks for.
 class LgxMicro800WriteCmd {
-  public:
+ public:
     LgxMicro800WriteCmd() : type(_LGX_Data_Type(0)) {}
 
     QString name;
@@ -19,7 +19,7 @@ class LgxMicro800WriteCmd {
 
 /// The receiver of a Micro800 worker: adds the write command. Threads as CipPlcDriverCallback.
 class Micro800DriverCallback : public CipPlcDriverCallback {
-  public:
+ public:
     Micro800DriverCallback();
     virtual ~Micro800DriverCallback();
 
@@ -31,7 +31,7 @@ class Micro800DriverCallback : public CipPlcDriverCallback {
     /// field does not parse; the result is then empty and the references are untouched.
     LgxMicro800WriteCmd driverWriteCmd(int& pipe, unsigned short& tid, bool* ok);
 
-  private:
+ private:
     QStringList pendingWrite;  // worker thread only
 };
 

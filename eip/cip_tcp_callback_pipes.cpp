@@ -1,0 +1,249 @@
+// The pipe side of the transport: two socket pairs between the driver's thread and the worker's.
+
+#include <errno.h>
+#include <string.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+
+#include "common/clock.h"
+#include "eip/cip_tcp_callback.h"
+#include "eip/cip_tcp_callback_impl.h"
+#include "eip/socket_tools.h"
+
+namespace {
+
+const unsigned long kFirstClientTimeoutMs = 1000;
+const unsigned int kFirstTxTimeoutMs = 1000;
+
+/// The largest line is read, and thrown away, in one piece.
+const size_t kDiscardPiece = 4096;
+
+/// Length of the text up to and including its first line feed, 0 without one.
+int lineLength(const char* text, ssize_t length) {
+    const void* end = memchr(text, '\n', static_cast<size_t>(length));
+    return end ? static_cast<int>(static_cast<const char*>(end) - text) + 1 : 0;
+}
+
+/// One blocking read that a signal does not cut short; it may make the wait twice as long.
+ssize_t recvDespiteSignals(int fd, char* buf, size_t len, unsigned long timeoutMs) {
+    const qint64 start = CurrentMSecsSinceBoot();
+    ssize_t got = 0;
+    do {
+        got = recv(fd, buf, len, 0);
+    } while (got < 0 && errno == EINTR &&
+             (timeoutMs == 0 || static_cast<quint64>(CurrentMSecsSinceBoot() - start) < timeoutMs));
+    return got;
+}
+
+}  // namespace
+
+CipTcpCallback::Impl::Impl(CipTcpCallback* callbackOwner)
+    : owner(callbackOwner), sock(-1), maxFd(-1), txTimeout(kFirstTxTimeoutMs), lastErrno(0) {
+    FD_ZERO(&readFds);
+    FD_ZERO(&writeFds);
+    const bool opened = openPipe(&pipe0);
+    if (!openPipe(&pipe1) || !opened) {
+        closePipes();
+        return;
+    }
+    FD_SET(pipe0.server, &readFds);
+    FD_SET(pipe1.server, &readFds);
+    maxFd = std::max(pipe0.server, pipe1.server);
+}
+
+void CipTcpCallback::Impl::closePipes() {
+    closePipe(&pipe0);
+    closePipe(&pipe1);
+    FD_ZERO(&readFds);
+}
+
+bool CipTcpCallback::Impl::openPipe(Pipe* pipe) {
+    int fds[2] = {-1, -1};
+    const int result = KCreateSocketPair(fds);
+    const int reason = errno;
+    pipe->client = fds[0];
+    pipe->server = fds[1];
+    pipe->clientRxTimeout = kFirstClientTimeoutMs;
+    if (result != 0) {
+        lastErrno = reason;
+        return false;
+    }
+    if (pipe->server >= FD_SETSIZE) {
+        lastErrno = EMFILE;
+        return false;
+    }
+    if (!KSetNonBlockingMode(pipe->server, true) ||
+        !KSocketSetRxTimeout(pipe->client, kFirstClientTimeoutMs) ||
+        !KSocketSetTxTimeout(pipe->client, kFirstClientTimeoutMs)) {
+        lastErrno = errno;
+        return false;
+    }
+    return true;
+}
+
+void CipTcpCallback::Impl::closePipe(Pipe* pipe) {
+    if (pipe->client >= 0) {
+        KCloseSocket(pipe->client);
+        KCloseSocket(pipe->server);
+    }
+    pipe->client = -1;
+    pipe->server = -1;
+}
+
+void CipTcpCallback::Impl::servePipes(const fd_set& readable) {
+    if (pipe0.server >= 0 && FD_ISSET(pipe0.server, &readable)) {
+        owner->serverPipeOnReceive(0);
+    }
+    if (pipe1.server >= 0 && FD_ISSET(pipe1.server, &readable)) {
+        owner->serverPipeOnReceive(1);
+    }
+}
+
+void CipTcpCallback::Impl::noteServerRead(int fd, ssize_t result) {
+    const bool again = result < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR);
+    if (fd >= 0 && result < 1 && !again) {
+        FD_CLR(fd, &readFds);
+    }
+}
+
+CipTcpCallback::CipTcpCallback() : d(new Impl(this)) {}
+
+CipTcpCallback::~CipTcpCallback() {
+    d->closePipes();
+    disconnect();
+}
+
+void CipTcpCallback::serverPipeOnReceive(int pipeIndex) {
+    (void)pipeIndex;
+}
+
+bool CipTcpCallback::pipesOpened() const {
+    return d->pipe0.server >= 0 && d->pipe1.server >= 0;
+}
+
+void CipTcpCallback::sleep(unsigned long ms) {
+    if (ms == 0) {
+        return;
+    }
+    fd_set readable = d->readFds;
+    if (d->sock >= 0) {
+        FD_CLR(d->sock, &readable);
+    }
+    timeval time = KTimevalFrom(ms);
+    if (select(d->maxFd + 1, &readable, 0, 0, &time) > 0) {
+        d->servePipes(readable);
+    }
+}
+
+int CipTcpCallback::sendServerPipe(int pipeIndex, const char* data, int len) {
+    return static_cast<int>(
+        send(d->pipe(pipeIndex).server, data, static_cast<size_t>(std::max(len, 0)), MSG_NOSIGNAL));
+}
+
+int CipTcpCallback::recvServerPipe(int pipeIndex, char* buf, int len) {
+    const int fd = d->pipe(pipeIndex).server;
+    int count = 0;
+    while (count < len) {
+        const ssize_t got = recv(fd, buf + count, static_cast<size_t>(len - count), 0);
+        if (got < 1) {
+            d->noteServerRead(fd, got);
+            break;
+        }
+        count += static_cast<int>(got);
+    }
+    return count;
+}
+
+int CipTcpCallback::recvServerPipeUntilLF(int pipeIndex, char* buf, int len, bool* gotLF) {
+    const int fd = d->pipe(pipeIndex).server;
+    int count = 0;
+    bool ended = false;
+    while (!ended && count < len) {
+        const ssize_t got = recv(fd, buf + count, static_cast<size_t>(len - count), 0);
+        if (got < 1) {
+            d->noteServerRead(fd, got);
+            break;
+        }
+        count += static_cast<int>(got);
+        ended = buf[count - 1] == '\n';
+    }
+    if (gotLF) {
+        *gotLF = ended;
+    }
+    return count;
+}
+
+int CipTcpCallback::recvServerPipeLine(int pipeIndex, char* buf, int len) {
+    const int fd = d->pipe(pipeIndex).server;
+    int count = 0;
+    bool tooLong = false;
+    while (len > 0) {
+        // A look first, so that no byte of a later line is taken.
+        const ssize_t seen = recv(fd, buf + count, static_cast<size_t>(len - count), MSG_PEEK);
+        if (seen < 1) {
+            d->noteServerRead(fd, seen);
+            break;
+        }
+        const int rest = lineLength(buf + count, seen);
+        const int wanted = rest > 0 ? rest : static_cast<int>(seen);
+        if (recvServerPipe(pipeIndex, buf + count, wanted) != wanted) {
+            break;
+        }
+        count += wanted;
+        if (rest > 0) {
+            return tooLong ? 0 : count;
+        }
+        if (count == len) {
+            tooLong = true;
+            count = 0;
+        }
+    }
+    return 0;
+}
+
+int CipTcpCallback::sendClientPipe(int pipeIndex, const char* data, int len) {
+    return static_cast<int>(
+        send(d->pipe(pipeIndex).client, data, static_cast<size_t>(std::max(len, 0)), MSG_NOSIGNAL));
+}
+
+int CipTcpCallback::recvClientPipeUntilLF(int pipeIndex, char* buf, int len, bool* gotLF) {
+    const Impl::Pipe& pipe = d->pipe(pipeIndex);
+    int count = 0;
+    bool ended = false;
+    while (!ended && count < len) {
+        const ssize_t got = recvDespiteSignals(
+            pipe.client, buf + count, static_cast<size_t>(len - count), pipe.clientRxTimeout);
+        if (got < 1) {
+            break;
+        }
+        count += static_cast<int>(got);
+        ended = buf[count - 1] == '\n';
+    }
+    if (gotLF) {
+        *gotLF = ended;
+    }
+    return count;
+}
+
+void CipTcpCallback::discardClientPipe(int pipeIndex) {
+    char scratch[kDiscardPiece];
+    const int fd = d->pipe(pipeIndex).client;
+    ssize_t got = 0;
+    do {
+        got = recv(fd, scratch, sizeof scratch, MSG_DONTWAIT);
+    } while (got == static_cast<ssize_t>(sizeof scratch));
+}
+
+int CipTcpCallback::setClientPipeRxTimeout(int pipeIndex, unsigned long ms) {
+    Impl::Pipe& pipe = d->pipe(pipeIndex);
+    if (!KSocketSetRxTimeout(pipe.client, ms)) {
+        return 0;
+    }
+    pipe.clientRxTimeout = ms;
+    return 1;
+}
+
+int CipTcpCallback::setClientPipeTxTimeout(int pipeIndex, unsigned long ms) {
+    return KSocketSetTxTimeout(d->pipe(pipeIndex).client, ms);
+}

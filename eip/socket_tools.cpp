@@ -1,0 +1,61 @@
+#include "eip/socket_tools.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+timeval KTimevalFrom(unsigned long ms) {
+    timeval time;
+    time.tv_sec = static_cast<time_t>(ms / 1000);
+    time.tv_usec = static_cast<suseconds_t>(ms % 1000 * 1000);
+    return time;
+}
+
+int KSocketSetTimeout(int fd, unsigned long ms, bool rx) {
+    const timeval time = KTimevalFrom(ms);
+    return setsockopt(fd, SOL_SOCKET, rx ? SO_RCVTIMEO : SO_SNDTIMEO, &time, sizeof time) == 0;
+}
+
+int KSocketSetRxTimeout(int fd, unsigned long ms) {
+    return KSocketSetTimeout(fd, ms, true);
+}
+
+int KSocketSetTxTimeout(int fd, unsigned long ms) {
+    return KSocketSetTimeout(fd, ms, false);
+}
+
+int KCreateSocketPair(int* fds) {
+    return socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, fds);
+}
+
+int KSetNonBlockingMode(int fd, bool on) {
+    const int flags = fcntl(fd, F_GETFL);
+    if (flags < 0) {
+        return 0;
+    }
+    const int wanted = on ? flags | O_NONBLOCK : flags & ~O_NONBLOCK;
+    return wanted == flags || fcntl(fd, F_SETFL, wanted) == 0;
+}
+
+void KCloseSocket(int fd) {
+    close(fd);
+}
+
+int KReceiveLine(int fd, char* buf, int len) {
+    int count = 0;
+    while (count < len) {
+        const ssize_t got = read(fd, buf + count, static_cast<size_t>(len - count));
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got < 1) {
+            break;
+        }
+        count += static_cast<int>(got);
+        if (buf[count - 1] == '\n') {
+            break;
+        }
+    }
+    return count;
+}
