@@ -1,0 +1,88 @@
+#ifndef APPS_SIMULATOR_CIP_H
+#define APPS_SIMULATOR_CIP_H
+
+#include "apps/simulator/bytes.h"
+
+// Services, status codes and objects of CIP Networks Library Vol. 1 (chapters 3 and 5, appendices A
+// and B) and of the Logix tag services.
+
+namespace sim {
+
+enum CipService : uint8_t {
+    kMultipleServicePacket = 0x0A,
+    kReadTag = 0x4C,
+    kWriteTag = 0x4D,
+    kForwardClose = 0x4E,
+    kForwardOpen = 0x54,
+};
+
+/// Set in the service code of every reply.
+const uint8_t kReplyFlag = 0x80;
+
+/// The service's name, null for any other code.
+const char* cipServiceName(uint8_t service);
+
+enum GeneralStatus : uint8_t {
+    kSuccess = 0x00,
+    kConnectionFailure = 0x01,
+    kPathSegmentError = 0x04,
+    kPathDestinationUnknown = 0x05,
+    kServiceNotSupported = 0x08,
+    kReplyDataTooLarge = 0x11,
+    kNotEnoughData = 0x13,
+    kTooMuchData = 0x15,
+    kInvalidParameter = 0x20,
+    kPathSizeInvalid = 0x26,
+    kGeneralError = 0xFF,
+};
+
+/// Extended status of the connection manager with general status kConnectionFailure.
+enum ConnectionStatus : uint16_t {
+    kConnectionInUse = 0x0100,
+    kTransportNotSupported = 0x0103,
+    kTargetConnectionNotFound = 0x0107,
+    kInvalidParameters = 0x0108,
+    kOutOfConnections = 0x0113,
+    kPortNotAvailable = 0x0311,
+};
+
+/// Extended status of the tag services with general status kGeneralError.
+enum TagStatus : uint16_t {
+    kBeyondEnd = 0x2105,
+    kTypeMismatch = 0x2107,
+};
+
+/// Classes that a request path can name.
+const uint32_t kMessageRouterClass = 0x02;
+const uint32_t kConnectionManagerClass = 0x06;
+
+struct CipStatus {
+    uint8_t general = kSuccess;
+    bool hasExtended = false;
+    uint16_t extended = 0;
+
+    CipStatus() = default;
+    CipStatus(uint8_t generalStatus) : general(generalStatus) {}  // NOLINT
+    CipStatus(uint8_t generalStatus, uint16_t extendedStatus)
+        : general(generalStatus), hasExtended(true), extended(extendedStatus) {}
+    bool ok() const { return general == kSuccess; }
+};
+
+/// Appends the head of a message-router reply: service, reserved, status and additional status.
+void putReplyHead(Bytes& out, uint8_t service, const CipStatus& status);
+
+/// A message-router request: service, path size in words, path, data.
+struct CipRequest {
+    uint8_t service = 0;
+    ByteView path;
+    ByteView data;
+    /// The path size points past the end of the request.
+    bool pathTooLong = false;
+};
+
+/// False when there is not even a service code and a path size.
+bool decodeCipRequest(ByteView bytes, CipRequest& request);
+
+}  // namespace sim
+
+#endif

@@ -1,0 +1,196 @@
+#include "apps/simulator/connection_manager.h"
+
+#include <algorithm>
+
+namespace sim {
+
+namespace {
+
+// The only connection path there is: the message router, class 2, instance 1.
+const uint8_t kRouterPath[] = {0x20, 0x02, 0x24, 0x01};
+
+const uint8_t kTransportClassMask = 0x0F;
+const uint8_t kTransportClass3 = 3;
+/// Multipliers 4 << 0 to 4 << 7; greater ones are reserved.
+const uint8_t kMaxTimeoutMultiplier = 7;
+
+bool takeTriad(ByteReader& reader, ConnectionTriad& triad) {
+    return reader.take16(triad.serial) && reader.take16(triad.vendor) &&
+           reader.take32(triad.originatorSerial);
+}
+
+/// Forward Open request (Vol. 1, 3-5.5.2): priority/tick, ticks, O->T id, T->O id, triad, time-out
+/// multiplier, 3 reserved, O->T RPI and parameters, T->O RPI and parameters, transport, path.
+struct OpenRequest {
+    uint32_t toTargetId = 0;
+    uint32_t toOriginatorId = 0;
+    ConnectionTriad triad;
+    uint8_t multiplier = 0;
+    uint32_t toTargetRpiUs = 0;
+    uint32_t toOriginatorRpiUs = 0;
+    uint8_t transport = 0;
+    ByteView path;
+};
+
+CipStatus takePath(ByteReader& reader, uint8_t words, ByteView& path) {
+    if (!reader.take(size_t(words) * 2, path)) {
+        return kNotEnoughData;
+    }
+    return reader.left() == 0 ? kSuccess : kTooMuchData;
+}
+
+CipStatus decodeOpen(ByteView data, OpenRequest& request) {
+    ByteReader reader(data);
+    uint16_t parameters = 0;
+    uint8_t words = 0;
+    if (!reader.skip(1 + 1) || !reader.take32(request.toTargetId) ||
+        !reader.take32(request.toOriginatorId) || !takeTriad(reader, request.triad) ||
+        !reader.take8(request.multiplier) || !reader.skip(3) ||
+        !reader.take32(request.toTargetRpiUs) || !reader.take16(parameters) ||
+        !reader.take32(request.toOriginatorRpiUs) || !reader.take16(parameters) ||
+        !reader.take8(request.transport) || !reader.take8(words)) {
+        return kNotEnoughData;
+    }
+    return takePath(reader, words, request.path);
+}
+
+CipStatus checkOpen(const OpenRequest& request) {
+    if ((request.transport & kTransportClassMask) != kTransportClass3) {
+        return CipStatus(kConnectionFailure, kTransportNotSupported);
+    }
+    if (request.path.size() != sizeof kRouterPath ||
+        !std::equal(kRouterPath, kRouterPath + sizeof kRouterPath, request.path.data())) {
+        return CipStatus(kConnectionFailure, kPortNotAvailable);
+    }
+    if (request.multiplier > kMaxTimeoutMultiplier) {
+        return CipStatus(kConnectionFailure, kInvalidParameters);
+    }
+    return kSuccess;
+}
+
+void putTriad(Bytes& reply, const ConnectionTriad& triad) {
+    put16(reply, triad.serial);
+    put16(reply, triad.vendor);
+    put32(reply, triad.originatorSerial);
+}
+
+int64_t timeoutOf(const OpenRequest& request) {
+    return (int64_t(4) << request.multiplier) * request.toTargetRpiUs / 1000;
+}
+
+}  // namespace
+
+void putRefusedConnection(Bytes& reply, ByteView data, size_t triadAt) {
+    ConnectionTriad triad;
+    ByteReader reader(data);
+    if (reader.skip(triadAt) && takeTriad(reader, triad)) {
+        putTriad(reply, triad);
+        put8(reply, 0);  // remaining path size
+        put8(reply, 0);  // reserved
+    }
+}
+
+CipStatus ConnectionManager::forwardOpen(uint64_t owner, ByteView data, int64_t nowMs,
+                                         Bytes& reply) {
+    dropExpired(nowMs);
+    OpenRequest request;
+    CipStatus status = decodeOpen(data, request);
+    if (status.ok()) {
+        status = checkOpen(request);
+    }
+    if (status.ok() && find(request.triad)) {
+        status = CipStatus(kConnectionFailure, kConnectionInUse);
+    }
+    if (status.ok() && m_connections.size() >= m_limit) {
+        status = CipStatus(kConnectionFailure, kOutOfConnections);
+    }
+    if (!status.ok()) {
+        putRefusedConnection(reply, data, kOpenTriadAt);
+        return status;
+    }
+    CipConnection connection;
+    connection.toTargetId = ++m_lastId;
+    connection.toOriginatorId = request.toOriginatorId;
+    connection.triad = request.triad;
+    connection.owner = owner;
+    connection.timeoutMs = m_timeoutMs > 0 ? m_timeoutMs : timeoutOf(request);
+    connection.lastMs = nowMs;
+    m_connections.push_back(connection);
+
+    put32(reply, connection.toTargetId);
+    put32(reply, connection.toOriginatorId);
+    putTriad(reply, connection.triad);
+    put32(reply, request.toTargetRpiUs);  // actual packet intervals: as asked for
+    put32(reply, request.toOriginatorRpiUs);
+    put8(reply, 0);  // application reply size
+    put8(reply, 0);  // reserved
+    return kSuccess;
+}
+
+CipStatus ConnectionManager::forwardClose(ByteView data, int64_t nowMs, Bytes& reply) {
+    dropExpired(nowMs);
+    // Priority/tick, ticks, triad, path size in words, reserved, path (Vol. 1, 3-5.5.3).
+    ByteReader reader(data);
+    ConnectionTriad triad;
+    uint8_t words = 0;
+    ByteView path;
+    CipStatus status = kNotEnoughData;
+    if (reader.skip(1 + 1) && takeTriad(reader, triad) && reader.take8(words) && reader.skip(1)) {
+        status = takePath(reader, words, path);
+    }
+    const CipConnection* connection = find(triad);
+    if (status.ok() && !connection) {
+        status = CipStatus(kConnectionFailure, kTargetConnectionNotFound);
+    }
+    if (!status.ok()) {
+        putRefusedConnection(reply, data, kCloseTriadAt);
+        return status;
+    }
+    m_connections.erase(m_connections.begin() + (connection - m_connections.data()));
+    putTriad(reply, triad);
+    put8(reply, 0);  // application reply size
+    put8(reply, 0);  // reserved
+    return kSuccess;
+}
+
+const CipConnection* ConnectionManager::use(uint32_t toTargetId, uint64_t owner, int64_t nowMs) {
+    dropExpired(nowMs);
+    for (CipConnection& connection : m_connections) {
+        if (connection.toTargetId == toTargetId && connection.owner == owner) {
+            connection.lastMs = nowMs;
+            return &connection;
+        }
+    }
+    return nullptr;
+}
+
+void ConnectionManager::release(uint64_t owner) {
+    m_connections.erase(
+        std::remove_if(m_connections.begin(), m_connections.end(),
+                       [owner](const CipConnection& one) { return one.owner == owner; }),
+        m_connections.end());
+}
+
+size_t ConnectionManager::count(int64_t nowMs) {
+    dropExpired(nowMs);
+    return m_connections.size();
+}
+
+void ConnectionManager::dropExpired(int64_t nowMs) {
+    m_connections.erase(std::remove_if(m_connections.begin(), m_connections.end(),
+                                       [nowMs](const CipConnection& one) {
+                                           return nowMs - one.lastMs > one.timeoutMs;
+                                       }),
+                        m_connections.end());
+}
+
+const CipConnection* ConnectionManager::find(const ConnectionTriad& triad) const {
+    for (const CipConnection& connection : m_connections) {
+        if (connection.triad == triad) {
+            return &connection;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace sim

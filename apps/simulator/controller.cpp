@@ -1,0 +1,267 @@
+#include "apps/simulator/controller.h"
+
+#include <utility>
+
+namespace sim {
+
+namespace {
+
+// Protocol version and option flags (Vol. 2, 2-4.7).
+const size_t kRegisterBody = 2 + 2;
+// Interface handle, time-out, item count: the least that SendRRData and SendUnitData carry.
+const size_t kCommonPacketPrefix = 4 + 2 + 2;
+/// The largest message-router reply that still fits behind prefix, items and sequence count.
+const size_t kMaxCipReply = kEncapMaxBody - kCommonPacketPrefix - (4 + 4) - 4 - 2;
+
+void refuse(Exchange& exchange, uint32_t status) {
+    exchange.encapStatus = status;
+    exchange.reply.resize(kEncapHeaderSize);
+    set32(exchange.reply, kEncapStatusAt, status);
+}
+
+void discard(Exchange& exchange, const char* note) {
+    exchange.reply.clear();
+    exchange.note = note;
+}
+
+}  // namespace
+
+Controller::Controller(const ControllerSettings& settings, TagTable& tags, FaultPlan& faults,
+                       Clock clock)
+    : m_settings(settings),
+      m_tags(tags),
+      m_faults(faults),
+      m_clock(std::move(clock)),
+      m_connections(settings.connections, settings.connectionTimeoutMs) {}
+
+void Controller::setAddress(uint32_t address, uint16_t port) {
+    m_address = address;
+    m_port = port;
+}
+
+void Controller::serve(EncapSession& session, ByteView frame, Exchange& exchange) {
+    exchange.begin(frame);
+    EncapHeader header;
+    if (!decodeHeader(frame, header)) {
+        discard(exchange, "no whole header");
+        return;
+    }
+    exchange.command = header.command;
+    // Vol. 2, 2-3.5 and 2-3.7: a receiver ignores requests whose status or options are not 0.
+    if (header.status != 0 || header.options != 0) {
+        discard(exchange, "status or options not 0");
+        return;
+    }
+    const ByteView body = frame.from(kEncapHeaderSize);
+    beginReply(exchange.reply, header, header.session);
+    switch (header.command) {
+        case kNop:
+            discard(exchange, "NOP");
+            break;
+        case kListServices:
+        case kListIdentity:
+        case kListInterfaces:
+            list(body, exchange);
+            break;
+        case kRegisterSession:
+            registerSession(session, body, exchange);
+            break;
+        case kUnRegisterSession:
+            exchange.closeTcp = session.handle != 0 && header.session == session.handle;
+            discard(exchange, exchange.closeTcp ? "session ends" : "no such session");
+            break;
+        case kSendRRData:
+        case kSendUnitData:
+            if (session.handle == 0 || header.session != session.handle) {
+                refuse(exchange, kEncapInvalidSession);
+            } else if (header.command == kSendRRData) {
+                sendRRData(session, body, exchange);
+            } else {
+                sendUnitData(session, body, exchange);
+            }
+            break;
+        default:
+            refuse(exchange, kEncapUnsupportedCommand);
+    }
+    // What was refused before its service was known meets its faults here.
+    const bool undecided = exchange.service < 0 && header.command != kRegisterSession;
+    if (!exchange.reply.empty() && undecided) {
+        selectFaults(exchange);
+    }
+    if (!exchange.reply.empty()) {
+        finishReply(exchange.reply);
+    }
+}
+
+void Controller::selectFaults(Exchange& exchange) {
+    if (!m_faults.empty()) {
+        FaultTarget target;
+        target.command = exchange.command;
+        target.service = exchange.service;
+        target.tag = &exchange.path.name;
+        m_faults.select(target, exchange.faults);
+    }
+}
+
+void Controller::registerSession(EncapSession& session, ByteView body, Exchange& exchange) {
+    selectFaults(exchange);
+    ByteReader reader(body);
+    uint16_t version = 0;
+    uint16_t options = 0;
+    if (body.size() != kRegisterBody || !reader.take16(version) || !reader.take16(options)) {
+        refuse(exchange, kEncapInvalidLength);
+        return;
+    }
+    // The answer carries the version that is spoken here, also when it says no to another one.
+    put16(exchange.reply, kProtocolVersion);
+    put16(exchange.reply, 0);
+    uint32_t status = kEncapSuccess;
+    if (version != kProtocolVersion || options != 0) {
+        status = kEncapUnsupportedRevision;
+    } else if (session.handle != 0) {
+        status = kEncapUnsupportedCommand;  // one session a TCP connection
+    }
+    if (const Fault* fault = exchange.fault(FaultKind::refuseRegister)) {
+        status = uint32_t(fault->parameter);
+    }
+    if (status == kEncapSuccess) {
+        session.handle = ++m_lastHandle;
+        set32(exchange.reply, kEncapSessionAt, session.handle);
+    }
+    exchange.encapStatus = status;
+    set32(exchange.reply, kEncapStatusAt, status);
+}
+
+void Controller::list(ByteView body, Exchange& exchange) {
+    if (!body.empty()) {
+        refuse(exchange, kEncapInvalidLength);
+        return;
+    }
+    put16(exchange.reply, exchange.command == kListInterfaces ? 0 : 1);
+    if (exchange.command == kListIdentity) {
+        putIdentityItem(exchange.reply, m_identity, m_address, m_port);
+    } else if (exchange.command == kListServices) {
+        putServicesItem(exchange.reply);
+    }
+}
+
+void Controller::sendRRData(const EncapSession& session, ByteView body, Exchange& exchange) {
+    CommonPacket packet;
+    if (body.size() < kCommonPacketPrefix) {
+        refuse(exchange, kEncapInvalidLength);
+    } else if (!decodeCommonPacket(body, packet) || packet.addressType != kNullAddress ||
+               !packet.address.empty() || packet.dataType != kUnconnectedData) {
+        refuse(exchange, kEncapIncorrectData);
+    } else {
+        m_addressItem.clear();
+        answerCip(session, packet, m_addressItem, nullptr, packet.data, exchange);
+    }
+}
+
+void Controller::sendUnitData(const EncapSession& session, ByteView body, Exchange& exchange) {
+    CommonPacket packet;
+    uint16_t sequence = 0;
+    if (body.size() < kCommonPacketPrefix) {
+        refuse(exchange, kEncapInvalidLength);
+        return;
+    }
+    const bool ok = decodeCommonPacket(body, packet);
+    ByteReader data(packet.data);
+    if (!ok || packet.addressType != kConnectedAddress || packet.address.size() != 4 ||
+        packet.dataType != kConnectedData || !data.take16(sequence)) {
+        refuse(exchange, kEncapIncorrectData);
+        return;
+    }
+    const CipConnection* connection =
+        m_connections.use(get32(packet.address, 0), session.owner, m_clock());
+    if (!connection) {
+        // A connected message that no connection takes is lost (Vol. 1, 3-4).
+        discard(exchange, "no such connection");
+        return;
+    }
+    exchange.connected = true;
+    m_addressItem.clear();
+    put32(m_addressItem, connection->toOriginatorId);
+    answerCip(session, packet, m_addressItem, &sequence, data.rest(), exchange);
+}
+
+void Controller::answerCip(const EncapSession& session, const CommonPacket& packet,
+                           const Bytes& address, const uint16_t* sequence, ByteView bytes,
+                           Exchange& exchange) {
+    CipRequest request;
+    if (!decodeCipRequest(bytes, request)) {
+        refuse(exchange, kEncapIncorrectData);
+        return;
+    }
+    m_data.clear();
+    exchange.service = request.service;
+    exchange.status = execute(session, request, exchange, m_data);
+    if (m_data.size() + 4 > kMaxCipReply) {
+        m_data.clear();
+        exchange.status = kReplyDataTooLarge;
+    }
+    CommonPacket answer = packet;
+    answer.address = address;
+    exchange.dataItemAt = beginCommonPacket(exchange.reply, answer);
+    if (sequence) {
+        put16(exchange.reply, *sequence);
+    }
+    exchange.cipAt = exchange.reply.size();
+    putReplyHead(exchange.reply, request.service, exchange.status);
+    putBytes(exchange.reply, m_data);
+    finishCommonPacket(exchange.reply, exchange.dataItemAt);
+}
+
+CipStatus Controller::execute(const EncapSession& session, const CipRequest& request,
+                              Exchange& exchange, Bytes& data) {
+    const bool readable = !request.pathTooLong && parseRequestPath(request.path, exchange.path);
+    selectFaults(exchange);
+    if (const Fault* fault = exchange.fault(FaultKind::status)) {
+        return fault->parameter2 < 0
+                   ? CipStatus(uint8_t(fault->parameter))
+                   : CipStatus(uint8_t(fault->parameter), uint16_t(fault->parameter2));
+    }
+    const bool tagService = request.service == kReadTag || request.service == kWriteTag;
+    const bool managerService = request.service == kForwardOpen || request.service == kForwardClose;
+    if (!tagService && !managerService) {
+        return kServiceNotSupported;
+    }
+    if (!readable) {
+        return request.pathTooLong ? kPathSizeInvalid : kPathSegmentError;
+    }
+    if (tagService) {
+        return executeTagService(request, exchange, data);
+    }
+    if (exchange.path.classId != kConnectionManagerClass || exchange.path.instanceId != 1) {
+        return kPathDestinationUnknown;
+    }
+    return request.service == kForwardOpen
+               ? executeForwardOpen(session, request, exchange, data)
+               : m_connections.forwardClose(request.data, m_clock(), data);
+}
+
+CipStatus Controller::executeTagService(const CipRequest& request, Exchange& exchange,
+                                        Bytes& data) {
+    if (!exchange.path.isSymbolic()) {
+        return kPathDestinationUnknown;
+    }
+    if (request.service == kReadTag) {
+        return readTag(m_tags, m_settings.tags, exchange.path, request.data, data, exchange.access);
+    }
+    ByteReader reader(request.data);
+    if (reader.skip(2 + 2)) {  // type, count
+        exchange.written = reader.rest();
+    }
+    return writeTag(m_tags, m_settings.tags, exchange.path, request.data, exchange.access);
+}
+
+CipStatus Controller::executeForwardOpen(const EncapSession& session, const CipRequest& request,
+                                         const Exchange& exchange, Bytes& data) {
+    if (const Fault* fault = exchange.fault(FaultKind::refuseOpen)) {
+        putRefusedConnection(data, request.data, kOpenTriadAt);
+        return CipStatus(kConnectionFailure, uint16_t(fault->parameter));
+    }
+    return m_connections.forwardOpen(session.owner, request.data, m_clock(), data);
+}
+
+}  // namespace sim

@@ -1,0 +1,77 @@
+#ifndef APPS_SIMULATOR_CONTROLLER_H
+#define APPS_SIMULATOR_CONTROLLER_H
+
+#include <cstdint>
+#include <functional>
+
+#include "apps/simulator/connection_manager.h"
+#include "apps/simulator/exchange.h"
+#include "apps/simulator/identity.h"
+#include "apps/simulator/tag_table.h"
+
+namespace sim {
+
+struct ControllerSettings {
+    size_t connections = 16;
+    /// Above 0: idle connections are dropped after this time, whatever their originators ask for.
+    int64_t connectionTimeoutMs = 0;
+    TagBehaviour tags;
+};
+
+/// The encapsulation session of one TCP connection.
+struct EncapSession {
+    uint64_t owner = 0;   ///< number of the TCP connection, unique as long as the program runs
+    uint32_t handle = 0;  ///< 0 as long as none is registered
+};
+
+/// The controller behind its sockets: takes one request frame, gives back one reply frame. Knows no
+/// socket and no timer; the clock is handed in. One thread.
+class Controller {
+ public:
+    /// Monotonic milliseconds.
+    using Clock = std::function<int64_t()>;
+
+    /// `tags` and `faults` have to outlive the controller.
+    Controller(const ControllerSettings& settings, TagTable& tags, FaultPlan& faults, Clock clock);
+
+    /// Serves the request `frame`: a header and as many bytes as it announces. Leaves the answer,
+    /// before any fault that distorts it, and all that is known of the request in `exchange`.
+    void serve(EncapSession& session, ByteView frame, Exchange& exchange);
+    /// The TCP connection is gone, and its CIP connections with it.
+    void disconnected(const EncapSession& session) { m_connections.release(session.owner); }
+    /// Drops all CIP connections without a word to their originators.
+    void dropConnections() { m_connections.dropAll(); }
+
+    /// Where ListIdentity says that the controller is; IPv4 in host order.
+    void setAddress(uint32_t address, uint16_t port);
+
+ private:
+    void registerSession(EncapSession& session, ByteView body, Exchange& exchange);
+    void list(ByteView body, Exchange& exchange);
+    void sendRRData(const EncapSession& session, ByteView body, Exchange& exchange);
+    void sendUnitData(const EncapSession& session, ByteView body, Exchange& exchange);
+    void answerCip(const EncapSession& session, const CommonPacket& packet, const Bytes& address,
+                   const uint16_t* sequence, ByteView request, Exchange& exchange);
+    CipStatus execute(const EncapSession& session, const CipRequest& request, Exchange& exchange,
+                      Bytes& data);
+    CipStatus executeTagService(const CipRequest& request, Exchange& exchange, Bytes& data);
+    CipStatus executeForwardOpen(const EncapSession& session, const CipRequest& request,
+                                 const Exchange& exchange, Bytes& data);
+    void selectFaults(Exchange& exchange);
+
+    const ControllerSettings m_settings;
+    TagTable& m_tags;
+    FaultPlan& m_faults;
+    const Clock m_clock;
+    const Identity m_identity;
+    ConnectionManager m_connections;
+    uint32_t m_lastHandle = 0;
+    uint32_t m_address = 0;
+    uint16_t m_port = 0;
+    Bytes m_data;  ///< reply data of the service in progress
+    Bytes m_addressItem;
+};
+
+}  // namespace sim
+
+#endif

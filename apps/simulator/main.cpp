@@ -1,0 +1,127 @@
+// The simulated controller as a program.
+
+#include <signal.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <QCoreApplication>
+#include <QSocketNotifier>
+#include <chrono>
+#include <cstdio>
+#include <memory>
+
+#include "apps/simulator/control.h"
+#include "apps/simulator/options.h"
+#include "apps/simulator/ramp.h"
+#include "apps/simulator/server.h"
+
+namespace {
+
+const int kExitFailure = 1;
+const int kExitUsage = 2;
+
+int g_signalPipe[2];
+
+void onSignal(int) {
+    const char byte = 0;
+    const ssize_t ignored = write(g_signalPipe[1], &byte, 1);
+    static_cast<void>(ignored);
+}
+
+/// SIGINT and SIGTERM reach the event loop as a readable descriptor.
+std::unique_ptr<QSocketNotifier> quitOnSignals() {
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, g_signalPipe) != 0) {
+        return nullptr;
+    }
+    struct sigaction action = {};
+    action.sa_handler = onSignal;
+    action.sa_flags = SA_RESTART;
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+    auto notifier = std::make_unique<QSocketNotifier>(g_signalPipe[0], QSocketNotifier::Read);
+    QObject::connect(notifier.get(), &QSocketNotifier::activated, qApp, &QCoreApplication::quit);
+    return notifier;
+}
+
+int64_t monotonicMs() {
+    using std::chrono::duration_cast;
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return duration_cast<std::chrono::milliseconds>(now).count();
+}
+
+int complain(const QString& what, int code) {
+    std::fprintf(stderr, "micro800-sim: %s\n", qPrintable(what));
+    return code;
+}
+
+std::vector<sim::Tag*> rampTags(const sim::Options& options, sim::TagTable& table) {
+    std::vector<sim::Tag*> tags;
+    for (const QString& name : options.rampTags) {
+        tags.push_back(table.findAnyCase(name.toStdString()));
+    }
+    if (tags.empty()) {
+        for (size_t i = 0; i < table.size(); ++i) {
+            tags.push_back(&table.at(i));
+        }
+    }
+    return tags;
+}
+
+int run(const sim::Options& options) {
+    sim::TagTable table;
+    sim::FaultPlan faults;
+    sim::RequestLog log;
+    QString error;
+    if (!loadTags(options, table, &error)) {
+        return complain(error, kExitUsage);
+    }
+    for (const QString& fault : options.faults) {
+        faults.add(fault, &error);
+    }
+    if (!options.log.isEmpty() && !log.open(options.log, &error)) {
+        return complain(error, kExitFailure);
+    }
+    sim::Controller controller(options.controller, table, faults, monotonicMs);
+    sim::Server server(controller, log);
+    server.setDelay(options.delayMs);
+    if (!server.start(options.address, options.port, &error) ||
+        (options.discovery && !server.startDiscovery(&error))) {
+        return complain(error, kExitFailure);
+    }
+    std::unique_ptr<sim::Ramp> ramp;
+    if (options.rampMs > 0) {
+        ramp = std::make_unique<sim::Ramp>(rampTags(options, table), options.rampMs);
+        ramp->start();
+    }
+    std::unique_ptr<sim::Control> control;
+    if (options.control) {
+        control = std::make_unique<sim::Control>(
+            sim::ControlTargets{&table, &faults, &controller, &server});
+        QObject::connect(control.get(), &sim::Control::quit, qApp, &QCoreApplication::quit,
+                         Qt::QueuedConnection);
+    }
+    const std::unique_ptr<QSocketNotifier> stopSignals = quitOnSignals();
+    std::printf("%u\n", unsigned(server.port()));
+    std::fflush(stdout);
+    return QCoreApplication::exec();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    // Qt's own event dispatcher takes half as long for a request as the one on GLib.
+    qputenv("QT_NO_GLIB", "1");
+    QCoreApplication application(argc, argv);
+    sim::Options options;
+    QString text;
+    switch (sim::parseOptions(QCoreApplication::arguments(), &options, &text)) {
+        case sim::ParseResult::exitOk:
+            std::printf("%s", qPrintable(text));
+            return 0;
+        case sim::ParseResult::exitUsage:
+            return complain(text + "\nTry 'micro800-sim --help'.", kExitUsage);
+        case sim::ParseResult::run:
+            break;
+    }
+    return run(options);
+}

@@ -1,0 +1,214 @@
+#include "apps/simulator/options.h"
+
+#include <QCommandLineParser>
+#include <QFile>
+
+#include "apps/simulator/fault.h"
+#include "apps/simulator/oracle.h"
+#include "apps/simulator/tag_text.h"
+
+namespace sim {
+
+namespace {
+
+const char kVersion[] = SIMULATOR_VERSION;
+const char kDefaultRamp[] = "100";
+
+const char kExamples[] =
+    "Examples:\n"
+    "  micro800-sim --tag COUNTER:DINT=42 --tag 'NAME:STRING=Mixer 3'\n"
+    "  micro800-sim --port 0 --tag 'GRID:INT[2..5,0..3]=1,2,3' --delay 6 --log requests.json\n"
+    "  micro800-sim --tags plant.json --ramp 100\n"
+    "  micro800-sim --tag A:DINT=1 --fault late:1500@10x1 --fault torn:7@tag=A\n"
+    "\n"
+    "The first line on standard output is the TCP port. SIGINT and SIGTERM end the program.\n"
+    "\n"
+    "Faults, NAME[:PARAM][@N][xM][@tag=NAME][@on=unit|rr|read|write|open|close|register|any]:\n";
+
+void addOptions(QCommandLineParser& parser) {
+    parser.addOptions({
+        {"address", "IP address to listen on (127.0.0.1).", "IP", "127.0.0.1"},
+        {"port", "TCP port to listen on (44818); 0 takes a free one.", "N", "44818"},
+        {"tag", "Declares a tag, NAME:TYPE[dims]=v1,v2,... May be given again.", "TAG"},
+        {"tags", "Declares the tags of a JSON file. May be given again.", "FILE"},
+        {"delay", "Time that the controller takes for a request (0).", "MS", "0"},
+        {"connections", "CIP connections at once (16).", "N", "16"},
+        {"connection-timeout",
+         "Drops a CIP connection after so long without traffic, whatever its originator asked for.",
+         "MS", "0"},
+        {"unknown-tag-status", "General status for an unknown tag, 04 or 05 (05).", "CODE", "05"},
+        {"bool-true", "Byte that a true BOOL reads as, 01 or FF (01).", "CODE", "01"},
+        {"ramp", "Numeric values count up once in MS (100).", "[MS]"},
+        {"ramp-tag", "Only this tag counts up. May be given again.", "NAME"},
+        {"oracle", "Numeric values tell their tag and the number of the read."},
+        {"fault", "Distorts answers, see below. May be given again.", "FAULT"},
+        {"log", "Appends one JSON line a request to FILE.", "FILE"},
+        {"stdin", "Takes commands from standard input; its end ends the program."},
+        {"udp", "Answers ListIdentity on the UDP port of the same number as well."},
+    });
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.setApplicationDescription(
+        "A simulated Micro800 controller: EtherNet/IP with connected Read Tag and Write Tag.");
+}
+
+/// The value of --ramp may be left out; the parser knows no such options.
+QStringList withRampValue(QStringList arguments) {
+    for (int i = 1; i < arguments.size(); ++i) {
+        if (arguments.at(i) != "--ramp") {
+            continue;
+        }
+        bool isNumber = false;
+        arguments.value(i + 1).toInt(&isNumber);
+        if (!isNumber) {
+            arguments.insert(i + 1, kDefaultRamp);
+        }
+    }
+    return arguments;
+}
+
+/// Reads options one after the other and keeps the first complaint.
+class OptionReader {
+ public:
+    explicit OptionReader(const QCommandLineParser& parser) : m_parser(parser) {}
+
+    int number(const QString& name, int low, int high) {
+        const QString text = m_parser.value(name);
+        bool ok = false;
+        const int value = text.toInt(&ok);
+        if (!ok || value < low || value > high) {
+            complain(name, QString("'%1' is no number from %2 to %3").arg(text).arg(low).arg(high));
+        }
+        return value;
+    }
+
+    uint8_t oneOf(const QString& name, uint8_t first, uint8_t second) {
+        const QString text = m_parser.value(name);
+        bool ok = false;
+        const uint value = text.toUInt(&ok, 16);
+        if (!ok || (value != first && value != second)) {
+            complain(name, QString("'%1' is neither %2 nor %3")
+                               .arg(text)
+                               .arg(first, 2, 16, QChar('0'))
+                               .arg(second, 2, 16, QChar('0')));
+        }
+        return uint8_t(value);
+    }
+
+    void complain(const QString& name, const QString& why) {
+        if (m_error.isEmpty()) {
+            m_error = QString("--%1: %2").arg(name, why);
+        }
+    }
+
+    const QString& error() const { return m_error; }
+
+ private:
+    const QCommandLineParser& m_parser;
+    QString m_error;
+};
+
+void readNetwork(const QCommandLineParser& parser, OptionReader& reader, Options* options) {
+    if (!options->address.setAddress(parser.value("address"))) {
+        reader.complain("address", QString("'%1' is no IP address").arg(parser.value("address")));
+    }
+    options->port = quint16(reader.number("port", 0, 65535));
+    options->delayMs = reader.number("delay", 0, 3600000);
+    options->discovery = parser.isSet("udp");
+    options->control = parser.isSet("stdin");
+    options->log = parser.value("log");
+}
+
+void readController(const QCommandLineParser& parser, OptionReader& reader, Options* options) {
+    ControllerSettings& controller = options->controller;
+    controller.connections = size_t(reader.number("connections", 0, 65535));
+    controller.connectionTimeoutMs = reader.number("connection-timeout", 0, 86400000);
+    controller.tags.unknownTagStatus =
+        reader.oneOf("unknown-tag-status", kPathSegmentError, kPathDestinationUnknown);
+    controller.tags.boolTrue = reader.oneOf("bool-true", 0x01, 0xFF);
+    controller.tags.oracle = parser.isSet("oracle");
+    options->faults = parser.values("fault");
+    FaultPlan plan;
+    for (const QString& fault : options->faults) {
+        QString why;
+        if (!plan.add(fault, &why)) {
+            reader.complain("fault", why);
+        }
+    }
+}
+
+void readTags(const QCommandLineParser& parser, OptionReader& reader, Options* options) {
+    options->tags = parser.values("tag");
+    options->tagFiles = parser.values("tags");
+    options->rampTags = parser.values("ramp-tag");
+    if (parser.isSet("ramp")) {
+        options->rampMs = reader.number("ramp", 1, 3600000);
+    } else if (!options->rampTags.isEmpty()) {
+        options->rampMs = QString(kDefaultRamp).toInt();
+    }
+    if (options->rampMs > 0 && options->controller.tags.oracle) {
+        reader.complain("ramp", "oracle values do not count up by time");
+    }
+}
+
+}  // namespace
+
+ParseResult parseOptions(const QStringList& arguments, Options* options, QString* text) {
+    QCommandLineParser parser;
+    addOptions(parser);
+    if (!parser.parse(withRampValue(arguments))) {
+        *text = parser.errorText();
+        return ParseResult::exitUsage;
+    }
+    if (parser.isSet("help")) {
+        *text = parser.helpText() + "\n" + kExamples + faultHelp();
+        return ParseResult::exitOk;
+    }
+    if (parser.isSet("version")) {
+        *text = QString("micro800-sim %1\n").arg(kVersion);
+        return ParseResult::exitOk;
+    }
+    OptionReader reader(parser);
+    readNetwork(parser, reader, options);
+    readController(parser, reader, options);
+    readTags(parser, reader, options);
+    if (!parser.positionalArguments().isEmpty()) {
+        *text = QString("'%1' is no option").arg(parser.positionalArguments().first());
+        return ParseResult::exitUsage;
+    }
+    *text = reader.error();
+    return text->isEmpty() ? ParseResult::run : ParseResult::exitUsage;
+}
+
+bool loadTags(const Options& options, TagTable& table, QString* error) {
+    for (const QString& path : options.tagFiles) {
+        QFile file(path);
+        QString why;
+        if (!file.open(QIODevice::ReadOnly)) {
+            why = file.errorString();
+        } else if (addTagsFromJson(file.readAll(), table, &why)) {
+            continue;
+        }
+        *error = QString("--tags %1: %2").arg(path, why);
+        return false;
+    }
+    for (const QString& tag : options.tags) {
+        if (!addTagFromText(tag, table, error)) {
+            return false;
+        }
+    }
+    for (const QString& name : options.rampTags) {
+        const Tag* tag = table.findAnyCase(name.toStdString());
+        if (!tag || !tag->type().isNumeric()) {
+            *error = QString("--ramp-tag: there is no numeric tag '%1'").arg(name);
+            return false;
+        }
+    }
+    if (options.controller.tags.oracle && table.elements() > kMaxOracleElements) {
+        *error = QString("--oracle: more than %1 elements").arg(kMaxOracleElements);
+        return false;
+    }
+    return true;
+}
+
+}  // namespace sim

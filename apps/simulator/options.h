@@ -1,0 +1,38 @@
+#ifndef APPS_SIMULATOR_OPTIONS_H
+#define APPS_SIMULATOR_OPTIONS_H
+
+#include <QHostAddress>
+#include <QStringList>
+
+#include "apps/simulator/controller.h"
+
+namespace sim {
+
+/// What the command line asks for.
+struct Options {
+    QHostAddress address = QHostAddress(QHostAddress::LocalHost);
+    quint16 port = 44818;
+    QStringList tagFiles;
+    QStringList tags;
+    QStringList faults;
+    QString log;
+    int delayMs = 0;
+    int rampMs = 0;  ///< 0: values stand still
+    QStringList rampTags;
+    bool control = false;
+    bool discovery = false;
+    ControllerSettings controller;
+};
+
+enum class ParseResult { run, exitOk, exitUsage };
+
+/// Reads the command line, the program's name first. For --help and --version gives exitOk and the
+/// text to print; for wrong usage exitUsage and the reason.
+ParseResult parseOptions(const QStringList& arguments, Options* options, QString* text);
+
+/// Puts the tags of all files and options into the table. False with the reason in `error`.
+bool loadTags(const Options& options, TagTable& table, QString* error);
+
+}  // namespace sim
+
+#endif

@@ -1,0 +1,352 @@
+#include "apps/simulator/tag_text.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRegularExpression>
+#include <QStringList>
+#include <utility>
+
+namespace sim {
+
+namespace {
+
+/// One value of a list; a quoted one is taken as it stands.
+struct ValueText {
+    QString text;
+    bool quoted = false;
+};
+
+/// Splits "a,b" at its commas. Double quotes keep blanks and commas, a backslash takes the next
+/// character as it is.
+bool splitValues(const QString& text, std::vector<ValueText>* values, QString* error) {
+    ValueText value;
+    bool inside = false;
+    for (int i = 0; i < text.size(); ++i) {
+        const QChar c = text.at(i);
+        if (c == '\\') {
+            if (++i == text.size()) {
+                *error = "a backslash at the end of the values";
+                return false;
+            }
+            value.text += text.at(i);
+        } else if (c == '"') {
+            inside = !inside;
+            value.quoted = true;
+        } else if (c == ',' && !inside) {
+            values->push_back(value);
+            value = ValueText();
+        } else {
+            value.text += c;
+        }
+    }
+    values->push_back(value);
+    if (inside) {
+        *error = "a double quote is not closed";
+    }
+    return !inside;
+}
+
+bool parseBound(const QString& text, uint32_t* value) {
+    bool ok = false;
+    *value = text.toUInt(&ok);
+    return ok && *value <= 0x7FFFFFFF;
+}
+
+/// "10" is 0..9, "2..5" is as it says.
+bool parseDimension(const QString& text, Dimension* dimension, QString* error) {
+    const int dots = text.indexOf("..");
+    bool ok = false;
+    if (dots < 0) {
+        ok = parseBound(text, &dimension->upper) && dimension->upper > 0;
+        dimension->upper -= 1;
+    } else {
+        ok = parseBound(text.left(dots), &dimension->lower) &&
+             parseBound(text.mid(dots + 2), &dimension->upper) &&
+             dimension->lower <= dimension->upper;
+    }
+    if (!ok) {
+        *error = QString("'%1' is no dimension (10 or 2..5)").arg(text);
+    }
+    return ok;
+}
+
+bool parseDimensions(const QString& text, std::vector<Dimension>* dimensions, QString* error) {
+    const QStringList parts = text.split(',');
+    if (size_t(parts.size()) > kMaxDimensions) {
+        *error = QString("more than %1 dimensions").arg(kMaxDimensions);
+        return false;
+    }
+    uint64_t elements = 1;
+    for (const QString& part : parts) {
+        Dimension dimension;
+        if (!parseDimension(part.trimmed(), &dimension, error)) {
+            return false;
+        }
+        // Both factors stay below 2^32, so the product does not leave 64 bits.
+        elements *= dimension.size();
+        if (elements > kMaxElements) {
+            *error = QString("more than %1 elements").arg(kMaxElements);
+            return false;
+        }
+        dimensions->push_back(dimension);
+    }
+    return true;
+}
+
+bool checkName(const QString& name, QString* error) {
+    if (size_t(name.size()) > kMaxTagName) {
+        *error = QString("a name has at most %1 characters, this one %2")
+                     .arg(kMaxTagName)
+                     .arg(name.size());
+        return false;
+    }
+    static const QRegularExpression form(
+        QRegularExpression::anchoredPattern("[A-Za-z_][A-Za-z0-9_]*(\\.[A-Za-z_][A-Za-z0-9_]*)*"));
+    if (!form.match(name).hasMatch()) {
+        *error = "a name is made of letters, digits and underscores and begins with no digit";
+        return false;
+    }
+    return true;
+}
+
+/// Stores the values from `first` on, all of them or none.
+bool storeValues(Tag& tag, size_t first, const std::vector<ValueText>& values, QString* error) {
+    if (values.size() > tag.count() - first) {
+        *error = QString("%1 values for %2 elements").arg(values.size()).arg(tag.count() - first);
+        return false;
+    }
+    Bytes bytes;
+    std::vector<std::string> strings(values.size());
+    for (size_t i = 0; i < values.size(); ++i) {
+        const bool ok = tag.type().code == kString
+                            ? parseString(values[i].text, strings[i], error)
+                            : parseValue(tag.type(), values[i].text.trimmed(), bytes, error);
+        if (!ok) {
+            return false;
+        }
+    }
+    if (tag.type().code == kString) {
+        for (size_t i = 0; i < strings.size(); ++i) {
+            tag.string(first + i) = strings[i];
+        }
+    } else {
+        std::copy(bytes.begin(), bytes.end(), tag.bytes(first));
+    }
+    return true;
+}
+
+bool addTag(const QString& name, const QString& typeName, const QString& dims,
+            const std::vector<ValueText>& values, TagTable& table, QString* error) {
+    const ValueType* type = findType(typeName);
+    if (!type) {
+        *error = QString("there is no type '%1' (%2)").arg(typeName, typeNames());
+        return false;
+    }
+    std::vector<Dimension> dimensions;
+    if (!checkName(name, error) || (!dims.isNull() && !parseDimensions(dims, &dimensions, error))) {
+        return false;
+    }
+    Tag tag(name.toStdString(), *type, std::move(dimensions));
+    if (!storeValues(tag, 0, values, error)) {
+        return false;
+    }
+    if (!table.add(std::move(tag))) {
+        *error = "there is a tag of this name already";
+        return false;
+    }
+    return true;
+}
+
+/// What an "=" separates; no "=" leaves the values empty.
+bool splitAssignment(const QString& text, QString* left, std::vector<ValueText>* values,
+                     QString* error) {
+    const int equals = text.indexOf('=');
+    *left = text.left(equals).trimmed();
+    return equals < 0 || splitValues(text.mid(equals + 1), values, error);
+}
+
+/// Takes "[...]" off the end of the text; the inner text is null when there is none.
+QString takeBrackets(QString* text, bool* ok) {
+    const int open = text->indexOf('[');
+    *ok = open < 0 ? !text->contains(']') : text->endsWith(']');
+    if (open < 0 || !*ok) {
+        return QString();
+    }
+    QString inside = text->mid(open + 1, text->size() - open - 2);
+    text->truncate(open);
+    return inside.isNull() ? QString("") : inside;
+}
+
+bool findElement(const QString& text, const TagTable& table, Tag** tag, size_t* element,
+                 bool* indexed, QString* error) {
+    bool ok = false;
+    QString name = text.trimmed();
+    const QString inside = takeBrackets(&name, &ok);
+    std::vector<uint32_t> indices;
+    if (!inside.isNull()) {
+        for (const QString& part : inside.split(',')) {
+            uint32_t index = 0;
+            ok = ok && parseBound(part.trimmed(), &index);
+            indices.push_back(index);
+        }
+    }
+    *tag = ok ? table.findAnyCase(name.toStdString()) : nullptr;
+    *indexed = !indices.empty();
+    if (!*tag || (*tag)->find(indices, element) != Tag::Place::inside) {
+        *error = QString("there is no '%1'").arg(text.trimmed());
+        return false;
+    }
+    return true;
+}
+
+QString elementText(Tag& tag, size_t element) {
+    if (tag.type().code != kString) {
+        return valueText(tag.type(), tag.bytes(element));
+    }
+    const std::string& characters = tag.string(element);
+    QString text = QString::fromLatin1(characters.data(), int(characters.size()));
+    text.replace('\\', "\\\\").replace('"', "\\\"");
+    return '"' + text + '"';
+}
+
+bool jsonValue(const QJsonValue& json, std::vector<ValueText>* values, QString* error) {
+    ValueText value;
+    if (json.isString()) {
+        value.text = json.toString();
+        value.quoted = true;
+    } else if (json.isBool()) {
+        value.text = json.toBool() ? "1" : "0";
+    } else if (json.isDouble()) {
+        value.text = QString::number(json.toDouble(), 'g', 17);
+    } else {
+        *error = "a value is neither a number, nor a string, nor true or false";
+        return false;
+    }
+    values->push_back(value);
+    return true;
+}
+
+bool jsonValues(const QJsonValue& json, std::vector<ValueText>* values, QString* error) {
+    if (json.isUndefined()) {
+        return true;
+    }
+    if (!json.isArray()) {
+        return jsonValue(json, values, error);
+    }
+    for (const QJsonValue& one : json.toArray()) {
+        if (!jsonValue(one, values, error)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool addJsonTag(const QJsonObject& json, TagTable& table, QString* error) {
+    for (const QString& key : json.keys()) {
+        if (!QStringList({"name", "type", "dims", "value"}).contains(key)) {
+            *error = QString("there is no key '%1' (name, type, dims, value)").arg(key);
+            return false;
+        }
+    }
+    const QJsonValue dims = json.value("dims");
+    QString dimsText;
+    if (dims.isDouble()) {
+        dimsText = QString::number(dims.toDouble(), 'g', 17);
+    } else if (dims.isString()) {
+        dimsText = dims.toString();
+    } else if (!dims.isUndefined()) {
+        *error = "dims is neither a number nor a string such as \"2..5,0..3\"";
+        return false;
+    }
+    std::vector<ValueText> values;
+    return jsonValues(json.value("value"), &values, error) &&
+           addTag(json.value("name").toString(), json.value("type").toString(), dimsText, values,
+                  table, error);
+}
+
+}  // namespace
+
+bool addTagFromText(const QString& text, TagTable& table, QString* error) {
+    QString declaration;
+    std::vector<ValueText> values;
+    QString why;
+    bool ok = splitAssignment(text, &declaration, &values, &why);
+    const int colon = declaration.indexOf(':');
+    if (ok && colon < 0) {
+        why = "NAME:TYPE[dims]=values is wanted";
+        ok = false;
+    }
+    if (ok) {
+        QString type = declaration.mid(colon + 1).trimmed();
+        const QString dims = takeBrackets(&type, &ok);
+        why = "a bracket is missing";
+        ok = ok &&
+             addTag(declaration.left(colon).trimmed(), type.trimmed(), dims, values, table, &why);
+    }
+    if (!ok) {
+        *error = QString("tag '%1': %2").arg(text, why);
+    }
+    return ok;
+}
+
+bool addTagsFromJson(const QByteArray& json, TagTable& table, QString* error) {
+    QJsonParseError parseError;
+    const QJsonDocument document = QJsonDocument::fromJson(json, &parseError);
+    if (document.isNull()) {
+        *error = QString("%1 at byte %2").arg(parseError.errorString()).arg(parseError.offset);
+        return false;
+    }
+    const QJsonValue tags = document.object().value("tags");
+    if (!tags.isArray()) {
+        *error = "{\"tags\": [...]} is wanted";
+        return false;
+    }
+    int number = 0;
+    for (const QJsonValue& tag : tags.toArray()) {
+        ++number;
+        QString why = "an object with name and type is wanted";
+        if (!tag.isObject() || !addJsonTag(tag.toObject(), table, &why)) {
+            *error = QString("tag %1 '%2': %3")
+                         .arg(number)
+                         .arg(tag.toObject().value("name").toString(), why);
+            return false;
+        }
+    }
+    return true;
+}
+
+bool setTagFromText(const QString& text, TagTable& table, QString* error) {
+    QString place;
+    std::vector<ValueText> values;
+    if (!splitAssignment(text, &place, &values, error)) {
+        return false;
+    }
+    if (values.empty()) {
+        *error = "NAME=values is wanted";
+        return false;
+    }
+    Tag* tag = nullptr;
+    size_t element = 0;
+    bool indexed = false;
+    return findElement(place, table, &tag, &element, &indexed, error) &&
+           storeValues(*tag, element, values, error);
+}
+
+bool tagText(const QString& text, const TagTable& table, QString* values, QString* error) {
+    Tag* tag = nullptr;
+    size_t element = 0;
+    bool indexed = false;
+    if (!findElement(text, table, &tag, &element, &indexed, error)) {
+        return false;
+    }
+    const size_t end = indexed ? element + 1 : tag->count();
+    QStringList texts;
+    for (; element < end; ++element) {
+        texts << elementText(*tag, element);
+    }
+    *values = texts.join(',');
+    return true;
+}
+
+}  // namespace sim
