@@ -31,7 +31,9 @@ bool Plugin::load(const QString& file, QString* problem) {
     loader_.setLoadHints(QLibrary::ResolveAllSymbolsHint);
     QObject* instance = loader_.instance();
     if (!instance)
-        return fail(problem, QStringLiteral("plugin %1: %2").arg(file, loader_.errorString()));
+        return fail(
+            problem,
+            QStringLiteral("plugin %1: cannot be loaded: %2").arg(file, loader_.errorString()));
     driver_ = qobject_cast<DriverInterface*>(instance);
     if (!driver_) {
         const QString found = interfaceId();

@@ -22,8 +22,8 @@ QString realText(Float value, double largestFixed) {
         return QStringLiteral("nan");
     if (std::isinf(value))
         return value < 0 ? QStringLiteral("-inf") : QStringLiteral("inf");
-    const double magnitude = std::fabs(static_cast<double>(value));
-    const bool fixed = magnitude == 0 || (magnitude >= kSmallestFixed && magnitude < largestFixed);
+    const Float magnitude = std::fabs(value);
+    const bool fixed = magnitude == 0 || (magnitude >= Float(kSmallestFixed) && magnitude < Float(largestFixed));
     char text[64];
     const auto end =
         std::to_chars(text, text + sizeof text, value,
