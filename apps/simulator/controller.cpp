@@ -34,11 +34,6 @@ Controller::Controller(const ControllerSettings& settings, TagTable& tags, Fault
       m_clock(std::move(clock)),
       m_connections(settings.connections, settings.connectionTimeoutMs) {}
 
-void Controller::setAddress(uint32_t address, uint16_t port) {
-    m_address = address;
-    m_port = port;
-}
-
 void Controller::serve(EncapSession& session, ByteView frame, Exchange& exchange) {
     exchange.begin(frame);
     EncapHeader header;
@@ -61,7 +56,7 @@ void Controller::serve(EncapSession& session, ByteView frame, Exchange& exchange
         case kListServices:
         case kListIdentity:
         case kListInterfaces:
-            list(body, exchange);
+            list(session, body, exchange);
             break;
         case kRegisterSession:
             registerSession(session, body, exchange);
@@ -132,14 +127,14 @@ void Controller::registerSession(EncapSession& session, ByteView body, Exchange&
     set32(exchange.reply, kEncapStatusAt, status);
 }
 
-void Controller::list(ByteView body, Exchange& exchange) {
+void Controller::list(const EncapSession& session, ByteView body, Exchange& exchange) {
     if (!body.empty()) {
         refuse(exchange, kEncapInvalidLength);
         return;
     }
     put16(exchange.reply, exchange.command == kListInterfaces ? 0 : 1);
     if (exchange.command == kListIdentity) {
-        putIdentityItem(exchange.reply, m_identity, m_address, m_port);
+        putIdentityItem(exchange.reply, m_identity, session.address, session.port);
     } else if (exchange.command == kListServices) {
         putServicesItem(exchange.reply);
     }

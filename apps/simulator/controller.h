@@ -22,6 +22,9 @@ struct ControllerSettings {
 struct EncapSession {
     uint64_t owner = 0;   ///< number of the TCP connection, unique as long as the program runs
     uint32_t handle = 0;  ///< 0 as long as none is registered
+    /// Where the peer reaches the controller, for ListIdentity; IPv4 in host order.
+    uint32_t address = 0;
+    uint16_t port = 0;
 };
 
 /// The controller behind its sockets: takes one request frame, gives back one reply frame. Knows no
@@ -42,12 +45,9 @@ class Controller {
     /// Drops all CIP connections without a word to their originators.
     void dropConnections() { m_connections.dropAll(); }
 
-    /// Where ListIdentity says that the controller is; IPv4 in host order.
-    void setAddress(uint32_t address, uint16_t port);
-
  private:
     void registerSession(EncapSession& session, ByteView body, Exchange& exchange);
-    void list(ByteView body, Exchange& exchange);
+    void list(const EncapSession& session, ByteView body, Exchange& exchange);
     void sendRRData(const EncapSession& session, ByteView body, Exchange& exchange);
     void sendUnitData(const EncapSession& session, ByteView body, Exchange& exchange);
     void answerCip(const EncapSession& session, const CommonPacket& packet, const Bytes& address,
@@ -66,8 +66,6 @@ class Controller {
     const Identity m_identity;
     ConnectionManager m_connections;
     uint32_t m_lastHandle = 0;
-    uint32_t m_address = 0;
-    uint16_t m_port = 0;
     Bytes m_data;  ///< reply data of the service in progress
     Bytes m_addressItem;
 };

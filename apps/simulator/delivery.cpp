@@ -47,9 +47,6 @@ void distortHeader(const Fault& fault, Bytes& reply) {
         case FaultKind::wrongSession:
             set32(reply, kEncapSessionAt, codeOr(fault, get32(reply, kEncapSessionAt) + 1));
             break;
-        case FaultKind::encapStatus:
-            set32(reply, kEncapStatusAt, uint32_t(fault.parameter));
-            break;
         case FaultKind::encapLengthLong:
             addTo16(reply, kEncapLengthAt, fault.parameter);
             break;
@@ -189,6 +186,17 @@ void route(const Fault& fault, const Bytes& reply, Delivery& delivery) {
     }
 }
 
+/// A target that reports a status sends nothing behind the header.
+void applyEncapStatus(Exchange& exchange) {
+    if (const Fault* fault = exchange.fault(FaultKind::encapStatus)) {
+        exchange.reply.resize(kEncapHeaderSize);
+        set32(exchange.reply, kEncapStatusAt, uint32_t(fault->parameter));
+        finishReply(exchange.reply);
+        exchange.dataItemAt = 0;
+        exchange.cipAt = 0;
+    }
+}
+
 }  // namespace
 
 void applyFaults(Exchange& exchange, Delivery& delivery) {
@@ -197,6 +205,7 @@ void applyFaults(Exchange& exchange, Delivery& delivery) {
     if (exchange.reply.empty()) {
         return;
     }
+    applyEncapStatus(exchange);
     for (const Fault* fault : exchange.faults) {
         if (exchange.cipAt != 0) {
             distortCip(*fault, exchange);

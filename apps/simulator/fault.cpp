@@ -55,7 +55,7 @@ const FaultName kNames[] = {
     {"wrong-service", FaultKind::wrongService, FaultScope::unit, Radix::hex, kOther, kNoParameter,
      "reply service CODE (that of read for write and the other way round)"},
     {"encap-status", FaultKind::encapStatus, FaultScope::unit, Radix::hex, kNoParameter,
-     kNoParameter, "encapsulation status CODE"},
+     kNoParameter, "encapsulation status CODE, and nothing behind the header"},
     {"encap-length-long", FaultKind::encapLengthLong, FaultScope::unit, Radix::decimal, 20,
      kNoParameter, "the header announces N (20) bytes more than follow"},
     {"encap-length-short", FaultKind::encapLengthShort, FaultScope::unit, Radix::decimal, 4,

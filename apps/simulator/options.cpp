@@ -38,7 +38,7 @@ void addOptions(QCommandLineParser& parser) {
          "MS", "0"},
         {"unknown-tag-status", "General status for an unknown tag, 04 or 05 (05).", "CODE", "05"},
         {"bool-true", "Byte that a true BOOL reads as, 01 or FF (01).", "CODE", "01"},
-        {"ramp", "Numeric values count up once in MS (100).", "[MS]"},
+        {"ramp", "Numeric values count up once in MS (100).", "MS"},
         {"ramp-tag", "Only this tag counts up. May be given again.", "NAME"},
         {"oracle", "Numeric values tell their tag and the number of the read."},
         {"fault", "Distorts answers, see below. May be given again.", "FAULT"},

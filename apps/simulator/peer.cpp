@@ -19,17 +19,29 @@ const size_t kInCapacity = 2 * (kEncapHeaderSize + kEncapMaxBody);
 /// A peer that does not read its answers gets no further ones beyond this.
 const size_t kMaxOutBytes = 1 << 20;
 
-std::string peerName(int socket) {
+/// An end of the connection: getpeername or getsockname.
+using GetName = int (*)(int, sockaddr*, socklen_t*);
+
+bool endPoint(GetName get, int socket, QHostAddress* host, uint16_t* port) {
     sockaddr_storage address;
     socklen_t size = sizeof address;
-    if (getpeername(socket, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
+    if (get(socket, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
+        return false;
+    }
+    host->setAddress(reinterpret_cast<sockaddr*>(&address));
+    *port =
+        ntohs(address.ss_family == AF_INET6 ? reinterpret_cast<sockaddr_in6*>(&address)->sin6_port
+                                            : reinterpret_cast<sockaddr_in*>(&address)->sin_port);
+    return true;
+}
+
+std::string peerName(int socket) {
+    QHostAddress host;
+    uint16_t port = 0;
+    if (!endPoint(getpeername, socket, &host, &port)) {
         return "?";
     }
-    const QHostAddress host(reinterpret_cast<sockaddr*>(&address));
-    const in_port_t port = address.ss_family == AF_INET6
-                               ? reinterpret_cast<sockaddr_in6*>(&address)->sin6_port
-                               : reinterpret_cast<sockaddr_in*>(&address)->sin_port;
-    return host.toString().toStdString() + ':' + std::to_string(ntohs(port));
+    return host.toString().toStdString() + ":" + std::to_string(port);
 }
 
 }  // namespace
@@ -43,6 +55,10 @@ Peer::Peer(int socket, uint64_t number, const PeerContext& context, QObject* par
       m_writable(socket, QSocketNotifier::Write),
       m_in(kInCapacity) {
     m_session.owner = number;
+    QHostAddress local;
+    if (endPoint(getsockname, socket, &local, &m_session.port)) {
+        m_session.address = local.toIPv4Address();
+    }
     const int on = 1;
     setsockopt(m_socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     m_writable.setEnabled(false);

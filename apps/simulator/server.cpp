@@ -30,7 +30,6 @@ bool Server::start(const QHostAddress& address, quint16 port, QString* error) {
     }
     m_address = address;
     m_port = serverPort();
-    m_context.controller->setAddress(address.toIPv4Address(), m_port);
     return true;
 }
 
@@ -81,6 +80,8 @@ void Server::answerDatagrams() {
             continue;
         }
         EncapSession none;
+        none.address = m_address.toIPv4Address();
+        none.port = m_port;
         m_context.controller->serve(none, frame, m_exchange);
         m_context.log->write("udp", m_exchange, nullptr);
         m_discovery.writeDatagram(datagram.makeReply(QByteArray(

@@ -11,36 +11,47 @@ namespace sim {
 
 namespace {
 
-/// One value of a list; a quoted one is taken as it stands.
-struct ValueText {
-    QString text;
-    bool quoted = false;
-};
+/// The character behind the backslash at `at`, and how many characters it is written with: \xHH is
+/// the one of that code, any other stands for itself. 0 for a backslash at the end.
+int unescape(const QString& text, int at, QChar* c) {
+    if (at + 1 == text.size()) {
+        return 0;
+    }
+    bool isCode = false;
+    const uint code = text.mid(at + 2, 2).toUInt(&isCode, 16);
+    if (text.at(at + 1) == QChar('x') && isCode && at + 3 < text.size()) {
+        *c = QChar(code);
+        return 3;
+    }
+    *c = text.at(at + 1);
+    return 1;
+}
 
-/// Splits "a,b" at its commas. Double quotes keep blanks and commas, a backslash takes the next
-/// character as it is.
-bool splitValues(const QString& text, std::vector<ValueText>* values, QString* error) {
-    ValueText value;
+/// Splits "a,b" at its commas. Double quotes keep blanks and commas.
+bool splitValues(const QString& text, QStringList* values, QString* error) {
+    QString value;
     bool inside = false;
     for (int i = 0; i < text.size(); ++i) {
         const QChar c = text.at(i);
         if (c == '\\') {
-            if (++i == text.size()) {
+            QChar plain;
+            const int length = unescape(text, i, &plain);
+            if (length == 0) {
                 *error = "a backslash at the end of the values";
                 return false;
             }
-            value.text += text.at(i);
+            value += plain;
+            i += length;
         } else if (c == '"') {
             inside = !inside;
-            value.quoted = true;
         } else if (c == ',' && !inside) {
-            values->push_back(value);
-            value = ValueText();
+            values->append(value);
+            value = QString();
         } else {
-            value.text += c;
+            value += c;
         }
     }
-    values->push_back(value);
+    values->append(value);
     if (inside) {
         *error = "a double quote is not closed";
     }
@@ -111,17 +122,17 @@ bool checkName(const QString& name, QString* error) {
 }
 
 /// Stores the values from `first` on, all of them or none.
-bool storeValues(Tag& tag, size_t first, const std::vector<ValueText>& values, QString* error) {
-    if (values.size() > tag.count() - first) {
+bool storeValues(Tag& tag, size_t first, const QStringList& values, QString* error) {
+    if (size_t(values.size()) > tag.count() - first) {
         *error = QString("%1 values for %2 elements").arg(values.size()).arg(tag.count() - first);
         return false;
     }
     Bytes bytes;
-    std::vector<std::string> strings(values.size());
-    for (size_t i = 0; i < values.size(); ++i) {
+    std::vector<std::string> strings(size_t(values.size()));
+    for (size_t i = 0; i < strings.size(); ++i) {
         const bool ok = tag.type().code == kString
-                            ? parseString(values[i].text, strings[i], error)
-                            : parseValue(tag.type(), values[i].text.trimmed(), bytes, error);
+                            ? parseString(values.at(int(i)), strings[i], error)
+                            : parseValue(tag.type(), values.at(int(i)).trimmed(), bytes, error);
         if (!ok) {
             return false;
         }
@@ -137,7 +148,7 @@ bool storeValues(Tag& tag, size_t first, const std::vector<ValueText>& values, Q
 }
 
 bool addTag(const QString& name, const QString& typeName, const QString& dims,
-            const std::vector<ValueText>& values, TagTable& table, QString* error) {
+            const QStringList& values, TagTable& table, QString* error) {
     const ValueType* type = findType(typeName);
     if (!type) {
         *error = QString("there is no type '%1' (%2)").arg(typeName, typeNames());
@@ -159,8 +170,7 @@ bool addTag(const QString& name, const QString& typeName, const QString& dims,
 }
 
 /// What an "=" separates; no "=" leaves the values empty.
-bool splitAssignment(const QString& text, QString* left, std::vector<ValueText>* values,
-                     QString* error) {
+bool splitAssignment(const QString& text, QString* left, QStringList* values, QString* error) {
     const int equals = text.indexOf('=');
     *left = text.left(equals).trimmed();
     return equals < 0 || splitValues(text.mid(equals + 1), values, error);
@@ -204,30 +214,35 @@ QString elementText(Tag& tag, size_t element) {
     if (tag.type().code != kString) {
         return valueText(tag.type(), tag.bytes(element));
     }
-    const std::string& characters = tag.string(element);
-    QString text = QString::fromLatin1(characters.data(), int(characters.size()));
-    text.replace('\\', "\\\\").replace('"', "\\\"");
+    QString text;
+    for (const char character : tag.string(element)) {
+        const uint code = static_cast<unsigned char>(character);
+        if (code < 0x20 || code > 0x7E) {
+            text += QString("\\x%1").arg(code, 2, 16, QChar('0'));
+        } else {
+            text += QString(code == '"' || code == '\\' ? "\\%1" : "%1").arg(QChar(code));
+        }
+    }
     return '"' + text + '"';
 }
 
-bool jsonValue(const QJsonValue& json, std::vector<ValueText>* values, QString* error) {
-    ValueText value;
+bool jsonValue(const QJsonValue& json, QStringList* values, QString* error) {
+    QString value;
     if (json.isString()) {
-        value.text = json.toString();
-        value.quoted = true;
+        value = json.toString();
     } else if (json.isBool()) {
-        value.text = json.toBool() ? "1" : "0";
+        value = json.toBool() ? "1" : "0";
     } else if (json.isDouble()) {
-        value.text = QString::number(json.toDouble(), 'g', 17);
+        value = QString::number(json.toDouble(), 'g', 17);
     } else {
         *error = "a value is neither a number, nor a string, nor true or false";
         return false;
     }
-    values->push_back(value);
+    values->append(value);
     return true;
 }
 
-bool jsonValues(const QJsonValue& json, std::vector<ValueText>* values, QString* error) {
+bool jsonValues(const QJsonValue& json, QStringList* values, QString* error) {
     if (json.isUndefined()) {
         return true;
     }
@@ -259,7 +274,7 @@ bool addJsonTag(const QJsonObject& json, TagTable& table, QString* error) {
         *error = "dims is neither a number nor a string such as \"2..5,0..3\"";
         return false;
     }
-    std::vector<ValueText> values;
+    QStringList values;
     return jsonValues(json.value("value"), &values, error) &&
            addTag(json.value("name").toString(), json.value("type").toString(), dimsText, values,
                   table, error);
@@ -269,7 +284,7 @@ bool addJsonTag(const QJsonObject& json, TagTable& table, QString* error) {
 
 bool addTagFromText(const QString& text, TagTable& table, QString* error) {
     QString declaration;
-    std::vector<ValueText> values;
+    QStringList values;
     QString why;
     bool ok = splitAssignment(text, &declaration, &values, &why);
     const int colon = declaration.indexOf(':');
@@ -318,11 +333,11 @@ bool addTagsFromJson(const QByteArray& json, TagTable& table, QString* error) {
 
 bool setTagFromText(const QString& text, TagTable& table, QString* error) {
     QString place;
-    std::vector<ValueText> values;
+    QStringList values;
     if (!splitAssignment(text, &place, &values, error)) {
         return false;
     }
-    if (values.empty()) {
+    if (values.isEmpty()) {
         *error = "NAME=values is wanted";
         return false;
     }
