@@ -4,6 +4,7 @@
 option(MICRO800_STATIC_RUNTIME "Link libstdc++ and libgcc into the plugin" ${CMAKE_CROSSCOMPILING})
 
 if(MICRO800_STATIC_RUNTIME)
+  # What the panel's libraries lack is to be told here, not by the panel's loader.
   target_link_options(ab_micro800_ethernet PRIVATE
-    -static-libstdc++ -static-libgcc LINKER:--exclude-libs,ALL LINKER:--as-needed)
+    -static-libstdc++ -static-libgcc LINKER:--exclude-libs,ALL LINKER:--as-needed LINKER:-z,defs)
 endif()

@@ -1,9 +1,12 @@
 # What the ARM toolchains share. They set, before including this file:
 #   micro800_triple    the compiler's prefix and Debian's name of the library folder
 #
-# MICRO800_SYSROOT (cache or environment) is the folder with the panel's headers and libraries: one that
-# scripts/panel made, or a panel SDK's. MICRO800_CROSS_PREFIX replaces the compiler's prefix, for SDKs
-# that bring a C++17 compiler of their own.
+# Of the caller:
+#   MICRO800_SYSROOT (cache or environment)    folder with the panel's headers and libraries: one that
+#       scripts/panel made, or a panel SDK's. With the panel's Qt 4 it may be left out when the compiler
+#       brings its own.
+#   MICRO800_CROSS_PREFIX                      replaces the compiler's prefix, for an SDK that has a C++17
+#       compiler of its own
 
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR arm)
@@ -11,28 +14,37 @@ set(CMAKE_SYSTEM_PROCESSOR arm)
 if(NOT MICRO800_SYSROOT)
   set(MICRO800_SYSROOT "$ENV{MICRO800_SYSROOT}")
 endif()
-if(NOT IS_DIRECTORY "${MICRO800_SYSROOT}")
-  message(FATAL_ERROR "MICRO800_SYSROOT names no folder: '${MICRO800_SYSROOT}' (scripts/panel makes one)")
+if(MICRO800_SYSROOT AND NOT IS_DIRECTORY "${MICRO800_SYSROOT}")
+  message(FATAL_ERROR "MICRO800_SYSROOT is no folder: ${MICRO800_SYSROOT}")
+elseif(NOT MICRO800_SYSROOT AND NOT MICRO800_QT4)
+  message(FATAL_ERROR "MICRO800_SYSROOT has to name the panel's headers and libraries (scripts/panel makes them)")
 endif()
 if(NOT MICRO800_CROSS_PREFIX)
   set(MICRO800_CROSS_PREFIX "${micro800_triple}-")
 endif()
 # Compiler checks configure small projects of their own; they need the same answers.
-list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES MICRO800_SYSROOT MICRO800_CROSS_PREFIX)
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES MICRO800_SYSROOT MICRO800_CROSS_PREFIX MICRO800_QT4)
 
-set(CMAKE_SYSROOT "${MICRO800_SYSROOT}")
 set(CMAKE_CXX_COMPILER "${MICRO800_CROSS_PREFIX}g++")
 set(CMAKE_STRIP "${MICRO800_CROSS_PREFIX}strip")
 set(CMAKE_READELF "${MICRO800_CROSS_PREFIX}readelf")
 set(CMAKE_LIBRARY_ARCHITECTURE "${micro800_triple}")
 
-set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
-set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+if(MICRO800_SYSROOT)
+  set(CMAKE_SYSROOT "${MICRO800_SYSROOT}")
+  set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+  set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+  set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+  set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+endif()
+if(MICRO800_QT4)
+  # A panel's qmake names folders of this machine in one SDK, folders below the sysroot in another.
+  set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY BOTH)
+  set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE BOTH)
+endif()
 
 # Tests run on the building machine; without the emulator they are built all the same.
 find_program(MICRO800_QEMU_ARM NAMES qemu-arm-static qemu-arm)
-if(MICRO800_QEMU_ARM)
+if(MICRO800_QEMU_ARM AND MICRO800_SYSROOT)
   set(CMAKE_CROSSCOMPILING_EMULATOR "${MICRO800_QEMU_ARM};-L;${MICRO800_SYSROOT}")
 endif()
