@@ -6,6 +6,8 @@
 
 namespace {
 
+const int kLargestBit = 0x7FFFFFFF;
+
 /// What a byte array can hold, a little below an int's range.
 const qint64 kLargestExpansion = 0x7FFFFF00;
 
@@ -106,10 +108,12 @@ void CopyBits(unsigned char* destination, int destinationBit, const unsigned cha
               int sourceBit, int count) {
     if (destinationBit < 0 || sourceBit < 0 || count < 1)
         return;
+    // No index passes an int's range.
+    const int copied = qMin(count, kLargestBit - qMax(destinationBit, sourceBit));
     // Overlapping bits are copied from the end that is overwritten last.
     const bool backwards = liesBehind(destination, destinationBit, source, sourceBit);
-    for (int i = 0; i < count; ++i) {
-        const int offset = backwards ? count - 1 - i : i;
+    for (int i = 0; i < copied; ++i) {
+        const int offset = backwards ? copied - 1 - i : i;
         setBit(destination, destinationBit + offset, getBit(source, sourceBit + offset));
     }
 }

@@ -146,7 +146,8 @@ TEST(CopyBits, OverlappingAsIfThroughASecondBuffer) {
 }
 
 TEST(CopyBits, ArraysAreCutToWhatBothHold) {
-    const QByteArray from = hex("ffff");
+    // A byte of ones lies behind the source's two: it must not come in.
+    const QByteArray from = QByteArray::fromRawData("\xFF\xFF\xFF", 2);
     const struct {
         int destinationBit, sourceBit, count;
         const char* result;
@@ -161,6 +162,7 @@ TEST(CopyBits, ArraysAreCutToWhatBothHold) {
         CopyBits(to, row.destinationBit, from, row.sourceBit, row.count);
         EXPECT_STREQ(row.result, to.toHex().constData())
             << row.destinationBit << " " << row.sourceBit << " " << row.count;
+        EXPECT_EQ('\0', to.constData()[to.size()]) << row.destinationBit;
     }
 }
 
@@ -185,9 +187,10 @@ TEST(RightShiftNBits, MovesBitsDown) {
         {24, "000000"}, {25, "000000"}, {1000, "000000"}, {0x7FFFFFFF, "000000"},
     };
     for (const auto& row : rows) {
-        QByteArray data = hex("81c3f0");
-        RightShiftNBits(bytesOf(data), data.size(), row.bits);
-        EXPECT_STREQ(row.result, data.toHex().constData()) << row.bits;
+        QByteArray data = hex("81c3f0ffffff");  // the bytes behind the three must not come in
+        RightShiftNBits(bytesOf(data), 3, row.bits);
+        EXPECT_STREQ(row.result, data.left(3).toHex().constData()) << row.bits;
+        EXPECT_STREQ("ffffff", data.mid(3).toHex().constData()) << row.bits;
     }
 }
 

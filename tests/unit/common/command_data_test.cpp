@@ -110,7 +110,7 @@ TEST(CommandData, SafeDataIsTheCommandsDataAndZeros) {
 TEST(CommandData, ANegativeSizeIsRefused) {
     class Negative : public CommunicatorCommand {
      public:
-        int getDataSize() const override { return -1; }
+        int getDataSize() const override { return -100; }
     };
     EXPECT_EQ(0, GetSafeDataLen(Negative()));
     EXPECT_TRUE(ToSafeData(Negative(), "x").isEmpty());

@@ -234,8 +234,8 @@ TEST(ByteArrayPack, SameBytesAsIntoABuffer) {
 }
 
 TEST(ByteArrayPack, AWrongFormatGivesWhatWasPacked) {
-    for (const char* format :
-         {"cz", "c0c", "c3s", "c5", "c18446744073709551617x", "c2147483647x", "c4294967297X"})
+    for (const char* format : {"cz", "c0c", "c3s", "c5", "c18446744073709551617x", "c2147483647x",
+                               "c2000000000x", "c4294967297X"})
         EXPECT_EQ("07", ByteArrayPack(format, 7, kMemory).toHex().toStdString()) << format;
     EXPECT_EQ("07", ByteArrayPack("c2v", 7, static_cast<void*>(nullptr)).toHex().toStdString());
     EXPECT_TRUE(ByteArrayPack("z").isEmpty());

@@ -169,6 +169,10 @@ TEST(TxPackage, RefusesWhatAFrameCannotHold) {
     package.appendByte(1);
     const int largest = TxPackage::kLargestFrame;
     EXPECT_FALSE(package.setSectionSize(0, largest + 1));
+    TxPackage two = package;
+    two.appendSection("x");
+    EXPECT_FALSE(two.setSectionSize(1, largest));
+    EXPECT_EQ("0178", hexOf(two));
     EXPECT_FALSE(package.setSectionSize(0, 0x7FFFFFFF));
     EXPECT_FALSE(package.appendString(QByteArray(largest, 'x')));
     EXPECT_FALSE(package.appendSection(QByteArray(largest, 'x')));
