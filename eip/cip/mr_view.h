@@ -1,0 +1,42 @@
+#ifndef EIP_CIP_MR_VIEW_H
+#define EIP_CIP_MR_VIEW_H
+
+#include "eip/cip/common_packet.h"
+#include "eip/cip/message_router.h"
+
+// A message-router reply found inside a data item and measured. Internal to eip/cip.
+
+namespace cip {
+
+/// `reply` is null when the bytes do not hold a head with all its additional status words.
+struct MRView {
+    const _MR_Reply* reply;
+    int size;  ///< bytes, head included
+};
+
+/// Measures the `size` bytes at `bytes`, of which none is read before it is known to be there.
+MRView viewMR(const unsigned char* bytes, int size);
+
+/// The reply inside a data item that holds 4 + its length field bytes: behind the head (0x00B2),
+/// the sequence count (0x00B1) or the socket address (0x8000). Null is allowed.
+MRView viewMRItem(const _Eip_Item* item);
+
+/// Bytes of head and additional status: where the reply data begin.
+inline int mrHeadSize(const _MR_Reply* reply) {
+    return kMRReplyHeadSize + 2 * reply->additionalStatusSize;
+}
+
+/// Records (3, general status, extended status).
+void recordMRStatus(const _MR_Reply* reply);
+
+/// Whether an unconnected or connected reply is one to `command` of this session that the target
+/// did not refuse. Records (2, status, 0) or (0, -7, 0) when not.
+bool isGoodReply(const _Encap_Header* reply, const _Eip_Session* session, uint16_t command);
+
+/// Records why a good reply has no data item: (0, -20, 0) when it only claims to have one, else
+/// (2, encapsulation status, 0).
+void recordNoDataItem(const _Encap_Header* reply, bool broken);
+
+}  // namespace cip
+
+#endif
