@@ -1,0 +1,77 @@
+# What `cmake --install` puts where, and the packages that cpack makes of it: for the panel an archive with
+# the plugin, for a workstation a Debian package with the programs.
+
+include(GNUInstallDirs)
+
+set(CPACK_PACKAGE_NAME micro800)
+set(CPACK_PACKAGE_VENDOR "Micro800 driver")
+set(CPACK_PACKAGE_CONTACT "Micro800 driver maintainers <micro800-driver@localhost>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_STRIP_FILES ON)
+set(CPACK_VERBATIM_VARIABLES ON)
+
+if(CMAKE_CROSSCOMPILING OR MICRO800_QT4)
+  set(packaged_for panel)
+  set(qt_generation qt5)
+  if(MICRO800_QT4)
+    set(qt_generation qt4)
+  endif()
+  install(TARGETS ab_micro800_ethernet LIBRARY DESTINATION drivers)
+  install(FILES packaging/panel/README.txt CHANGELOG.md DESTINATION .)
+  install(FILES docs/panel.md docs/troubleshooting.md DESTINATION docs)
+  install(FILES packaging/panel/LINKED-IN.txt DESTINATION licenses)
+  # What Debian ships about the compiler whose libraries were linked in.
+  file(GLOB gcc_copyright "${CMAKE_SYSROOT}/usr/share/doc/gcc-*-base/copyright")
+  if(gcc_copyright)
+    list(GET gcc_copyright 0 gcc_copyright)
+    install(FILES "${gcc_copyright}" DESTINATION licenses RENAME gcc-copyright.txt)
+  endif()
+  # Last: sums of what is really there, stripped or not.
+  install(CODE "
+    file(GLOB_RECURSE files RELATIVE \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}\" \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/drivers/*.so\")
+    set(sums)
+    foreach(file IN LISTS files)
+      file(SHA256 \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/\${file}\" sum)
+      string(APPEND sums \"\${sum}  \${file}\\n\")
+    endforeach()
+    file(WRITE \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/SHA256SUMS\" \"\${sums}\")")
+  set(CPACK_GENERATOR TGZ)
+  set(CPACK_PACKAGE_FILE_NAME
+      "micro800-driver-${PROJECT_VERSION}-${CMAKE_LIBRARY_ARCHITECTURE}-${qt_generation}")
+elseif(MICRO800_HOST_PROGRAMS AND NOT MICRO800_SANITIZE)
+  install(TARGETS micro800 micro800-sim RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+  install(TARGETS ab_micro800_ethernet LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/micro800")
+  install(FILES README.md CHANGELOG.md SECURITY.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+  install(DIRECTORY docs DESTINATION "${CMAKE_INSTALL_DOCDIR}" FILES_MATCHING PATTERN "*.md")
+  install(FILES packaging/deb/copyright DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+
+  # Manual pages are what the programs themselves say with --help.
+  set(man_folder "${PROJECT_BINARY_DIR}/man")
+  add_custom_command(OUTPUT "${man_folder}/made"
+    COMMAND "${CMAKE_COMMAND}" -E rm -rf "${man_folder}"
+    COMMAND "${PROJECT_SOURCE_DIR}/packaging/man-pages" "$<TARGET_FILE:micro800>" "${PROJECT_VERSION}" "${man_folder}"
+    COMMAND "${PROJECT_SOURCE_DIR}/packaging/man-pages" "$<TARGET_FILE:micro800-sim>" "${PROJECT_VERSION}" "${man_folder}"
+    COMMAND "${CMAKE_COMMAND}" -E touch "${man_folder}/made"
+    DEPENDS micro800 micro800-sim "${PROJECT_SOURCE_DIR}/packaging/man-pages"
+    COMMENT "Writing the manual pages" VERBATIM)
+  add_custom_target(man ALL DEPENDS "${man_folder}/made")
+  install(DIRECTORY "${man_folder}/" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" FILES_MATCHING PATTERN "*.1")
+
+  set(completions "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
+  install(FILES packaging/completion/micro800 DESTINATION "${completions}")
+  install(FILES packaging/completion/micro800 DESTINATION "${completions}" RENAME micro800-sim)
+
+  set(CPACK_GENERATOR DEB)
+  set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+  set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+  set(CPACK_DEBIAN_PACKAGE_SECTION utils)
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+  # Loaded by name at run time, where no tool sees it.
+  set(CPACK_DEBIAN_PACKAGE_DEPENDS libqt5sql5-sqlite)
+  set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
+"Reads and writes the tags of an Allen-Bradley Micro800 controller from a shell
+ through the same plugin file that operator panels load, and plays a
+ controller for trying things out. Holds micro800, micro800-sim and the plugin.")
+endif()
+
+include(CPack)

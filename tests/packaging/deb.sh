@@ -1,0 +1,94 @@
+#!/bin/sh
+# The Debian package, unpacked into an empty root, reads a tag there with what it brought along.
+#
+#   deb.sh BUILD CPACK
+set -eu
+build=$1
+cpack=$2
+
+work=$(mktemp -d)
+simulator=
+stop() {
+    [ -z "$simulator" ] || kill "$simulator" 2>/dev/null || :
+    rm -rf "$work"
+}
+trap stop EXIT
+fail() { echo "$*" >&2; exit 1; }
+
+"$cpack" --config "$build/CPackConfig.cmake" -B "$work/cpack" >"$work/cpack.log" 2>&1 || { cat "$work/cpack.log" >&2; exit 1; }
+package=$(echo "$work"/cpack/*.deb)
+root=$work/root
+dpkg-deb -x "$package" "$root"
+dpkg-deb -I "$package" control >"$work/control"
+cat "$work/control"
+
+# What it holds, no more and no less, apart from the documents.
+find "$root" -type f -printf '%P\n' | grep -v '^usr/share/doc/' | sort >"$work/files"
+lib=$(sed -n 's,/libab_micro800_ethernet\.so$,,p' "$work/files")
+sort >"$work/expected" <<LIST
+usr/bin/micro800
+usr/bin/micro800-sim
+$lib/libab_micro800_ethernet.so
+usr/share/bash-completion/completions/micro800
+usr/share/bash-completion/completions/micro800-sim
+usr/share/man/man1/micro800-info.1
+usr/share/man/man1/micro800-project.1
+usr/share/man/man1/micro800-read.1
+usr/share/man/man1/micro800-sim.1
+usr/share/man/man1/micro800-watch.1
+usr/share/man/man1/micro800-write.1
+usr/share/man/man1/micro800.1
+LIST
+diff "$work/expected" "$work/files" || fail 'files of the package: < expected, > found'
+for document in README.md CHANGELOG.md copyright docs/troubleshooting.md docs/panel.md; do
+    [ -s "$root/usr/share/doc/micro800/$document" ] || fail "no $document in the package"
+done
+for needed in libqt5core5a libqt5sql5 libqt5network5 libqt5sql5-sqlite libc6; do
+    grep -q "^Depends:.*$needed" "$work/control" || fail "the package does not depend on $needed"
+done
+grep -q '^Package: micro800$' "$work/control" || fail 'the package has another name'
+
+# A read, with the installed programs and the installed plugin. HOME and the build are out of reach.
+unset MICRO800_PLUGIN LD_LIBRARY_PATH
+cd "$work"
+"$root/usr/bin/micro800-sim" --port 0 --tag COUNTER:DINT=42 --tag 'LEVEL:INT[0..2]=7,-8,9' >port &
+simulator=$!
+tries=0
+while [ ! -s port ]; do
+    tries=$((tries + 1))
+    [ $tries -le 200 ] && kill -0 $simulator || fail 'the installed simulator did not start'
+    sleep 0.05
+done
+said=$("$root/usr/bin/micro800" read --host 127.0.0.1 --port "$(head -n 1 port)" DINT0:COUNTER 'INT0:LEVEL[1]')
+echo "$said"
+echo "$said" | grep -q 'COUNTER.*\b42\b' || fail 'COUNTER was not read as 42'
+echo "$said" | grep -q 'LEVEL\[1\].*-8\b' || fail 'LEVEL[1] was not read as -8'
+
+# The plugin that it took is the installed one.
+mv "$root/$lib/libab_micro800_ethernet.so" elsewhere.so
+! "$root/usr/bin/micro800" info >info 2>&1 || fail 'it found a plugin outside the package'
+mv elsewhere.so "$root/$lib/libab_micro800_ethernet.so"
+
+# Manual pages: the name line that indexes are made of, and every option of --help.
+pages=$root/usr/share/man/man1
+for page in "$pages"/*.1; do
+    name=$(basename "$page" .1)
+    grep -A 1 '^\.SH "NAME"' "$page" | sed 's/\\//g' | grep -q "^$name - ." || fail "$name.1 has no name line"
+done
+"$root/usr/bin/micro800" read --help | grep -oE '^ +--[a-z-]+' | tr -d ' ' >options
+[ -s options ] || fail 'micro800 read --help shows no options'
+while read -r option; do
+    sed 's/\\-/-/g' "$pages/micro800-read.1" | grep -qe "$option" || fail "micro800-read.1 lacks $option"
+done <options
+
+# Completion, as the shell would ask.
+if command -v bash >/dev/null; then
+    PATH=$root/usr/bin:$PATH bash -euc '
+        . "$0/usr/share/bash-completion/completions/micro800"
+        complete_words() { COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _micro800; echo "${COMPREPLY[*]}"; }
+        [ "$(complete_words micro800 wr)" = write ]
+        [ "$(complete_words micro800 read --hos)" = --host ]
+        [ "$(complete_words micro800 read UDI)" = UDINT0: ]
+        [ "$(complete_words micro800-sim --ramp-)" = --ramp-tag ]
+    ' "$root" || fail 'completion'
+fi
