@@ -43,6 +43,57 @@ int startConnecting(quint16 port) {
 
 }  // namespace
 
+Controller::Controller(const QStringList& options, quint16 port) : SimulatorProcess(options) {
+    if (!start(port)) {
+        ADD_FAILURE() << error();
+        abort();  // nothing that follows could mean anything
+    }
+}
+
+QList<QJsonObject> Controller::requests() const {
+    QList<QJsonObject> tagRequests;
+    for (const QJsonObject& request : log()) {
+        const QString service = request.value("service").toString();
+        if (service == "ReadTag" || service == "WriteTag") {
+            tagRequests << request;
+        }
+    }
+    return tagRequests;
+}
+
+int Controller::countRequests(const QString& tag) const {
+    int count = 0;
+    for (const QJsonObject& request : requests()) {
+        count += request.value("tag").toString() == tag ? 1 : 0;
+    }
+    return count;
+}
+
+int Controller::connectionsOpened() const {
+    int count = 0;
+    for (const QJsonObject& request : log()) {
+        const bool open = request.value("service").toString() == "ForwardOpen";
+        count += open && request.value("status").toString() == "00" ? 1 : 0;
+    }
+    return count;
+}
+
+QSet<QString> Controller::tagsRead() const {
+    QSet<QString> tags;
+    for (const QJsonObject& request : requests()) {
+        tags << request.value("tag").toString();
+    }
+    return tags;
+}
+
+bool Controller::isWrite(const QJsonObject& request) {
+    return request.value("service").toString() == "WriteTag";
+}
+
+QByteArray Controller::rawRequest(const QJsonObject& request) {
+    return QByteArray::fromHex(request.value("request").toString().toLatin1());
+}
+
 TestDevice::TestDevice(quint16 port, int timeoutMs, int retry)
     : device(device_type(32), "COM2", 9600, 8, 0, 0),
       driver(timeoutMs, retry, 0, 0),

@@ -2,6 +2,7 @@
 #define TESTS_INTEGRATION_DRIVER_RIG_H
 
 #include <QByteArray>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <functional>
@@ -11,6 +12,25 @@
 #include "common/driver_setting.h"
 #include "runtime/abstract_device_interface.h"
 #include "runtime/driver_interface.h"
+#include "support/simulator_process.h"
+
+/// A simulated controller that has started when it is constructed, and questions to its log.
+class Controller : public SimulatorProcess {
+  public:
+    explicit Controller(const QStringList& options, quint16 port = 0);
+
+    /// Every Read Tag and Write Tag so far.
+    QList<QJsonObject> requests() const;
+    /// How many of them named the tag as it stands here, e.g. LEVELS[3].
+    int countRequests(const QString& tag) const;
+    /// How many Forward Opens succeeded.
+    int connectionsOpened() const;
+    QSet<QString> tagsRead() const;
+
+    static bool isWrite(const QJsonObject& request);
+    /// The request as it came, from the encapsulation header on.
+    static QByteArray rawRequest(const QJsonObject& request);
+};
 
 /// The runtime's device object: one controller on loopback.
 class TestDevice : public AbstractDeviceInterface {

@@ -11,7 +11,6 @@
 
 #include "integration/driver_rig.h"
 #include "support/app_directory/app_directory.h"
-#include "support/simulator_process.h"
 
 namespace {
 
@@ -46,7 +45,7 @@ class Oracle : public ::testing::Test {
         for (int tag = 0; tag < kTags; ++tag) {
             options << "--tag" << tagName(tag) + ":DINT";
         }
-        simulator.reset(new SimulatorProcess(options));
+        simulator.reset(new Controller(options));
         device.reset(new TestDevice(simulator->port(), 600, 1));
         driver = createDriver();
         random.seed(20);
@@ -102,7 +101,7 @@ class Oracle : public ::testing::Test {
         simulator->command(kFaults[pick(int(sizeof kFaults / sizeof *kFaults))]);
     }
 
-    std::unique_ptr<SimulatorProcess> simulator;
+    std::unique_ptr<Controller> simulator;
     std::unique_ptr<TestDevice> device;
     std::unique_ptr<DriverInterface> driver;
     std::mt19937 random;
@@ -133,13 +132,13 @@ TEST_F(Oracle, NoMixUpsAndNoLostWrites) {
     ASSERT_FALSE(HasFatalFailure());
     EXPECT_GT(goodReads, 1000);
 
-    // The driver is gone before the log is read: no write is under way any more.
+    // Driver and controller are gone before the log is read: no write is under way any more.
     driver.reset();
-    ASSERT_TRUE(waitFor([&] { return simulator->openConnections() == 0; }));
+    simulator->stop();
     std::map<int, std::map<int, int>> logged;
     for (const QJsonObject& request : simulator->requests()) {
-        if (SimulatorProcess::isWrite(request)) {
-            const QByteArray raw = SimulatorProcess::rawRequest(request);
+        if (Controller::isWrite(request)) {
+            const QByteArray raw = Controller::rawRequest(request);
             quint32 value = 0;
             memcpy(&value, raw.constData() + raw.size() - 4, 4);
             ++logged[request.value("tag").toString().mid(1).toInt()][int(value)];

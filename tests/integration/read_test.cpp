@@ -4,7 +4,6 @@
 
 #include "integration/driver_rig.h"
 #include "support/app_directory/app_directory.h"
-#include "support/simulator_process.h"
 
 namespace {
 
@@ -15,7 +14,7 @@ class Read : public ::testing::Test {
     void start(const QStringList& options, int retry = 0,
                const QStringList& declared = QStringList()) {
         writeProjectDatabase(declared);
-        simulator.reset(new SimulatorProcess(options));
+        simulator.reset(new Controller(options));
         device.reset(new TestDevice(simulator->port(), 3000, retry));
         driver = createDriver();
     }
@@ -24,7 +23,7 @@ class Read : public ::testing::Test {
         return driver->read(device.get(), CommunicatorCommand(kind, count, address));
     }
 
-    std::unique_ptr<SimulatorProcess> simulator;
+    std::unique_ptr<Controller> simulator;
     std::unique_ptr<TestDevice> device;
     std::unique_ptr<DriverInterface> driver;
 };
@@ -199,7 +198,7 @@ TEST_F(Read, MissingDatabaseFailsTheRead) {
 
 TEST_F(Read, SeveralDriversDoNotDisturbOneAnother) {
     start({"--tag", "D:DINT=42"});
-    SimulatorProcess other({"--tag", "D:DINT=77"});
+    Controller other({"--tag", "D:DINT=77"});
     TestDevice otherDevice(other.port());
     const std::unique_ptr<DriverInterface> second = createDriver();
     const std::unique_ptr<DriverInterface> third = createDriver();

@@ -6,7 +6,6 @@
 
 #include "integration/driver_rig.h"
 #include "support/app_directory/app_directory.h"
-#include "support/simulator_process.h"
 
 namespace {
 
@@ -15,12 +14,8 @@ class Recovery : public ::testing::Test {
     void SetUp() override { writeProjectDatabase(QStringList()); }
 };
 
-QStringList onPort(quint16 port, const QStringList& options) {
-    return QStringList() << "--port" << QString::number(port) << options;
-}
-
 TEST_F(Recovery, UnknownTagThenGoodTag) {
-    SimulatorProcess simulator({"--tag", "D:DINT=42"});
+    Controller simulator({"--tag", "D:DINT=42"});
     TestDevice device(simulator.port());
     const std::unique_ptr<DriverInterface> driver = createDriver();
     EXPECT_TRUE(driver->read(&device, dint("NOPE")).isEmpty());
@@ -34,7 +29,7 @@ TEST_F(Recovery, ControllerDownThenUp) {
     EXPECT_TRUE(driver->read(&device, dint("D")).isEmpty());
     EXPECT_TRUE(driver->hasError());
     EXPECT_EQ(QString("read DINT0:D> Connection refused(111)"), driver->getLastError());
-    SimulatorProcess simulator(onPort(port, {"--tag", "D:DINT=42"}));
+    Controller simulator({"--tag", "D:DINT=42"}, port);
     EXPECT_EQ(42, readDint(driver.get(), &device, "D"));
 }
 
@@ -45,13 +40,13 @@ TEST_F(Recovery, ControllerDownThenUpWithASession) {
     driver->setSessionCommand(QList<CommunicatorCommand>() << dint("D"));
     EXPECT_TRUE(driver->read(&device, dint("D")).isEmpty());
     EXPECT_TRUE(driver->read(&device, dint("OTHER")).isEmpty());
-    SimulatorProcess simulator(onPort(port, {"--tag", "D:DINT=42", "--tag", "OTHER:DINT=7"}));
+    Controller simulator({"--tag", "D:DINT=42", "--tag", "OTHER:DINT=7"}, port);
     EXPECT_TRUE(waitFor([&] { return driver->read(&device, dint("D")) == dintBytes(42); }));
     EXPECT_EQ(7, readDint(driver.get(), &device, "OTHER"));
 }
 
 TEST_F(Recovery, AddressOfARefusingControllerCanBeCorrected) {
-    SimulatorProcess simulator({"--tag", "D:DINT=42"});
+    Controller simulator({"--tag", "D:DINT=42"});
     TestDevice device(freePort());
     const std::unique_ptr<DriverInterface> driver = createDriver();
     driver->setSessionCommand(QList<CommunicatorCommand>() << dint("D"));
@@ -63,22 +58,22 @@ TEST_F(Recovery, AddressOfARefusingControllerCanBeCorrected) {
 
 TEST_F(Recovery, ControllerRestarts) {
     const quint16 port = freePort();
-    std::unique_ptr<SimulatorProcess> simulator(
-        new SimulatorProcess(onPort(port, {"--tag", "D:DINT=1"})));
+    std::unique_ptr<Controller> simulator(
+        new Controller({"--tag", "D:DINT=1"}, port));
     TestDevice device(port, 500, 3);
     const std::unique_ptr<DriverInterface> driver = createDriver();
     EXPECT_EQ(1, readDint(driver.get(), &device, "D"));
     simulator.reset();
-    simulator.reset(new SimulatorProcess(onPort(port, {"--tag", "D:DINT=2"})));
+    simulator.reset(new Controller({"--tag", "D:DINT=2"}, port));
     EXPECT_EQ(2, readDint(driver.get(), &device, "D"));
 }
 
 TEST_F(Recovery, IdleConnectionThatTheControllerDropped) {
-    SimulatorProcess simulator({"--tag", "D:DINT=42", "--connection-timeout", "200"});
+    Controller simulator({"--tag", "D:DINT=42"});
     TestDevice device(simulator.port(), 300, 1);
     const std::unique_ptr<DriverInterface> driver = createDriver();
     EXPECT_EQ(42, readDint(driver.get(), &device, "D"));
-    ASSERT_TRUE(waitFor([&] { return simulator.openConnections() == 0; }));
+    ASSERT_EQ("ok", simulator.command("drop-connections"));
     EXPECT_TRUE(waitFor([&] { return driver->read(&device, dint("D")) == dintBytes(42); }));
     EXPECT_FALSE(driver->hasError());
     EXPECT_EQ(42, readDint(driver.get(), &device, "D"));
@@ -86,8 +81,8 @@ TEST_F(Recovery, IdleConnectionThatTheControllerDropped) {
 
 /// One answer comes after the driver gave its wait up; later reads give their own values.
 TEST_F(Recovery, LateAnswerDoesNotPutLaterReadsOutOfStep) {
-    SimulatorProcess simulator({"--tag", "SLOW:DINT=1", "--tag", "A:DINT=10", "--tag",
-                                "B:DINT=20", "--fault", "late:1500@tag=SLOWx1"});
+    Controller simulator({"--tag", "SLOW:DINT=1", "--tag", "A:DINT=10", "--tag",
+                                "B:DINT=20", "--fault", "late:1500x1@tag=SLOW"});
     TestDevice device(simulator.port(), 3000, 2);
     const std::unique_ptr<DriverInterface> driver = createDriver();
     EXPECT_TRUE(driver->read(&device, dint("SLOW")).isEmpty());
@@ -111,7 +106,7 @@ class RecoveryFrom : public ::testing::TestWithParam<FaultRow> {};
 /// the next reads are good again.
 TEST_P(RecoveryFrom, AFaultyAnswer) {
     writeProjectDatabase(QStringList());
-    SimulatorProcess simulator(
+    Controller simulator(
         {"--tag", "D:DINT=42", "--tag", "E:DINT=43", "--fault", GetParam().fault});
     TestDevice device(simulator.port(), 400);
     const std::unique_ptr<DriverInterface> driver = createDriver();
@@ -135,6 +130,6 @@ TEST_P(RecoveryFrom, AFaultyAnswer) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, RecoveryFrom,
-    ::testing::Values(FaultRow{"silence x1", "Internal: receive timeout"}));
+    ::testing::Values(FaultRow{"silencex1", "Internal: receive timeout"}));
 
 }  // namespace

@@ -4,7 +4,6 @@
 
 #include "integration/driver_rig.h"
 #include "support/app_directory/app_directory.h"
-#include "support/simulator_process.h"
 
 namespace {
 
@@ -14,7 +13,7 @@ class Session : public ::testing::Test {
   protected:
     void start(const QStringList& options, const QStringList& declared = QStringList()) {
         writeProjectDatabase(declared);
-        simulator.reset(new SimulatorProcess(options));
+        simulator.reset(new Controller(options));
         device.reset(new TestDevice(simulator->port()));
         driver = createDriver();
     }
@@ -36,7 +35,7 @@ class Session : public ::testing::Test {
         return driver->read(device.get(), CommunicatorCommand(kind, count, address));
     }
 
-    std::unique_ptr<SimulatorProcess> simulator;
+    std::unique_ptr<Controller> simulator;
     std::unique_ptr<TestDevice> device;
     std::unique_ptr<DriverInterface> driver;
 };
@@ -217,7 +216,7 @@ TEST_F(Session, DirectReadsDoNotStarveThePolledValue) {
 
 TEST_F(Session, AddressChangeEmptiesTheCache) {
     start({"--tag", "A:DINT=1"});
-    SimulatorProcess other({"--tag", "A:DINT=100"});
+    Controller other({"--tag", "A:DINT=100"});
     driver->setSessionCommand(Commands() << dint("A"));
     EXPECT_EQ(1, readDint(driver.get(), device.get(), "A"));
     ASSERT_TRUE(polled("A"));
@@ -231,7 +230,7 @@ TEST_F(Session, AddressChangeEmptiesTheCache) {
 
 TEST_F(Session, PendingAddressChangeGoesOutWithThePendingList) {
     start({"--tag", "A:DINT=1"});
-    SimulatorProcess other({"--tag", "A:DINT=100"});
+    Controller other({"--tag", "A:DINT=100"});
     DeviceSetting changed = device->device;
     changed.setPort(other.port());
     EXPECT_TRUE(driver->deviceSettingChanged(&changed));
@@ -241,7 +240,7 @@ TEST_F(Session, PendingAddressChangeGoesOutWithThePendingList) {
 
 TEST_F(Session, PendingAddressChangeWithoutAListStaysBehind) {
     start({"--tag", "A:DINT=1"});
-    SimulatorProcess other({"--tag", "A:DINT=100"});
+    Controller other({"--tag", "A:DINT=100"});
     DeviceSetting changed = device->device;
     changed.setPort(other.port());
     EXPECT_TRUE(driver->deviceSettingChanged(&changed));

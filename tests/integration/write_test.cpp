@@ -4,7 +4,6 @@
 
 #include "integration/driver_rig.h"
 #include "support/app_directory/app_directory.h"
-#include "support/simulator_process.h"
 
 namespace {
 
@@ -17,7 +16,7 @@ class Write : public ::testing::Test {
     void start(const QStringList& options, const QStringList& declared = QStringList(),
                int retry = 0) {
         writeProjectDatabase(declared);
-        simulator.reset(new SimulatorProcess(options));
+        simulator.reset(new Controller(options));
         device.reset(new TestDevice(simulator->port(), 3000, retry));
         driver = createDriver();
     }
@@ -31,10 +30,10 @@ class Write : public ::testing::Test {
     QByteArray lastWrite() {
         const QList<QJsonObject> all = simulator->requests();
         for (int i = all.size() - 1; i >= 0; --i) {
-            if (SimulatorProcess::isWrite(all.at(i))) {
+            if (Controller::isWrite(all.at(i))) {
                 // Before it: header 24, prefix 6, item count 2, address item 8, item head 4,
                 // sequence count 2.
-                return SimulatorProcess::rawRequest(all.at(i)).mid(46).toHex();
+                return Controller::rawRequest(all.at(i)).mid(46).toHex();
             }
         }
         return QByteArray();
@@ -44,7 +43,7 @@ class Write : public ::testing::Test {
         return waitFor([&] { return simulator->countRequests(tag) >= before + times; });
     }
 
-    std::unique_ptr<SimulatorProcess> simulator;
+    std::unique_ptr<Controller> simulator;
     std::unique_ptr<TestDevice> device;
     std::unique_ptr<DriverInterface> driver;
 };
@@ -171,7 +170,7 @@ TEST_F(Write, ElementOfAPolledArrayRefreshesTheWholeArray) {
     }
     for (const QJsonObject& request : simulator->requests()) {
         const bool element = request.value("tag").toString() == "A[3]";
-        EXPECT_TRUE(!element || SimulatorProcess::isWrite(request));
+        EXPECT_TRUE(!element || Controller::isWrite(request));
     }
 }
 

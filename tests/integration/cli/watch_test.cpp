@@ -1,0 +1,397 @@
+// "micro800 watch" against the simulated controller: as lines, as JSON, and as a table in a
+// terminal.
+
+#include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QJsonDocument>
+#include <QRegularExpression>
+#include <cstdlib>
+#include <vector>
+
+#include "integration/cli/cli_program.h"
+
+namespace {
+
+const int kWaitMs = 30000;
+
+class CliWatch : public CliTest {
+ protected:
+    /// Waits until the process has printed `text` often enough.
+    static bool printed(QProcess* process, QByteArray* out, const char* text, int times) {
+        QElapsedTimer clock;
+        clock.start();
+        while (out->count(text) < times && clock.elapsed() < kWaitMs) {
+            process->waitForReadyRead(100);
+            *out += process->readAllStandardOutput();
+        }
+        return out->count(text) >= times;
+    }
+};
+
+// ---- lines --------------------------------------------------------------------------------------
+
+TEST_F(CliWatch, OnceReadsEachAddressOnce) {
+    startController({"--tag", "A:DINT=5", "--tag", "R:REAL=1.5", "--tag", "L:INT=1,2,3"});
+    const CliResult result = runWith("watch", {"--once", "DINT0:A", "REAL0:R", "INT0:L[2]"});
+    EXPECT_EQ(result.err, QByteArray());
+    EXPECT_EQ(result.exitCode, 0);
+    const QRegularExpression form(
+        "^\\d\\d:\\d\\d:\\d\\d\\.\\d{3} DINT0:A = 5\n"
+        "\\d\\d:\\d\\d:\\d\\d\\.\\d{3} REAL0:R = 1.5\n"
+        "\\d\\d:\\d\\d:\\d\\d\\.\\d{3} INT0:L\\[2\\] = 3\n$");
+    EXPECT_TRUE(form.match(result.out).hasMatch()) << result.out.constData();
+}
+
+TEST_F(CliWatch, OnceFailsWithATagThatFails) {
+    startController({"--tag", "A:DINT=5"});
+    const CliResult result = runWith("watch", {"--once", "--retry", "0", "DINT0:A", "DINT0:GONE"});
+    EXPECT_TRUE(result.err.startsWith("read DINT0:GONE> ")) << result.err.constData();
+    EXPECT_TRUE(result.out.contains(" DINT0:A = 5\n"));
+    EXPECT_EQ(result.exitCode, 1);
+}
+
+TEST_F(CliWatch, PrintsChangesAndSumsUp) {
+    startController({"--tag", "T:DINT=0", "--tag", "S:DINT=9", "--ramp", "50", "--ramp-tag", "T"});
+    const CliResult result =
+        runWith("watch", {"--duration", "1.5", "--interval", "100", "DINT0:T", "DINT0:S"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, QByteArray());
+    EXPECT_EQ(result.out.count(" DINT0:S = 9\n"), 1);
+    EXPECT_GE(result.out.count(" DINT0:T = "), 4);
+    const QList<QByteArray> lines = result.out.trimmed().split('\n');
+    const QRegularExpression form(
+        "^1\\.[5-9] s: (\\d+) changes, 0 failed reads; reads per second: (\\d+\\.\\d) from the "
+        "cache, \\d+\\.\\d from the controller$");
+    const QRegularExpressionMatch match = form.match(lines.last());
+    ASSERT_TRUE(match.hasMatch()) << lines.last().constData();
+    EXPECT_EQ(match.captured(1).toInt(), lines.size() - 1 - 2);
+}
+
+TEST_F(CliWatch, TheDriverPollsTheListByItself) {
+    startController({"--tag", "T:DINT=0", "--tag", "L:INT=1,2,3"});
+    // One round of reads in ten seconds, while the controller is asked over and over.
+    auto process =
+        start(withController("watch", {"--quiet", "--interval", "10000", "DINT0:T", "INT0:L[1]"}));
+    EXPECT_TRUE(controller->waitForLog(20, [](const QJsonObject& request) {
+        return request.value("service").toString() == "ReadTag" &&
+               request.value("tag").toString().startsWith("L");
+    }));
+    process->terminate();
+    const CliResult result = finish(process.get());
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.out.count('\n'), 2);
+}
+
+TEST_F(CliWatch, CachedReadsAreCountedAsTheCaches) {
+    startController({"--tag", "T:DINT=0"});
+    const CliResult result = runWith("watch", {"--duration", "2", "--interval", "20", "DINT0:T"});
+    const QRegularExpression form("reads per second: (\\d+\\.\\d) from the cache");
+    EXPECT_GT(form.match(result.out).captured(1).toDouble(), 0.5) << result.out.constData();
+}
+
+TEST_F(CliWatch, SignalsEndItWithoutFailure) {
+    startController({"--tag", "T:DINT=0", "--ramp", "20"});
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        auto process = start(withController("watch", {"--interval", "50", "DINT0:T"}));
+        QByteArray out;
+        ASSERT_TRUE(printed(process.get(), &out, " DINT0:T = ", 3));
+        kill(static_cast<pid_t>(process->processId()), number);
+        const CliResult result = finish(process.get());
+        EXPECT_EQ(result.exitCode, 0) << number;
+        EXPECT_TRUE((out + result.out).contains(" changes, 0 failed reads")) << number;
+    }
+}
+
+TEST_F(CliWatch, TellsALossOnceAndTheReturn) {
+    startController({"--tag", "T:DINT=7"});
+    auto process = start(withController("watch", {"--interval", "50", "--retry", "0", "DINT0:T"}));
+    QByteArray out;
+    ASSERT_TRUE(printed(process.get(), &out, " DINT0:T = 7\n", 1));
+    ASSERT_EQ(controller->stop(), 0);
+    QByteArray err;
+    QElapsedTimer clock;
+    clock.start();
+    process->setReadChannel(QProcess::StandardError);
+    while (!err.contains("read DINT0:T> Connection refused(111)\n") && clock.elapsed() < kWaitMs) {
+        process->waitForReadyRead(100);
+        err += process->readAllStandardError();
+    }
+    process->setReadChannel(QProcess::StandardOutput);
+    EXPECT_EQ(err.count("Connection refused(111)"), 1) << err.constData();
+    ASSERT_TRUE(controller->restart()) << controller->error();
+    // The value is the one from before, yet it is told again.
+    EXPECT_TRUE(printed(process.get(), &out, " DINT0:T = 7\n", 2)) << out.constData();
+    process->terminate();
+    EXPECT_EQ(finish(process.get()).exitCode, 0);
+}
+
+TEST_F(CliWatch, JsonIsOneObjectAChange) {
+    startController({"--tag", "T:DINT=0", "--ramp", "100"});
+    const CliResult result = runWith("watch", {"--json", "--duration", "1", "--interval", "50",
+                                               "--retry", "0", "DINT0:T", "DINT0:GONE"});
+    EXPECT_EQ(result.exitCode, 1);
+    int values = 0;
+    int errors = 0;
+    int before = -1;
+    for (const QByteArray& line : result.out.trimmed().split('\n')) {
+        const QJsonObject object = QJsonDocument::fromJson(line).object();
+        if (object.value("ok").toBool()) {
+            ++values;
+            EXPECT_EQ(object.value("address").toString(), QString("DINT0:T"));
+            EXPECT_GT(object.value("value").toInt(), before);
+            before = object.value("value").toInt();
+            const QString source = object.value("source").toString();
+            EXPECT_TRUE(source == "cache" || source == "controller") << qPrintable(source);
+        } else {
+            ++errors;
+            EXPECT_EQ(object.value("address").toString(), QString("DINT0:GONE"));
+            EXPECT_TRUE(object.value("error").toString().startsWith("read DINT0:GONE> "));
+        }
+        EXPECT_TRUE(object.value("at").toString().endsWith('Z'));
+    }
+    EXPECT_GE(values, 3);
+    EXPECT_EQ(errors, 1);
+}
+
+TEST_F(CliWatch, AReaderThatGoesAwayEndsIt) {
+    startController({"--tag", "T:DINT=0", "--ramp", "5"});
+    auto process = start(withController("watch", {"--interval", "20", "DINT0:T"}));
+    QByteArray out;
+    ASSERT_TRUE(printed(process.get(), &out, " DINT0:T = ", 1));
+    process->closeReadChannel(QProcess::StandardOutput);
+    const CliResult result = finish(process.get());
+    EXPECT_TRUE(result.signal == SIGPIPE || result.exitCode == 1) << result.exitCode;
+}
+
+// ---- the table
+// --------------------------------------------------------------------------------------
+
+/// The program on a terminal of its own.
+class Terminal {
+ public:
+    Terminal(const QString& program, const QStringList& arguments,
+             const QProcessEnvironment& environment, const char* type) {
+        struct winsize size = {24, 80, 0, 0};
+        std::vector<QByteArray> words{QFile::encodeName(program)};
+        for (const QString& argument : arguments)
+            words.push_back(argument.toUtf8());
+        std::vector<QByteArray> settings;
+        for (const QString& setting : environment.toStringList()) {
+            if (!setting.startsWith("TERM=") && !setting.startsWith("NO_COLOR="))
+                settings.push_back(setting.toUtf8());
+        }
+        settings.push_back(QByteArray("TERM=") + type);
+        m_pid = forkpty(&m_master, nullptr, nullptr, &size);
+        if (m_pid == 0) {
+            execve(words[0].constData(), pointers(&words).data(), pointers(&settings).data());
+            _exit(127);
+        }
+        fcntl(m_master, F_SETFD, FD_CLOEXEC);
+        tcgetattr(m_master, &m_before);
+    }
+    ~Terminal() {
+        if (m_pid > 0) {
+            kill(m_pid, SIGKILL);
+            waitpid(m_pid, nullptr, 0);
+        }
+        close(m_master);
+    }
+
+    /// Waits until the terminal has received `text`.
+    bool shows(const char* text) {
+        QElapsedTimer clock;
+        clock.start();
+        while (!m_screen.contains(text) && clock.elapsed() < kWaitMs)
+            take(100);
+        return m_screen.contains(text);
+    }
+    void press(const char* keys) { ASSERT_GT(write(m_master, keys, strlen(keys)), 0); }
+    void resize(unsigned short rows, unsigned short columns) {
+        struct winsize size = {rows, columns, 0, 0};
+        ioctl(m_master, TIOCSWINSZ, &size);
+    }
+    /// What it has received since the last call.
+    QByteArray takeScreen() {
+        const QByteArray screen = m_screen;
+        m_screen.clear();
+        return screen;
+    }
+    pid_t pid() const { return m_pid; }
+
+    /// The exit code; -1 when the program ended by a signal or not in time.
+    int wait() {
+        QElapsedTimer clock;
+        clock.start();
+        int status = 0;
+        while (clock.elapsed() < kWaitMs) {
+            take(20);
+            if (waitpid(m_pid, &status, WNOHANG) == m_pid) {
+                m_pid = -1;
+                take(0);
+                return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+            }
+        }
+        return -1;
+    }
+    /// Whether the terminal's modes are what they were before the program.
+    bool isRestored() const {
+        struct termios now;
+        return tcgetattr(m_master, &now) == 0 && now.c_lflag == m_before.c_lflag &&
+               now.c_iflag == m_before.c_iflag && now.c_oflag == m_before.c_oflag;
+    }
+
+ private:
+    static std::vector<char*> pointers(std::vector<QByteArray>* texts) {
+        std::vector<char*> result;
+        for (QByteArray& text : *texts)
+            result.push_back(text.data());
+        result.push_back(nullptr);
+        return result;
+    }
+    void take(int ms) {
+        struct pollfd waited = {m_master, POLLIN, 0};
+        while (poll(&waited, 1, ms) > 0 && (waited.revents & POLLIN)) {
+            char buffer[4096];
+            const ssize_t count = read(m_master, buffer, sizeof buffer);
+            if (count <= 0)
+                return;
+            m_screen.append(buffer, static_cast<int>(count));
+            ms = 0;
+        }
+    }
+
+    int m_master = -1;
+    pid_t m_pid = -1;
+    struct termios m_before;
+    QByteArray m_screen;
+};
+
+/// What a terminal of type xterm is told to leave the second screen.
+const char kLeaveScreen[] = "\x1b[?1049l";
+const char kEnterScreen[] = "\x1b[?1049h";
+
+class CliTable : public CliWatch {
+ protected:
+    void SetUp() override {
+        if (!MICRO800_HAS_TABLE)
+            GTEST_SKIP() << "built without the table";
+    }
+};
+
+TEST_F(CliTable, RefreshesInPlaceAndEndsOnCtrlC) {
+    startController(
+        {"--tag", "T:DINT=1000", "--tag", "N:STRING=Mixer 3", "--ramp", "50", "--ramp-tag", "T"});
+    Terminal terminal(program(),
+                      withController("watch", {"--interval", "50", "--retry", "0", "DINT0:T",
+                                               "STRING0:N", "DINT0:GONE"}),
+                      environment, "xterm");
+    ASSERT_TRUE(terminal.shows(kEnterScreen));
+    EXPECT_TRUE(terminal.shows("ADDRESS"));
+    EXPECT_TRUE(terminal.shows("DINT0:T"));
+    EXPECT_TRUE(terminal.shows("\"Mixer 3\""));
+    EXPECT_TRUE(terminal.shows("reads/s: cache"));
+    EXPECT_TRUE(terminal.shows("last error: read DINT0:GONE> "));
+    EXPECT_TRUE(terminal.shows("q or Ctrl-C ends"));
+    EXPECT_FALSE(terminal.takeScreen().contains(kLeaveScreen));
+    EXPECT_FALSE(terminal.isRestored());
+    terminal.press("\x03");
+    EXPECT_EQ(terminal.wait(), 0);
+    EXPECT_TRUE(terminal.isRestored());
+    const QByteArray end = terminal.takeScreen();
+    ASSERT_TRUE(end.contains(kLeaveScreen));
+    // The last values stay on the user's own screen.
+    const QByteArray after = end.mid(end.lastIndexOf(kLeaveScreen));
+    EXPECT_TRUE(after.contains("STRING0:N = \"Mixer 3\"")) << after.constData();
+    EXPECT_TRUE(after.contains(" changes, "));
+}
+
+TEST_F(CliTable, EndsOnQAndOnSigterm) {
+    startController({"--tag", "T:DINT=1"});
+    Terminal byKey(program(), withController("watch", {"DINT0:T"}), environment, "xterm");
+    ASSERT_TRUE(byKey.shows("DINT0:T"));
+    byKey.press("q");
+    EXPECT_EQ(byKey.wait(), 0);
+    EXPECT_TRUE(byKey.isRestored());
+
+    Terminal bySignal(program(), withController("watch", {"DINT0:T"}), environment, "xterm");
+    ASSERT_TRUE(bySignal.shows("DINT0:T"));
+    kill(bySignal.pid(), SIGTERM);
+    EXPECT_EQ(bySignal.wait(), 0);
+    EXPECT_TRUE(bySignal.isRestored());
+}
+
+TEST_F(CliTable, EndsWhileTheControllerIsSilent) {
+    startController({"--tag", "T:DINT=1", "--fault", "silence@on=read"});
+    Terminal terminal(program(), withController("watch", {"--timeout", "1500", "DINT0:T"}),
+                      environment, "xterm");
+    ASSERT_TRUE(terminal.shows("no answer in time"));
+    terminal.press("\x03");
+    EXPECT_EQ(terminal.wait(), 0);
+    EXPECT_TRUE(terminal.isRestored());
+}
+
+TEST_F(CliTable, FollowsTheTerminalsSize) {
+    startController({"--tag", "T:DINT=123456789"});
+    Terminal terminal(program(), withController("watch", {"--interval", "50", "DINT0:T"}),
+                      environment, "xterm");
+    ASSERT_TRUE(terminal.shows("123456789"));
+    for (const unsigned short rows : {1, 2, 3, 60}) {
+        for (const unsigned short columns : {1, 5, 20, 200}) {
+            terminal.takeScreen();
+            terminal.resize(rows, columns);
+        }
+    }
+    EXPECT_TRUE(terminal.shows("123456789"));
+    terminal.press("q");
+    EXPECT_EQ(terminal.wait(), 0);
+}
+
+TEST_F(CliTable, ScrollsAListThatIsLongerThanTheScreen) {
+    QStringList tags;
+    QStringList addresses;
+    for (int i = 0; i < 40; ++i) {
+        tags << "--tag" << QString("TAG%1:DINT=%2").arg(i).arg(7000 + i);
+        addresses << QString("DINT0:TAG%1").arg(i);
+    }
+    startController(tags);
+    Terminal terminal(program(),
+                      withController("watch", QStringList{"--interval", "50"} + addresses),
+                      environment, "xterm");
+    ASSERT_TRUE(terminal.shows("1 to 19 of 40"));
+    terminal.press("\x1bOB");  // arrow down
+    EXPECT_TRUE(terminal.shows("TAG19"));
+    terminal.press("q");
+    EXPECT_EQ(terminal.wait(), 0);
+}
+
+TEST_F(CliTable, ATerminalThatIsNotKnownGetsLines) {
+    startController({"--tag", "T:DINT=55"});
+    Terminal terminal(program(), withController("watch", {"DINT0:T"}), environment, "no-such-one");
+    EXPECT_TRUE(terminal.shows(" DINT0:T = 55"));
+    terminal.press("\x03");
+    EXPECT_EQ(terminal.wait(), 0);
+    EXPECT_FALSE(terminal.takeScreen().contains(kEnterScreen));
+}
+
+TEST_F(CliTable, PlainAndJsonAndOnceNeverDrawIt) {
+    startController({"--tag", "T:DINT=55"});
+    for (const char* option : {"--plain", "--json", "--once"}) {
+        Terminal terminal(program(),
+                          withController("watch", {option, "--duration", "0.3", "DINT0:T"}),
+                          environment, "xterm");
+        EXPECT_EQ(terminal.wait(), 0) << option;
+        const QByteArray screen = terminal.takeScreen();
+        EXPECT_TRUE(screen.contains("55")) << option;
+        EXPECT_FALSE(screen.contains("\x1b")) << option;
+    }
+}
+
+}  // namespace
