@@ -82,7 +82,7 @@ int _BuildIOIString(unsigned char* buffer, const char* name, int maxLength) {
     if (!name || limit < 1) {
         return 0;
     }
-    const int length = asInt(strnlen(name, static_cast<size_t>(limit)));
+    const int length = static_cast<int>(strnlen(name, static_cast<size_t>(limit)));
     if (length < 1) {
         return 0;
     }
