@@ -57,7 +57,9 @@ class CommunicatorCommand {
 
     /// Text that tells one command from another: "address_kind_count", numbers in decimal.
     virtual QString stringKey() const {
-        return QString("%1_%2_%3").arg(address).arg(unitKind).arg(unitCount);
+        // Not one after the other: an address may hold a "%1" of its own.
+        return QString::fromLatin1("%1_%2_%3")
+            .arg(address, QString::number(unitKind), QString::number(unitCount));
     }
 
     qint32 unitKind;    ///< UnitKind, or a value that the driver refuses

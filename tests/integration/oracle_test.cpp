@@ -98,7 +98,7 @@ class Oracle : public ::testing::Test {
         static const char* const kFaults[] = {"fault late:50x3", "fault late:900x1",
                                               "fault repeatx4", "fault late:1600x1",
                                               "fault repeatx20", "fault wrong-sequencex1"};
-        simulator->command(kFaults[pick(int(sizeof kFaults / sizeof *kFaults))]);
+        ASSERT_EQ("ok", simulator->command(kFaults[pick(int(sizeof kFaults / sizeof *kFaults))]));
     }
 
     std::unique_ptr<Controller> simulator;

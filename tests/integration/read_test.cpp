@@ -55,7 +55,7 @@ TEST_F(Read, NamesGoOutInUpperCase) {
 }
 
 TEST_F(Read, PlainTagIsOneElementPaddedOrCut) {
-    start({"--tag", "D:DINT=1,2,3"});
+    start({"--tag", "D:DINT=1"});
     EXPECT_EQ(hex("0100000000000000"), read("DINT0:D", kUnitDoubleWord, 2));
     EXPECT_EQ(1, simulator->requests().last().value("count").toInt());
     EXPECT_EQ(hex("0100"), read("DINT0:D", kUnitWord, 1));
