@@ -72,15 +72,10 @@ CipPlcDriverCallback::~CipPlcDriverCallback() {}
 
 bool CipPlcDriverCallback::recvCmd(int pipe) {
     std::memset(d->cmdBuf, 0, static_cast<size_t>(d->cmdLen));
-    d->cmdLen = 0;
-    const int length = recvServerPipeLine(pipe, d->cmdBuf, kPipeLineSize);
-    if (length < 1) {
-        // What was lost may have been longer than any line kept here before.
-        std::memset(d->cmdBuf, 0, sizeof d->cmdBuf);
-        return false;
-    }
-    d->cmdLen = length;
-    return true;
+    d->cmdLen = recvServerPipeLine(pipe, d->cmdBuf, kPipeLineSize);
+    // Behind the line may stand what the reader saw of the next one.
+    d->cmdBuf[d->cmdLen] = 0;
+    return d->cmdLen > 0;
 }
 
 void CipPlcDriverCallback::serverPipeOnReceive(int pipe) {

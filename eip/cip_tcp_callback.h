@@ -76,7 +76,8 @@ class CipTcpCallback : public CipCallback {
     int recvServerPipeUntilLF(int pipeIndex, char* buf, int len, bool* gotLF);
     /// Like recvServerPipeUntilLF() but takes no byte behind the first line feed: later lines
     /// stay in the pipe. What has no line feed yet is taken out and lost, and so is a line longer
-    /// than `len`, to its end. Returns the number of bytes, 0 when there was no such line.
+    /// than `len`, to its end. Returns the number of bytes, 0 when there was no such line; `buf`
+    /// behind them is undefined.
     int recvServerPipeLine(int pipeIndex, char* buf, int len);
 
     // ---- any thread --------------------------------------------------------------------------

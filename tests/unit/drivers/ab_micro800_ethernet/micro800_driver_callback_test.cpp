@@ -7,7 +7,7 @@
 namespace {
 
 class WriteReceiver : public ::testing::Test {
-  protected:
+ protected:
     WriteReceiver() : client(receiver) {}
 
     /// Over the base class, as the worker has it.
@@ -70,9 +70,9 @@ TEST_F(WriteReceiver, DropsAnotherFieldCount) {
 }
 
 TEST_F(WriteReceiver, TellsAWriteThatDoesNotParse) {
-    for (const char* line : {"03\tXYZ\tT\tC4\t01\n", "03\t10000\tT\tC4\t01\n",
-                             "03\t-1\tT\tC4\t01\n", "03\t0001\tT\tXX\t01\n",
-                             "03\t0001\tT\t1C4\t01\n", "03\t0001\tT\t-1\t01\n"}) {
+    for (const char* line :
+         {"03\tXYZ\tT\tC4\t01\n", "03\t10000\tT\tC4\t01\n", "03\t-1\tT\tC4\t01\n",
+          "03\t0001\tT\tXX\t01\n", "03\t0001\tT\t1C4\t01\n", "03\t0001\tT\t-1\t01\n"}) {
         serve(line);
         EXPECT_TRUE(receiver.hasDriverWriteCmd()) << line;
         int pipe = 5;

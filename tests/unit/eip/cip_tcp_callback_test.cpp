@@ -1,0 +1,677 @@
+// Connecting and whole messages, against real sockets on loopback.
+
+#include "eip/cip_tcp_callback.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <netinet/tcp.h>
+#include <pthread.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "eip/cip/cip_error.h"
+#include "eip/cip/encap_header.h"
+#include "unit/eip/loopback.h"
+
+namespace {
+
+/// A transport whose pipe handler a test can choose; it reads nothing by itself.
+class Transport : public CipTcpCallback {
+ public:
+    virtual void serverPipeOnReceive(int pipeIndex) {
+        served.push_back(pipeIndex);
+        if (onPipe) {
+            onPipe(pipeIndex);
+        }
+    }
+
+    /// Takes what lies in the pipe.
+    std::string take(int pipeIndex) {
+        char line[256];
+        const int count = recvServerPipe(pipeIndex, line, sizeof line);
+        return std::string(line, size_t(count));
+    }
+
+    std::vector<int> served;
+    std::function<void(int)> onPipe;
+};
+
+const _Encap_Header* header(const std::string& bytes) {
+    return reinterpret_cast<const _Encap_Header*>(bytes.data());
+}
+
+/// Receives a message as text, empty when there is none.
+std::string receive(CipTcpCallback& transport, int timeoutMs = kSoonMs) {
+    const std::unique_ptr<_Encap_Header, void (*)(void*)> reply(transport.recvData(timeoutMs),
+                                                                free);
+    if (!reply) {
+        return std::string();
+    }
+    return std::string(reinterpret_cast<const char*>(reply.get()),
+                       size_t(kEncapHeaderSize) + _GetEncapLength(reply.get()));
+}
+
+void expectError(int type, int number) {
+    EXPECT_EQ(type, cip_err_type());
+    EXPECT_EQ(number, cip_errno());
+    EXPECT_EQ(0, cip_ext_errno());
+}
+
+/// What the record holds before a call that must not touch it.
+void markError() {
+    CIPERROR(CIP_ERR_AB, 0x77, 0x88);
+}
+
+void expectErrorUntouched() {
+    EXPECT_EQ(CIP_ERR_AB, cip_err_type());
+    EXPECT_EQ(0x77, cip_errno());
+    EXPECT_EQ(0x88, cip_ext_errno());
+}
+
+class Connected : public ::testing::Test {
+ protected:
+    Connected() {
+        EXPECT_EQ(1, transport.connect("127.0.0.1", server.port(), kSoonMs));
+        EXPECT_TRUE(server.accept());
+        CIPERROR(0, 0, 0);
+    }
+
+    LoopbackServer server;
+    Transport transport;
+};
+
+// ---- connect -------------------------------------------------------------------------------
+
+TEST(TcpConnect, BeginsWithoutAConnection) {
+    CipTcpCallback transport;
+    EXPECT_FALSE(transport.isConnected());
+    EXPECT_EQ(QString("Success(0)"), transport.lastError());
+    transport.disconnect();
+    EXPECT_FALSE(transport.isConnected());
+}
+
+TEST(TcpConnect, ConnectsAndDisconnects) {
+    LoopbackServer server;
+    CipTcpCallback transport;
+    EXPECT_EQ(1, transport.connect("127.0.0.1", server.port(), kSoonMs));
+    EXPECT_TRUE(transport.isConnected());
+    EXPECT_EQ(QString("Success(0)"), transport.lastError());
+    ASSERT_TRUE(server.accept());
+    transport.disconnect();
+    EXPECT_FALSE(transport.isConnected());
+    EXPECT_TRUE(server.peerClosed());
+    EXPECT_EQ(1, transport.connect("127.0.0.1", server.port(), kSoonMs));
+    EXPECT_TRUE(server.accept());
+}
+
+TEST(TcpConnect, TakesHostNames) {
+    LoopbackServer server;
+    CipTcpCallback transport;
+    EXPECT_EQ(1, transport.connect("localhost", server.port(), kSoonMs));
+}
+
+TEST(TcpConnect, RefusesWhatIsNoHost) {
+    for (const char* host : {static_cast<const char*>(nullptr), "", "not a host"}) {
+        CipTcpCallback transport;
+        const std::set<int> before = openDescriptors();
+        errno = 0;
+        EXPECT_EQ(0, transport.connect(host, 44818, 1000)) << (host ? host : "null");
+        EXPECT_FALSE(transport.lastError().startsWith("Success")) << (host ? host : "null");
+        EXPECT_FALSE(transport.isConnected());
+        EXPECT_EQ(before, openDescriptors());
+    }
+}
+
+TEST(TcpConnect, WhileConnectedMakesNoNewSocket) {
+    LoopbackServer server;
+    CipTcpCallback transport;
+    ASSERT_EQ(1, transport.connect("127.0.0.1", server.port(), kSoonMs));
+    ASSERT_TRUE(server.accept());
+    const std::set<int> before = openDescriptors();
+    EXPECT_EQ(1, transport.connect("127.0.0.1", server.port(), kSoonMs));
+    EXPECT_EQ(1, transport.connect("not a host", 1, 0));
+    EXPECT_EQ(before, openDescriptors());
+    EXPECT_FALSE(server.accept(50));
+}
+
+TEST(TcpConnect, SetsTheSocketUp) {
+    LoopbackServer server;
+    CipTcpCallback transport;
+    const std::set<int> before = openDescriptors();
+    ASSERT_EQ(1, transport.connect("127.0.0.1", server.port(), kSoonMs));
+    const std::set<int> made = minus(openDescriptors(), before);
+    ASSERT_EQ(1u, made.size());
+    const int sock = *made.begin();
+    int noDelay = 0;
+    socklen_t size = sizeof noDelay;
+    EXPECT_EQ(0, getsockopt(sock, IPPROTO_TCP, TCP_NODELAY, &noDelay, &size));
+    EXPECT_NE(0, noDelay);
+    EXPECT_TRUE(fcntl(sock, F_GETFL) & O_NONBLOCK);
+    EXPECT_TRUE(fcntl(sock, F_GETFD) & FD_CLOEXEC);
+}
+
+TEST(TcpConnect, TellsWhyItWasRefused) {
+    LoopbackServer server;
+    server.stopListening();
+    CipTcpCallback transport;
+    const std::set<int> before = openDescriptors();
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(0, transport.connect("127.0.0.1", server.port(), kSoonMs));
+        EXPECT_EQ(QString("Connection refused(111)"), transport.lastError());
+        EXPECT_FALSE(transport.isConnected());
+        EXPECT_EQ(before, openDescriptors());
+    }
+}
+
+TEST(TcpConnect, GivesUpAfterItsTime) {
+    DeafServer server;
+    CipTcpCallback transport;
+    const std::set<int> before = openDescriptors();
+    for (int ms : {120, 0}) {
+        const Stopwatch watch;
+        EXPECT_EQ(0, transport.connect("127.0.0.1", server.port(), static_cast<unsigned>(ms)));
+        EXPECT_GE(watch.ms(), ms);
+        EXPECT_LT(watch.ms(), ms + kSoonMs);
+        EXPECT_EQ(QString("Connection timed out(110)"), transport.lastError());
+        EXPECT_EQ(before, openDescriptors());
+    }
+}
+
+TEST(TcpConnect, ServesThePipesMeanwhile) {
+    DeafServer server;
+    Transport transport;
+    transport.onPipe = [&](int pipe) { transport.take(pipe); };
+    ASSERT_EQ(2, transport.sendClientPipe(1, "b\n", 2));
+    ASSERT_EQ(2, transport.sendClientPipe(0, "a\n", 2));
+    const Stopwatch watch;
+    EXPECT_EQ(0, transport.connect("127.0.0.1", server.port(), 120));
+    EXPECT_GE(watch.ms(), 119);  // a round of no time counts as a millisecond
+    EXPECT_EQ(std::vector<int>({0, 1}), transport.served);
+    EXPECT_EQ(QString("Connection timed out(110)"), transport.lastError());
+}
+
+TEST(TcpConnect, EndsEvenWhenNobodyReadsAReadablePipe) {
+    DeafServer server;
+    Transport transport;
+    ASSERT_EQ(2, transport.sendClientPipe(0, "a\n", 2));
+    EXPECT_EQ(0, transport.connect("127.0.0.1", server.port(), 60));
+    EXPECT_GE(transport.served.size(), 2u);
+    EXPECT_LE(transport.served.size(), 61u);
+    EXPECT_EQ(QString("Connection timed out(110)"), transport.lastError());
+}
+
+std::atomic<int> signalsTaken(0);
+void countSignal(int) {
+    ++signalsTaken;
+}
+
+/// Sends a signal over and over to the thread that makes it, until it is gone.
+class SignalRain {
+ public:
+    SignalRain() : stop(false) {
+        struct sigaction action = {};
+        action.sa_handler = countSignal;  // no SA_RESTART: waits return EINTR
+        sigaction(SIGUSR1, &action, &old);
+        signalsTaken = 0;
+        const pthread_t target = pthread_self();
+        sender = std::thread([this, target] {
+            while (!stop) {
+                pthread_kill(target, SIGUSR1);
+                std::this_thread::sleep_for(std::chrono::microseconds(500));
+            }
+        });
+    }
+    ~SignalRain() {
+        stop = true;
+        sender.join();
+        sigaction(SIGUSR1, &old, nullptr);
+    }
+
+ private:
+    std::atomic<bool> stop;
+    std::thread sender;
+    struct sigaction old;
+};
+
+TEST(TcpConnect, KeepsItsTimeUnderSignals) {
+    DeafServer server;
+    CipTcpCallback transport;
+    const SignalRain rain;
+    const Stopwatch watch;
+    EXPECT_EQ(0, transport.connect("127.0.0.1", server.port(), 200));
+    EXPECT_LT(watch.ms(), kSoonMs);
+    EXPECT_GT(signalsTaken, 0);
+    EXPECT_EQ(QString("Connection timed out(110)"), transport.lastError());
+}
+
+TEST_F(Connected, ResetShowsAsAPendingErrorOnce) {
+    server.reset();
+    const Stopwatch watch;
+    while (transport.isConnected() && watch.ms() < kSoonMs) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(QString("Connection reset by peer(104)"), transport.lastError());
+}
+
+TEST_F(Connected, ConnectReplacesABrokenSocket) {
+    server.reset();
+    const std::set<int> before = openDescriptors();
+    // The check inside meets the pending error, closes the socket and connects anew.
+    const Stopwatch watch;
+    while (!server.accept(0) && watch.ms() < kSoonMs) {
+        EXPECT_EQ(1, transport.connect("127.0.0.1", server.port(), kSoonMs));
+    }
+    EXPECT_EQ(before.size() + 1, openDescriptors().size());  // the server's side of it
+    EXPECT_TRUE(server.send(message("x")));
+    EXPECT_EQ(message("x"), receive(transport));
+}
+
+// ---- sendData ------------------------------------------------------------------------------
+
+TEST_F(Connected, SendsHeaderAndBody) {
+    for (const std::string& body : {std::string(), std::string("abc"), std::string(1000, 'x')}) {
+        const std::string request = message(body);
+        EXPECT_EQ(int(request.size()), transport.sendData(header(request)));
+        EXPECT_EQ(request, server.receive(request.size()));
+    }
+}
+
+TEST_F(Connected, SendsTheLargestBody) {
+    const std::string request = message(std::string(0xFFFF, 'y'));
+    std::string got;
+    std::thread peer([&] { got = server.receive(request.size()); });
+    EXPECT_EQ(24 + 0xFFFF, transport.sendData(header(request)));
+    peer.join();
+    EXPECT_EQ(request, got);
+}
+
+TEST_F(Connected, ThrowsAStaleReplyAway) {
+    ASSERT_TRUE(server.send(message("late") + message("later")));
+    const std::string request = message("now");
+    EXPECT_EQ(int(request.size()), transport.sendData(header(request)));
+    ASSERT_EQ(request, server.receive(request.size()));
+    ASSERT_TRUE(server.send(message("answer")));
+    EXPECT_EQ(message("answer"), receive(transport));
+}
+
+TEST_F(Connected, EmptiesAnyAmount) {
+    const std::string stale(100 * 1400 + 7, 's');
+    ASSERT_TRUE(server.send(stale));
+    // Not before all of it is there.
+    std::this_thread::yield();
+    const Stopwatch watch;
+    do {
+        transport.emptyRxBuffer();
+        ASSERT_TRUE(server.send(message("fresh")));
+        markError();
+    } while (receive(transport, 1000) != message("fresh") && watch.ms() < kSoonMs);
+    EXPECT_LT(watch.ms(), kSoonMs);
+    expectErrorUntouched();
+}
+
+TEST_F(Connected, EmptyingServesThePipes) {
+    transport.emptyRxBuffer();
+    EXPECT_TRUE(transport.served.empty());
+    ASSERT_EQ(2, transport.sendClientPipe(1, "b\n", 2));
+    transport.emptyRxBuffer();
+    EXPECT_EQ(std::vector<int>({1}), transport.served);
+}
+
+TEST_F(Connected, SendServesThePipesAndSendsAllTheSame) {
+    transport.onPipe = [&](int pipe) { transport.take(pipe); };
+    ASSERT_EQ(2, transport.sendClientPipe(0, "a\n", 2));
+    const std::string request = message("abc");
+    EXPECT_EQ(int(request.size()), transport.sendData(header(request)));
+    EXPECT_EQ(std::vector<int>({0}), transport.served);
+    EXPECT_EQ(request, server.receive(request.size()));
+}
+
+TEST_F(Connected, SendToAPeerThatDoesNotReadGivesUpAfterItsTime) {
+    transport.setTxTimeout(100);
+    const std::string request = message(std::string(0xFFFF, 'z'));
+    markError();
+    int sent = 1;
+    Stopwatch watch;
+    for (int i = 0; sent > 0 && i < 1000; ++i) {  // until both socket buffers are full
+        watch = Stopwatch();
+        sent = transport.sendData(header(request));
+    }
+    EXPECT_EQ(0, sent);
+    EXPECT_GE(watch.ms(), 99);
+    EXPECT_LT(watch.ms(), kSoonMs);
+    expectErrorUntouched();
+}
+
+TEST_F(Connected, SendToAPeerThatIsGoneRaisesNoSignal) {
+    server.reset();
+    const std::string request = message("abc");
+    markError();
+    int sent = 1;
+    for (int i = 0; sent > 0 && i < 1000; ++i) {
+        sent = transport.sendData(header(request));
+    }
+    EXPECT_EQ(0, sent);
+    EXPECT_EQ(0, transport.sendData(header(request)));  // SIGPIPE would end the program
+    expectErrorUntouched();
+}
+
+TEST(TcpSend, WithoutAConnectionFailsAfterItsTime) {
+    Transport transport;
+    transport.setTxTimeout(50);
+    const std::string request = message("abc");
+    markError();
+    const Stopwatch watch;
+    EXPECT_EQ(0, transport.sendData(header(request)));
+    EXPECT_GE(watch.ms(), 49);
+    expectErrorUntouched();
+}
+
+// ---- recvData ------------------------------------------------------------------------------
+
+TEST_F(Connected, ReceivesWholeMessages) {
+    for (const std::string& body : {std::string(), std::string("\0\n\xFF", 3),
+                                    std::string(511, 'x'), std::string(0xFFFF, 'y')}) {
+        std::thread peer([&] { EXPECT_TRUE(server.send(message(body))); });
+        EXPECT_EQ(message(body), receive(transport));
+        peer.join();
+    }
+    expectError(0, 0);
+}
+
+TEST_F(Connected, BodyOfNoBytesIsNotWaitedFor) {
+    ASSERT_TRUE(server.send(message("")));
+    const Stopwatch watch;
+    EXPECT_EQ(message(""), receive(transport, kSoonMs));
+    EXPECT_LT(watch.ms(), kSoonMs / 2);
+}
+
+TEST_F(Connected, LeavesTheNextMessageAlone) {
+    ASSERT_TRUE(server.send(message("first") + message("second!")));
+    EXPECT_EQ(message("first"), receive(transport));
+    EXPECT_EQ(message("second!"), receive(transport));
+}
+
+TEST_F(Connected, PutsATornReplyTogether) {
+    const std::string reply = message("abcdefgh");
+    for (size_t cut = 24; cut <= reply.size(); ++cut) {
+        // One byte a segment from the cut on; each is sent when the one before was asked for.
+        size_t at = cut;
+        ASSERT_TRUE(server.send(reply.substr(0, cut)));
+        std::thread peer([&] {
+            while (at < reply.size()) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                EXPECT_TRUE(server.send(reply.substr(at++, 1)));
+            }
+        });
+        EXPECT_EQ(reply, receive(transport)) << cut;
+        peer.join();
+    }
+}
+
+TEST_F(Connected, ShortHeaderIsNoReply) {
+    for (size_t size = 1; size < 24; ++size) {
+        markError();
+        ASSERT_TRUE(server.send(message("").substr(0, size)));
+        EXPECT_EQ("", receive(transport)) << size;
+        expectError(CIP_ERR_INTERNAL, CIP_INTERNAL_RECEIVE_ERROR);
+        EXPECT_STREQ("Internal: receive error", cip_err_msg());
+    }
+}
+
+TEST(TcpReceive, PeerThatClosesAtAnyByteGivesNoReply) {
+    LoopbackServer server;
+    const std::string reply = message("abcdef");
+    for (size_t size = 0; size < reply.size(); ++size) {
+        Transport transport;
+        ASSERT_EQ(1, transport.connect("127.0.0.1", server.port(), kSoonMs));
+        ASSERT_TRUE(server.accept());
+        ASSERT_TRUE(size == 0 || server.send(reply.substr(0, size)));
+        server.hangUp();
+        markError();
+        const Stopwatch watch;
+        EXPECT_EQ("", receive(transport)) << size;
+        EXPECT_LT(watch.ms(), kSoonMs / 2) << size;
+        expectError(CIP_ERR_INTERNAL,
+                    size < 24 ? CIP_INTERNAL_RECEIVE_ERROR : CIP_INTERNAL_RECEIVE_TIMEOUT);
+        // The socket stays until the worker disconnects.
+        EXPECT_TRUE(transport.isConnected());
+    }
+}
+
+TEST_F(Connected, ResetGivesNoReply) {
+    server.reset();
+    markError();
+    EXPECT_EQ("", receive(transport));
+    expectError(CIP_ERR_INTERNAL, CIP_INTERNAL_RECEIVE_ERROR);
+}
+
+TEST_F(Connected, SilenceGivesATimeout) {
+    for (int ms : {60, 0, -1}) {
+        markError();
+        const Stopwatch watch;
+        EXPECT_EQ("", receive(transport, ms));
+        EXPECT_GE(watch.ms(), ms);
+        EXPECT_LT(watch.ms(), kSoonMs);
+        expectError(CIP_ERR_INTERNAL, CIP_INTERNAL_RECEIVE_TIMEOUT);
+        EXPECT_STREQ("Internal: receive timeout", cip_err_msg());
+    }
+}
+
+TEST_F(Connected, BodyThatDoesNotComeGivesATimeout) {
+    for (size_t got : {size_t(0), size_t(1), size_t(99)}) {
+        ASSERT_TRUE(server.send(message(std::string(got, 'x'), 100)));
+        markError();
+        const Stopwatch watch;
+        EXPECT_EQ("", receive(transport, 60));
+        EXPECT_GE(watch.ms(), 59);
+        EXPECT_LT(watch.ms(), kSoonMs);
+        expectError(CIP_ERR_INTERNAL, CIP_INTERNAL_RECEIVE_TIMEOUT);
+        transport.emptyRxBuffer();
+    }
+}
+
+TEST_F(Connected, BodyHasTheWholeTimeAgain) {
+    // Header after most of the time, body after most of it again.
+    std::thread peer([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(700));
+        EXPECT_TRUE(server.send(message("", 3)));
+        std::this_thread::sleep_for(std::chrono::milliseconds(700));
+        EXPECT_TRUE(server.send("abc"));
+    });
+    EXPECT_EQ(message("abc"), receive(transport, 1200));
+    peer.join();
+}
+
+TEST_F(Connected, CommandIsServedBeforeTheReplyIsRead) {
+    std::string command;
+    transport.onPipe = [&](int pipe) {
+        command = transport.take(pipe);
+        // Only now does the reply come: it must still be received.
+        EXPECT_TRUE(server.send(message("reply")));
+    };
+    ASSERT_EQ(5, transport.sendClientPipe(0, "cmd1\n", 5));
+    EXPECT_EQ(message("reply"), receive(transport));
+    EXPECT_EQ("cmd1\n", command);
+
+    transport.served.clear();
+    transport.onPipe = [&](int pipe) { command = transport.take(pipe); };
+    ASSERT_TRUE(server.send(message("reply2")));
+    ASSERT_EQ(5, transport.sendClientPipe(1, "cmd2\n", 5));
+    EXPECT_EQ(message("reply2"), receive(transport));
+    // Both were there: the command first.
+    EXPECT_EQ(std::vector<int>({1}), transport.served);
+    EXPECT_EQ("cmd2\n", command);
+}
+
+TEST_F(Connected, CommandIsServedWhileTheBodyIsAwaited) {
+    transport.onPipe = [&](int pipe) {
+        transport.take(pipe);
+        if (transport.served.size() == 1) {
+            EXPECT_TRUE(server.send(message("", 4)));  // the header
+        } else {
+            EXPECT_TRUE(server.send("body"));
+        }
+    };
+    ASSERT_EQ(2, transport.sendClientPipe(0, "a\n", 2));
+    std::thread driver([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        EXPECT_EQ(2, transport.sendClientPipe(1, "b\n", 2));
+    });
+    EXPECT_EQ(message("body"), receive(transport));
+    driver.join();
+    EXPECT_EQ(std::vector<int>({0, 1}), transport.served);
+}
+
+TEST_F(Connected, PipeThatNobodyReadsEndsTheWaitWithoutARecord) {
+    ASSERT_EQ(2, transport.sendClientPipe(0, "a\n", 2));
+    markError();
+    const Stopwatch watch;
+    EXPECT_EQ("", receive(transport, 60));
+    EXPECT_LT(watch.ms(), kSoonMs);
+    // Each round counts as at least a millisecond.
+    EXPECT_GE(transport.served.size(), 1u);
+    EXPECT_LE(transport.served.size(), 61u);
+    if (transport.served.size() <= 60) {
+        expectErrorUntouched();
+    }
+}
+
+TEST_F(Connected, SignalEndsTheWaitAsAFailure) {
+    const SignalRain rain;
+    markError();
+    EXPECT_EQ("", receive(transport));
+    expectError(CIP_ERR_SYSTEM, EINTR);
+    EXPECT_EQ(QString("Interrupted system call(4)"), transport.lastError());
+}
+
+TEST_F(Connected, SignalEndsTheWaitForTheBodyAsAFailure) {
+    ASSERT_TRUE(server.send(message("", 9)));
+    int attempts = 0;
+    std::unique_ptr<SignalRain> rain;
+    transport.onPipe = [&](int pipe) {
+        transport.take(pipe);
+        rain.reset(new SignalRain);
+        ++attempts;
+    };
+    std::thread driver([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        EXPECT_EQ(2, transport.sendClientPipe(1, "b\n", 2));
+    });
+    markError();
+    EXPECT_EQ("", receive(transport));
+    expectError(CIP_ERR_SYSTEM, EINTR);
+    driver.join();
+    EXPECT_EQ(1, attempts);
+}
+
+TEST(TcpReceive, WithoutAConnectionTimesOut) {
+    Transport transport;
+    markError();
+    const Stopwatch watch;
+    EXPECT_EQ("", receive(transport, 50));
+    EXPECT_GE(watch.ms(), 49);
+    expectError(CIP_ERR_INTERNAL, CIP_INTERNAL_RECEIVE_TIMEOUT);
+}
+
+// ---- sendDataWaitReply ---------------------------------------------------------------------
+
+TEST_F(Connected, SendsAndWaitsForTheReply) {
+    const std::string request = message("ask");
+    std::thread peer([&] {
+        EXPECT_EQ(request, server.receive(request.size()));
+        EXPECT_TRUE(server.send(message("answer")));
+    });
+    _Encap_Header* reply = transport.sendDataWaitReply(header(request), 99, kSoonMs);
+    peer.join();
+    ASSERT_NE(nullptr, reply);
+    EXPECT_EQ(6, _GetEncapLength(reply));
+    EXPECT_EQ(0, memcmp(reply, message("answer").data(), 30));
+    free(reply);
+}
+
+/// Counts calls, to see which operations another one goes through.
+class Overridden : public CipTcpCallback {
+ public:
+    virtual int sendData(const _Encap_Header*) {
+        calls += 's';
+        return 0;  // a failed send is not looked at
+    }
+    virtual _Encap_Header* recvData(int timeoutMs) {
+        calls += 'r';
+        lastTimeout = timeoutMs;
+        return nullptr;
+    }
+    std::string calls;
+    int lastTimeout = 0;
+};
+
+TEST(TcpExchange, GoesThroughTheVirtualOperations) {
+    Overridden transport;
+    CipCallback& callback = transport;
+    const std::string request = message("ask");
+    EXPECT_EQ(nullptr, callback.sendDataWaitReply(header(request), 0, 1234));
+    EXPECT_EQ("sr", transport.calls);
+    EXPECT_EQ(1234, transport.lastTimeout);
+}
+
+TEST(TcpExchange, FailedSendShowsAsAReceiveTimeout) {
+    Transport transport;
+    transport.setTxTimeout(1);
+    const std::string request = message("ask");
+    EXPECT_EQ(nullptr, transport.sendDataWaitReply(header(request), 0, 20));
+    EXPECT_STREQ("Internal: receive timeout", cip_err_msg());
+}
+
+// ---- several at once -----------------------------------------------------------------------
+
+TEST(TcpTransports, DoNotDisturbOneAnother) {
+    const int kExchanges = 200;
+    std::vector<std::thread> threads;
+    for (char id = 'a'; id < 'd'; ++id) {
+        threads.emplace_back([id] {
+            LoopbackServer server;
+            Transport transport;
+            transport.onPipe = [&](int pipe) { transport.take(pipe); };
+            ASSERT_EQ(1, transport.connect("127.0.0.1", server.port(), kSoonMs));
+            ASSERT_TRUE(server.accept());
+            for (int i = 0; i < kExchanges; ++i) {
+                const std::string stale(size_t(1500 + i), id);
+                const std::string request = message(std::string(size_t(i), id));
+                const std::string answer = message(std::string(1, id) + std::to_string(i));
+                ASSERT_TRUE(server.send(stale));
+                transport.sendClientPipe(i % 2, &id, 1);
+                ASSERT_EQ(int(request.size()), transport.sendData(header(request)));
+                ASSERT_EQ(request, server.receive(request.size()));
+                // The stale bytes may still be on their way at the first drain.
+                transport.emptyRxBuffer();
+                ASSERT_TRUE(server.send(answer));
+                ASSERT_EQ(answer, receive(transport));
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
+TEST(TcpTransports, LeaveNoDescriptorBehind) {
+    const std::set<int> before = openDescriptors();
+    {
+        LoopbackServer server;
+        Transport transport;
+        ASSERT_EQ(1, transport.connect("127.0.0.1", server.port(), kSoonMs));
+        EXPECT_GT(openDescriptors().size(), before.size());
+    }
+    EXPECT_EQ(before, openDescriptors());
+}
+
+}  // namespace

@@ -1,0 +1,225 @@
+#include "eip/socket_tools.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <signal.h>
+#include <string.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <climits>
+#include <string>
+#include <thread>
+
+namespace {
+
+/// A socket pair that closes itself.
+struct Pair {
+    Pair() { EXPECT_EQ(0, KCreateSocketPair(fds)); }
+    ~Pair() {
+        closeEnd(0);
+        closeEnd(1);
+    }
+    void closeEnd(int end) {
+        if (fds[end] >= 0) {
+            KCloseSocket(fds[end]);
+        }
+        fds[end] = -1;
+    }
+    void write(const std::string& text) {
+        EXPECT_EQ(ssize_t(text.size()), ::send(fds[1], text.data(), text.size(), 0));
+    }
+    int fds[2];
+};
+
+TEST(KTimevalFrom, SplitsMilliseconds) {
+    const struct {
+        unsigned long ms;
+        long seconds;
+        long microseconds;
+    } rows[] = {
+        {0, 0, 0},       {1, 0, 1000},      {999, 0, 999000}, {1000, 1, 0},
+        {1001, 1, 1000}, {2500, 2, 500000}, {60000, 60, 0},   {4294967295ul, 4294967, 295000}};
+    for (const auto& row : rows) {
+        const timeval time = KTimevalFrom(row.ms);
+        EXPECT_EQ(row.seconds, time.tv_sec) << row.ms;
+        EXPECT_EQ(row.microseconds, time.tv_usec) << row.ms;
+    }
+}
+
+timeval timeout(int fd, int option) {
+    timeval time = {-1, -1};
+    socklen_t size = sizeof time;
+    EXPECT_EQ(0, getsockopt(fd, SOL_SOCKET, option, &time, &size));
+    return time;
+}
+
+TEST(KSocketSetTimeout, SetsTheOneAskedFor) {
+    // Multiples of 20 ms: the kernel rounds up to its clock tick.
+    const struct {
+        unsigned long ms;
+        long seconds;
+        long microseconds;
+    } rows[] = {{40, 0, 40000}, {980, 0, 980000}, {1000, 1, 0}, {2540, 2, 540000}, {0, 0, 0}};
+    for (const auto& row : rows) {
+        Pair pair;
+        EXPECT_EQ(1, KSocketSetTimeout(pair.fds[0], row.ms, true));
+        EXPECT_EQ(row.seconds, timeout(pair.fds[0], SO_RCVTIMEO).tv_sec) << row.ms;
+        EXPECT_EQ(row.microseconds, timeout(pair.fds[0], SO_RCVTIMEO).tv_usec) << row.ms;
+        EXPECT_EQ(0, timeout(pair.fds[0], SO_SNDTIMEO).tv_usec) << row.ms;
+        EXPECT_EQ(1, KSocketSetTimeout(pair.fds[1], row.ms, false));
+        EXPECT_EQ(row.seconds, timeout(pair.fds[1], SO_SNDTIMEO).tv_sec) << row.ms;
+        EXPECT_EQ(row.microseconds, timeout(pair.fds[1], SO_SNDTIMEO).tv_usec) << row.ms;
+        EXPECT_EQ(0, timeout(pair.fds[1], SO_RCVTIMEO).tv_usec) << row.ms;
+    }
+}
+
+TEST(KSocketSetTimeout, ShortFormsAreTheTwoCases) {
+    Pair pair;
+    EXPECT_EQ(1, KSocketSetRxTimeout(pair.fds[0], 3000));
+    EXPECT_EQ(1, KSocketSetTxTimeout(pair.fds[0], 4000));
+    EXPECT_EQ(3, timeout(pair.fds[0], SO_RCVTIMEO).tv_sec);
+    EXPECT_EQ(4, timeout(pair.fds[0], SO_SNDTIMEO).tv_sec);
+}
+
+TEST(KSocketSetTimeout, FailsOnWhatIsNoSocket) {
+    int fds[2];
+    ASSERT_EQ(0, pipe2(fds, O_CLOEXEC));
+    EXPECT_EQ(0, KSocketSetRxTimeout(fds[0], 10));
+    EXPECT_EQ(ENOTSOCK, errno);
+    close(fds[0]);
+    close(fds[1]);
+    EXPECT_EQ(0, KSocketSetTxTimeout(-1, 10));
+    EXPECT_EQ(EBADF, errno);
+}
+
+TEST(KCreateSocketPair, IsAConnectedLocalStreamClosedOnExec) {
+    Pair pair;
+    for (int fd : pair.fds) {
+        int domain = 0;
+        int type = 0;
+        socklen_t size = sizeof domain;
+        EXPECT_EQ(0, getsockopt(fd, SOL_SOCKET, SO_DOMAIN, &domain, &size));
+        EXPECT_EQ(0, getsockopt(fd, SOL_SOCKET, SO_TYPE, &type, &size));
+        EXPECT_EQ(AF_UNIX, domain);
+        EXPECT_EQ(SOCK_STREAM, type);
+        EXPECT_TRUE(fcntl(fd, F_GETFD) & FD_CLOEXEC);
+    }
+    pair.write("x");
+    char byte = 0;
+    EXPECT_EQ(1, recv(pair.fds[0], &byte, 1, 0));
+    EXPECT_EQ('x', byte);
+}
+
+TEST(KSetNonBlockingMode, KeepsTheOtherFlags) {
+    int fds[2];
+    ASSERT_EQ(0, pipe2(fds, O_CLOEXEC | O_DIRECT));
+    const int before = fcntl(fds[1], F_GETFL);
+    EXPECT_EQ(1, KSetNonBlockingMode(fds[1], true));
+    EXPECT_EQ(before | O_NONBLOCK, fcntl(fds[1], F_GETFL));
+    EXPECT_EQ(1, KSetNonBlockingMode(fds[1], true));
+    EXPECT_EQ(before | O_NONBLOCK, fcntl(fds[1], F_GETFL));
+    EXPECT_EQ(1, KSetNonBlockingMode(fds[1], false));
+    EXPECT_EQ(before, fcntl(fds[1], F_GETFL));
+    close(fds[0]);
+    close(fds[1]);
+    EXPECT_EQ(0, KSetNonBlockingMode(fds[0], true));
+    EXPECT_EQ(EBADF, errno);
+}
+
+TEST(KCloseSocket, Closes) {
+    Pair pair;
+    const int fd = pair.fds[0];
+    pair.closeEnd(0);
+    EXPECT_EQ(-1, fcntl(fd, F_GETFD));
+}
+
+TEST(KReceiveLine, EndsWithTheLineFeed) {
+    Pair pair;
+    pair.write("02\t0001\n");
+    char buf[32];
+    memset(buf, '#', sizeof buf);
+    EXPECT_EQ(8, KReceiveLine(pair.fds[0], buf, sizeof buf));
+    EXPECT_EQ("02\t0001\n#", std::string(buf, 9));
+}
+
+TEST(KReceiveLine, GoesOnUntilTheBytesEndWithOne) {
+    Pair pair;
+    pair.write("one\ntwo");
+    std::thread later([&] { pair.write("!\n"); });
+    char buf[32];
+    EXPECT_EQ(9, KReceiveLine(pair.fds[0], buf, sizeof buf));
+    EXPECT_EQ("one\ntwo!\n", std::string(buf, 9));
+    later.join();
+}
+
+TEST(KReceiveLine, EndsWithTheBuffer) {
+    Pair pair;
+    pair.write("abcdef\n");
+    char buf[5] = "####";
+    EXPECT_EQ(4, KReceiveLine(pair.fds[0], buf, 4));
+    EXPECT_EQ("abcd", std::string(buf));
+    EXPECT_EQ(3, KReceiveLine(pair.fds[0], buf, 4));
+    EXPECT_EQ("ef\n", std::string(buf, 3));
+}
+
+TEST(KReceiveLine, EndsWithThePeer) {
+    Pair pair;
+    pair.write("abc");
+    pair.closeEnd(1);
+    char buf[8];
+    EXPECT_EQ(3, KReceiveLine(pair.fds[0], buf, sizeof buf));
+    EXPECT_EQ(0, KReceiveLine(pair.fds[0], buf, sizeof buf));
+}
+
+TEST(KReceiveLine, EndsWithAFailure) {
+    Pair pair;
+    KSetNonBlockingMode(pair.fds[0], true);
+    char buf[8];
+    EXPECT_EQ(0, KReceiveLine(pair.fds[0], buf, sizeof buf));
+    EXPECT_EQ(EAGAIN, errno);
+    pair.write("ab");
+    EXPECT_EQ(2, KReceiveLine(pair.fds[0], buf, sizeof buf));
+    EXPECT_EQ(0, KReceiveLine(-1, buf, sizeof buf));
+}
+
+TEST(KReceiveLine, ReadsNothingWithoutRoom) {
+    Pair pair;
+    pair.write("a\n");
+    char buf[2] = {'#', '#'};
+    EXPECT_EQ(0, KReceiveLine(pair.fds[0], buf, 0));
+    EXPECT_EQ(0, KReceiveLine(pair.fds[0], buf, -1));
+    EXPECT_EQ(0, KReceiveLine(pair.fds[0], buf, INT_MIN));
+    EXPECT_EQ('#', buf[0]);
+    EXPECT_EQ(2, KReceiveLine(pair.fds[0], buf, 2));
+}
+
+std::atomic<int> signalsTaken(0);
+void countSignal(int) {
+    ++signalsTaken;
+}
+
+TEST(KReceiveLine, GoesOnAfterASignal) {
+    struct sigaction action = {};
+    struct sigaction old = {};
+    action.sa_handler = countSignal;  // no SA_RESTART: the read returns EINTR
+    ASSERT_EQ(0, sigaction(SIGUSR1, &action, &old));
+    signalsTaken = 0;
+    Pair pair;
+    int count = -1;
+    char buf[8];
+    std::thread reader([&] { count = KReceiveLine(pair.fds[0], buf, sizeof buf); });
+    while (signalsTaken < 50) {
+        pthread_kill(reader.native_handle(), SIGUSR1);
+        std::this_thread::yield();
+    }
+    pair.write("ok\n");
+    reader.join();
+    EXPECT_EQ(3, count);
+    sigaction(SIGUSR1, &old, nullptr);
+}
+
+}  // namespace
