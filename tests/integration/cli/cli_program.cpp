@@ -77,3 +77,16 @@ int CliTest::requests(const char* service) const {
         count += request.value("service").toString() == QLatin1String(service);
     return count;
 }
+
+CliResult CliTest::runIntoHead(const QStringList& arguments) {
+    QProcess process;
+    QProcess head;
+    process.setProcessEnvironment(environment);
+    process.setStandardOutputProcess(&head);
+    head.setStandardOutputFile(QProcess::nullDevice());
+    process.start(program(), arguments);
+    head.start("head", {"-n", "1"});
+    const CliResult result = finish(&process);
+    EXPECT_TRUE(head.waitForFinished(kRunMs));
+    return result;
+}

@@ -42,6 +42,8 @@ class CliTest : public testing::Test {
     /// Starts it and returns at once; finish() waits for its end.
     std::unique_ptr<QProcess> start(const QStringList& arguments);
     CliResult finish(QProcess* process);
+    /// Runs it with its output read by a program that ends after the first line.
+    CliResult runIntoHead(const QStringList& arguments);
 
     /// Starts the simulated controller.
     void startController(const QStringList& arguments);

@@ -41,13 +41,14 @@ TEST_F(CliRead, OneLineAnAddress) {
 }
 
 TEST_F(CliRead, TrueIsAnyByteOfTheController) {
-    startController({"--tag", "B:BOOL=1,0", "--bool-true", "FF"});
+    startController({"--tag", "B:BOOL[0..1]=1,0", "--bool-true", "FF"});
     EXPECT_EQ(runWith("read", {"BOOL0:B[0]", "BOOL0:B[1]"}).out,
               QByteArray("BOOL0:B[0] = true\nBOOL0:B[1] = false\n"));
 }
 
 TEST_F(CliRead, SeveralElementsStandSideBySide) {
-    startController({"--tag", "A:INT=10,-20,30,40", "--tag", "F:BOOL=1,0,1,1,0,0,0,1,1,1"});
+    startController(
+        {"--tag", "A:INT[0..3]=10,-20,30,40", "--tag", "F:BOOL[0..9]=1,0,1,1,0,0,0,1,1,1"});
     EXPECT_EQ(runWith("read", {"--count", "3", "INT0:A[1]"}).out,
               QByteArray("INT0:A[1] = -20 30 40\n"));
     // More than one byte of bits: each element is a byte of its own.
@@ -79,7 +80,7 @@ TEST_F(CliRead, RetriesAsOftenAsItIsTold) {
 }
 
 TEST_F(CliRead, JsonIsOneObjectARead) {
-    startController({"--tag", "A:DINT=7", "--tag", "R:REAL=0.1,0.2"});
+    startController({"--tag", "A:DINT=7", "--tag", "R:REAL[0..1]=0.1,0.2"});
     const CliResult result =
         runWith("read", {"--json", "--retry", "0", "--count", "1", "DINT0:A", "DINT0:GONE"});
     EXPECT_EQ(result.exitCode, 1);
@@ -141,7 +142,7 @@ TEST_F(CliRead, WrongUsageSendsNothing) {
 }
 
 TEST_F(CliRead, MoreThanTheDriversBlockIsWrongUsage) {
-    startController({"--tag", "A:DINT=1,2"});
+    startController({"--tag", "A:DINT[0..1]=1,2"});
     const CliResult result = runWith("read", {"--count", "257", "DINT0:A[0]"});
     EXPECT_EQ(result.err.split('\n').first(),
               QByteArray("micro800 read: DINT0:A[0]: 1028 bytes asked for, the driver takes at "

@@ -45,7 +45,7 @@ TEST_F(CliWrite, EachTypeArrivesAndReadsBack) {
 }
 
 TEST_F(CliWrite, SeveralValuesGoToSuccessiveElementsInOneRequest) {
-    startController({"--tag", "A:INT=1,2,3,4,5"});
+    startController({"--tag", "A:INT[0..4]=1,2,3,4,5"});
     const CliResult result = runWith("write", {"--count", "3", "INT0:A[1]", "-20", "30", "-40"});
     EXPECT_EQ(result.out, QByteArray("INT0:A[1] = -20 30 -40\n"));
     EXPECT_EQ(result.exitCode, 0);
@@ -55,7 +55,7 @@ TEST_F(CliWrite, SeveralValuesGoToSuccessiveElementsInOneRequest) {
 }
 
 TEST_F(CliWrite, WhatDoesNotFitIsNotSent) {
-    startController({"--tag", "X:DINT=1", "--tag", "B:BOOL=1", "--tag", "A:INT=1,2,3"});
+    startController({"--tag", "X:DINT=1", "--tag", "B:BOOL=1", "--tag", "A:INT[0..2]=1,2,3"});
     const QStringList lines[] = {
         {"DINT0:X", "5000000000"},   {"BOOL0:B", "maybe"},
         {"INT0:A[0]", "1", "40000"}, {"DINT0:X"},
@@ -100,7 +100,7 @@ TEST_F(CliWrite, WithoutAnAnswerItIsNotRepeated) {
 }
 
 TEST_F(CliWrite, QuietAndJson) {
-    startController({"--tag", "A:INT=1,2"});
+    startController({"--tag", "A:INT[0..1]=1,2"});
     EXPECT_EQ(runWith("write", {"--quiet", "INT0:A[0]", "3"}).out, QByteArray());
     const QJsonObject object =
         QJsonDocument::fromJson(runWith("write", {"--json", "INT0:A[1]", "-4"}).out).object();
