@@ -1,5 +1,6 @@
 #include "apps/simulator/peer.h"
 
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
@@ -59,6 +60,8 @@ Peer::Peer(int socket, uint64_t number, const PeerContext& context, QObject* par
     if (endPoint(getsockname, socket, &local, &m_session.port)) {
         m_session.address = local.toIPv4Address();
     }
+    fcntl(m_socket, F_SETFL, fcntl(m_socket, F_GETFL) | O_NONBLOCK);
+    fcntl(m_socket, F_SETFD, FD_CLOEXEC);
     const int on = 1;
     setsockopt(m_socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     m_writable.setEnabled(false);

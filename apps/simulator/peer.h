@@ -28,7 +28,7 @@ class Peer : public QObject {
     Q_OBJECT
 
  public:
-    /// Takes over the connected, non-blocking socket. `number` is unique in this run.
+    /// Takes over the connected socket. `number` is unique in this run.
     Peer(int socket, uint64_t number, const PeerContext& context, QObject* parent);
     ~Peer() override;
 

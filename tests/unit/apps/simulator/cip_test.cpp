@@ -1,0 +1,50 @@
+#include "apps/simulator/cip.h"
+
+#include <gtest/gtest.h>
+
+#include "unit/apps/simulator/hex.h"
+
+namespace {
+
+TEST(CipRequest, IsServicePathAndData) {
+    const sim::Bytes bytes = hex("4C 02 91014100 0100");
+    sim::CipRequest request;
+    ASSERT_TRUE(decodeCipRequest(bytes, request));
+    EXPECT_EQ(sim::kReadTag, request.service);
+    EXPECT_EQ("91014100", hexOf(request.path));
+    EXPECT_EQ("0100", hexOf(request.data));
+    EXPECT_FALSE(request.pathTooLong);
+}
+
+TEST(CipRequest, TellsAPathThatEndsBehindTheRequest) {
+    const sim::Bytes bytes = hex("4C 03 91014100 01");
+    sim::CipRequest request;
+    ASSERT_TRUE(decodeCipRequest(bytes, request));
+    EXPECT_TRUE(request.pathTooLong);
+    EXPECT_TRUE(request.path.empty());
+}
+
+TEST(CipRequest, NeedsAServiceAndAPathSize) {
+    sim::CipRequest request;
+    EXPECT_FALSE(decodeCipRequest(hex("4C"), request));
+    EXPECT_FALSE(decodeCipRequest(sim::ByteView(), request));
+}
+
+TEST(ReplyHead, CarriesTheStatus) {
+    sim::Bytes out;
+    putReplyHead(out, 0x4C, sim::CipStatus());
+    EXPECT_EQ("cc000000", hexOf(out));
+    out.clear();
+    putReplyHead(out, 0x4C, sim::CipStatus(0x05));
+    EXPECT_EQ("cc000500", hexOf(out));
+    out.clear();
+    putReplyHead(out, 0x54, sim::CipStatus(0x01, 0x0311));
+    EXPECT_EQ("d40001011103", hexOf(out));
+}
+
+TEST(CipServiceName, IsNullForOthers) {
+    EXPECT_STREQ("WriteTag", sim::cipServiceName(0x4D));
+    EXPECT_EQ(nullptr, sim::cipServiceName(0x4B));
+}
+
+}  // namespace

@@ -1,0 +1,76 @@
+#include "apps/simulator/control.h"
+
+#include <gtest/gtest.h>
+
+#include "apps/simulator/tag_text.h"
+
+namespace {
+
+/// A server that listens on a port of its own, and what commands do to it.
+class ControlTest : public testing::Test {
+ protected:
+    ControlTest()
+        : m_controller(sim::ControllerSettings(), m_tags, m_faults, [] { return int64_t(0); }),
+          m_server(m_controller, m_log) {
+        QString error;
+        EXPECT_TRUE(m_server.start(QHostAddress(QHostAddress::LocalHost), 0, &error))
+            << error.toStdString();
+        EXPECT_TRUE(addTagFromText("A:DINT[3]=1,2,3", m_tags, &error));
+        EXPECT_TRUE(addTagFromText("S:STRING=a b", m_tags, &error));
+    }
+
+    std::string run(const char* line) {
+        const sim::ControlTargets targets = {&m_tags, &m_faults, &m_controller, &m_server};
+        return runCommand(line, targets, &m_quit).toStdString();
+    }
+
+    sim::TagTable m_tags;
+    sim::FaultPlan m_faults;
+    sim::RequestLog m_log;
+    sim::Controller m_controller;
+    sim::Server m_server;
+    bool m_quit = false;
+};
+
+TEST_F(ControlTest, SetsAndGetsValues) {
+    EXPECT_EQ("ok 1,2,3", run("get A"));
+    EXPECT_EQ("ok", run("set a[1]=7,8"));
+    EXPECT_EQ("ok 8", run(" get A[2] "));
+    EXPECT_EQ("error: 2 values for 1 elements", run("set S=x,y"));
+    EXPECT_EQ("ok", run("set S=\"x  y, z\""));
+    EXPECT_EQ("ok \"x  y, z\"", run("get S"));
+    EXPECT_EQ("error: there is no 'B'", run("get B"));
+    EXPECT_EQ("error: NAME=values is wanted", run("set A"));
+}
+
+TEST_F(ControlTest, SwitchesFaults) {
+    EXPECT_EQ("ok", run("fault late:5x1"));
+    EXPECT_EQ("ok", run("fault repeat"));
+    EXPECT_FALSE(m_faults.empty());
+    EXPECT_EQ("error: fault 'nonsense': there is no fault 'nonsense'", run("fault nonsense"));
+    EXPECT_EQ("ok", run("fault none"));
+    EXPECT_TRUE(m_faults.empty());
+}
+
+TEST_F(ControlTest, TakesTheControllerDownAndUpOnTheSamePort) {
+    const quint16 port = m_server.port();
+    EXPECT_EQ("ok", run("down"));
+    EXPECT_EQ("ok", run("down"));
+    EXPECT_EQ("ok", run("up"));
+    EXPECT_EQ("ok", run("up"));
+    EXPECT_EQ(port, m_server.port());
+}
+
+TEST_F(ControlTest, KnowsTheOtherCommands) {
+    for (const char* line : {"drop-connections", "close-peers", "reset-peers", "delay 0"}) {
+        EXPECT_EQ("ok", run(line)) << line;
+        EXPECT_FALSE(m_quit);
+    }
+    EXPECT_EQ("error: 'soon' is no delay in milliseconds", run("delay soon"));
+    EXPECT_EQ("error: there is no command ''", run(""));
+    EXPECT_EQ("error: there is no command 'nonsense 1'", run("nonsense 1"));
+    EXPECT_EQ("ok", run("quit"));
+    EXPECT_TRUE(m_quit);
+}
+
+}  // namespace

@@ -1,0 +1,120 @@
+#ifndef TESTS_UNIT_APPS_SIMULATOR_CONTROLLER_FIXTURE_H
+#define TESTS_UNIT_APPS_SIMULATOR_CONTROLLER_FIXTURE_H
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "apps/simulator/controller.h"
+#include "apps/simulator/tag_text.h"
+#include "unit/apps/simulator/hex.h"
+
+// Requests as they stand on the wire; "S" marks four bytes for the session, "C" for the connection.
+
+const char kRegister[] = "6500 0400 00000000 00000000 A1A2A3A4A5A6A7A8 00000000 0100 0000";
+// Class 3, path to the message router, multiplier 2, RPI 2 s.
+const char kOpen[] =
+    "6F00 3E00 SSSSSSSS 00000000 0000000000000000 00000000"
+    "00000000 0000 0200 0000 0000 B200 2E00"
+    "54 02 20062401 05 F7 02000080 0100FE80 0200 1B50 44332211 02 000000"
+    "80841E00 F843 80841E00 F843 A3 02 20022401";
+const char kClose[] =
+    "6F00 2600 SSSSSSSS 00000000 0000000000000000 00000000"
+    "00000000 0000 0200 0000 0000 B200 1600"
+    "4E 02 20062401 07 9A 0200 1B50 44332211 02 00 20022401";
+// Read Tag of one element of A, sequence count 1.
+const char kReadA[] =
+    "7000 1E00 SSSSSSSS 00000000 0000000000000000 00000000"
+    "00000000 0000 0200 A100 0400 CCCCCCCC B100 0A00 0100 4C 02 91014100 0100";
+// Write Tag of the DINT 7 to A, sequence count 2.
+const char kWriteA[] =
+    "7000 2400 SSSSSSSS 00000000 0000000000000000 00000000"
+    "00000000 0000 0200 A100 0400 CCCCCCCC B100 1000 0200 4D 02 91014100 C400 0100 07000000";
+
+/// A controller without sockets and with a clock that the test moves.
+class ControllerTest : public testing::Test {
+ protected:
+    ControllerTest() {
+        m_settings.connections = 2;
+        m_session.owner = 1;
+        m_session.address = 0x7F000001;
+        m_session.port = 44818;
+        addTag("A:DINT=42");
+        makeController();
+    }
+
+    void makeController() {
+        m_controller = std::make_unique<sim::Controller>(m_settings, m_tags, m_faults,
+                                                         [this] { return m_nowMs; });
+    }
+
+    void addTag(const char* text) {
+        QString error;
+        EXPECT_TRUE(addTagFromText(text, m_tags, &error)) << error.toStdString();
+    }
+
+    void addFault(const char* text) {
+        QString error;
+        EXPECT_TRUE(m_faults.add(text, &error)) << error.toStdString();
+    }
+
+    /// The bytes with the session handle and the connection id put in.
+    sim::Bytes frame(std::string text) const {
+        std::string plain;
+        for (const char c : text) {
+            plain += c == ' ' ? "" : std::string(1, c);
+        }
+        replace(&plain, "SSSSSSSS", m_session.handle);
+        replace(&plain, "CCCCCCCC", m_connection);
+        return hex(plain);
+    }
+
+    /// The reply in hexadecimal, empty for none. The bytes have to stay as long as m_exchange is
+    /// used.
+    std::string serve(const std::string& text) {
+        m_request = frame(text);
+        return serveBytes(m_request);
+    }
+
+    std::string serveBytes(const sim::Bytes& bytes) {
+        m_controller->serve(m_session, bytes, m_exchange);
+        return hexOf(m_exchange.reply);
+    }
+
+    void registerSession() {
+        serve(kRegister);
+        EXPECT_NE(0u, m_session.handle);
+    }
+
+    void openConnection() {
+        registerSession();
+        serve(kOpen);
+        ASSERT_TRUE(m_exchange.status.ok());
+        m_connection = sim::get32(m_exchange.reply, 44);
+    }
+
+    /// What a reply to a request of this session is expected to be.
+    std::string expected(const std::string& text) const { return hexOf(frame(text)); }
+
+    sim::ControllerSettings m_settings;
+    sim::TagTable m_tags;
+    sim::FaultPlan m_faults;
+    int64_t m_nowMs = 0;
+    std::unique_ptr<sim::Controller> m_controller;
+    sim::EncapSession m_session;
+    sim::Exchange m_exchange;
+    uint32_t m_connection = 0;
+    sim::Bytes m_request;  ///< what m_exchange looks into
+
+ private:
+    static void replace(std::string* text, const std::string& mark, uint32_t value) {
+        sim::Bytes bytes;
+        sim::put32(bytes, value);
+        for (size_t at = text->find(mark); at != std::string::npos; at = text->find(mark)) {
+            text->replace(at, mark.size(), hexOf(bytes));
+        }
+    }
+};
+
+#endif

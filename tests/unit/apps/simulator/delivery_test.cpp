@@ -1,0 +1,247 @@
+#include "apps/simulator/delivery.h"
+
+#include <gtest/gtest.h>
+
+#include "unit/apps/simulator/hex.h"
+
+namespace {
+
+using sim::AfterSegment;
+using sim::Delivery;
+using sim::Exchange;
+using sim::Fault;
+
+// The answer to a connected read of a DINT: where each field stands is in the tests below.
+const char kReadReply[] =
+    "7000 2000 01000000 00000000 0000000000000000 00000000"
+    "00000000 0000 0200 A100 0400 0100FE80 B100 0C00 0500"
+    "CC00 00 00 C400 2A000000";
+const char kStringReply[] =
+    "7000 1F00 01000000 00000000 0000000000000000 00000000"
+    "00000000 0000 0200 A100 0400 0100FE80 B100 0B00 0500"
+    "CC00 00 00 DA00 02 4F4B";
+const char kOpenReply[] =
+    "6F00 2E00 01000000 00000000 0000000000000000 00000000"
+    "00000000 0000 0200 0000 0000 B200 1E00"
+    "D400 00 00 01000010 0100FE80 0200 1B50 44332211 80841E00 80841E00 00 00";
+
+/// What goes out when these faults strike the reply.
+class Delivering : public testing::Test {
+ protected:
+    void readReply(const char* bytes) {
+        m_exchange.begin(sim::ByteView());
+        m_exchange.reply = hex(bytes);
+        m_exchange.service = sim::kReadTag;
+        m_exchange.connected = true;
+        m_exchange.dataItemAt = 24 + 6 + 2 + 8;
+        m_exchange.cipAt = m_exchange.dataItemAt + 4 + 2;
+    }
+
+    void openReply() {
+        m_exchange.begin(sim::ByteView());
+        m_exchange.reply = hex(kOpenReply);
+        m_exchange.service = sim::kForwardOpen;
+        m_exchange.dataItemAt = 24 + 6 + 2 + 4;
+        m_exchange.cipAt = m_exchange.dataItemAt + 4;
+    }
+
+    void strike(std::initializer_list<const char*> texts) {
+        m_faults.clear();
+        m_exchange.faults.clear();
+        for (const char* text : texts) {
+            m_faults.push_back(std::make_unique<Fault>());
+            QString error;
+            EXPECT_TRUE(parseFault(text, m_faults.back().get(), &error)) << error.toStdString();
+            m_exchange.faults.push_back(m_faults.back().get());
+        }
+        applyFaults(m_exchange, m_delivery);
+    }
+
+    /// All segments in a row.
+    std::string sent() const {
+        std::string text;
+        for (const sim::Segment& segment : m_delivery.segments) {
+            text += hexOf(segment.bytes);
+        }
+        return text;
+    }
+
+    Exchange m_exchange;
+    std::vector<std::unique_ptr<Fault>> m_faults;
+    Delivery m_delivery;
+};
+
+struct Row {
+    const char* fault;
+    const char* sent;
+};
+
+TEST_F(Delivering, DistortsFieldsOfAReadReply) {
+    const Row rows[] = {
+        {"wrong-command",
+         "6F00 2000 01000000 00000000 0000000000000000 00000000"
+         "00000000 0000 0200 A100 0400 0100FE80 B100 0C00 0500 CC00 00 00 C400 2A000000"},
+        {"wrong-command:65",
+         "6500 2000 01000000 00000000 0000000000000000 00000000"
+         "00000000 0000 0200 A100 0400 0100FE80 B100 0C00 0500 CC00 00 00 C400 2A000000"},
+        {"wrong-session",
+         "7000 2000 02000000 00000000 0000000000000000 00000000"
+         "00000000 0000 0200 A100 0400 0100FE80 B100 0C00 0500 CC00 00 00 C400 2A000000"},
+        {"encap-status:65", "7000 0000 01000000 65000000 0000000000000000 00000000"},
+        {"encap-length-long",
+         "7000 3400 01000000 00000000 0000000000000000 00000000"
+         "00000000 0000 0200 A100 0400 0100FE80 B100 0C00 0500 CC00 00 00 C400 2A000000"},
+        {"encap-length-short",
+         "7000 1C00 01000000 00000000 0000000000000000 00000000"
+         "00000000 0000 0200 A100 0400 0100FE80 B100 0C00 0500 CC00 00 00 C400 2A000000"},
+        {"encap-length-short:99999",
+         "7000 0000 01000000 00000000 0000000000000000 00000000"
+         "00000000 0000 0200 A100 0400 0100FE80 B100 0C00 0500 CC00 00 00 C400 2A000000"},
+        {"item-count",
+         "7000 2000 01000000 00000000 0000000000000000 00000000"
+         "00000000 0000 0000 A100 0400 0100FE80 B100 0C00 0500 CC00 00 00 C400 2A000000"},
+        {"wrong-connection",
+         "7000 2000 01000000 00000000 0000000000000000 00000000"
+         "00000000 0000 0200 A100 0400 0200FE80 B100 0C00 0500 CC00 00 00 C400 2A000000"},
+        {"item-length-long",
+         "7000 2000 01000000 00000000 0000000000000000 00000000"
+         "00000000 0000 0200 A100 0400 0100FE80 B100 7000 0500 CC00 00 00 C400 2A000000"},
+        {"wrong-sequence",
+         "7000 2000 01000000 00000000 0000000000000000 00000000"
+         "00000000 0000 0200 A100 0400 0100FE80 B100 0C00 0600 CC00 00 00 C400 2A000000"},
+        {"wrong-service",
+         "7000 2000 01000000 00000000 0000000000000000 00000000"
+         "00000000 0000 0200 A100 0400 0100FE80 B100 0C00 0500 CD00 00 00 C400 2A000000"},
+        {"wrong-service:8A",
+         "7000 2000 01000000 00000000 0000000000000000 00000000"
+         "00000000 0000 0200 A100 0400 0100FE80 B100 0C00 0500 8A00 00 00 C400 2A000000"},
+        {"additional-status-size",
+         "7000 2000 01000000 00000000 0000000000000000 00000000"
+         "00000000 0000 0200 A100 0400 0100FE80 B100 0C00 0500 CC00 00 FF C400 2A000000"},
+        {"unknown-type",
+         "7000 2000 01000000 00000000 0000000000000000 00000000"
+         "00000000 0000 0200 A100 0400 0100FE80 B100 0C00 0500 CC00 00 00 A000 2A000000"},
+        {"string-length-past-end",  // not a string
+         "7000 2000 01000000 00000000 0000000000000000 00000000"
+         "00000000 0000 0200 A100 0400 0100FE80 B100 0C00 0500 CC00 00 00 C400 2A000000"},
+        {"short-reply:2",
+         "7000 1E00 01000000 00000000 0000000000000000 00000000"
+         "00000000 0000 0200 A100 0400 0100FE80 B100 0A00 0500 CC00 00 00 C400 2A00"},
+        {"short-reply:999",
+         "7000 1600 01000000 00000000 0000000000000000 00000000"
+         "00000000 0000 0200 A100 0400 0100FE80 B100 0200 0500"},
+        {"truncate:5", "7000 2000 01"},
+        {"silence", ""},
+    };
+    for (const Row& row : rows) {
+        readReply(kReadReply);
+        strike({row.fault});
+        EXPECT_EQ(hexText(row.sent), sent()) << row.fault;
+        for (const sim::Segment& segment : m_delivery.segments) {
+            EXPECT_EQ(AfterSegment::keep, segment.after);
+        }
+    }
+}
+
+TEST_F(Delivering, DistortsTheLengthByteOfAString) {
+    readReply(kStringReply);
+    strike({"string-length-past-end"});
+    std::string expected = hexText(kStringReply);
+    expected.replace(expected.size() - 6, 2, "ff");
+    EXPECT_EQ(expected, sent());
+}
+
+TEST_F(Delivering, LeavesARefusalItsTypeAndCannotShortenIt) {
+    readReply(
+        "7000 1A00 01000000 00000000 0000000000000000 00000000"
+        "00000000 0000 0200 A100 0400 0100FE80 B100 0600 0500 CC00 05 00");
+    m_exchange.status = sim::CipStatus(0x05);
+    const std::string before = hexOf(m_exchange.reply);
+    strike({"unknown-type", "string-length-past-end"});
+    EXPECT_EQ(before, sent());
+}
+
+TEST_F(Delivering, ShortensAnOpenReply) {
+    openReply();
+    strike({"short-open-reply"});
+    EXPECT_EQ(hexText("6F00 1800 01000000 00000000 0000000000000000 00000000"
+                      "00000000 0000 0200 0000 0000 B200 0800 D400 00 00 01000010"),
+              sent());
+}
+
+TEST_F(Delivering, CutsInTheMiddle) {
+    readReply(kReadReply);
+    const size_t size = m_exchange.reply.size();
+    strike({"cut"});
+    ASSERT_EQ(1u, m_delivery.segments.size());
+    EXPECT_EQ(size / 2, m_delivery.segments[0].bytes.size());
+    EXPECT_EQ(AfterSegment::close, m_delivery.segments[0].after);
+    readReply(kReadReply);
+    strike({"cut:30"});
+    EXPECT_EQ(30u, m_delivery.segments[0].bytes.size());
+    readReply(kReadReply);
+    strike({"reset"});
+    EXPECT_EQ(0u, m_delivery.segments[0].bytes.size());
+    EXPECT_EQ(AfterSegment::reset, m_delivery.segments[0].after);
+}
+
+TEST_F(Delivering, TearsIntoSegments) {
+    readReply(kReadReply);
+    const size_t size = m_exchange.reply.size();
+    strike({"torn"});
+    ASSERT_EQ(size, m_delivery.segments.size());
+    EXPECT_EQ(hexText(kReadReply), sent());
+    EXPECT_EQ(0, m_delivery.segments[0].waitMs);
+    EXPECT_EQ(1, m_delivery.segments[1].waitMs);
+
+    readReply(kReadReply);
+    strike({"torn:20,5"});
+    ASSERT_EQ(3u, m_delivery.segments.size());
+    EXPECT_EQ(20u, m_delivery.segments[1].bytes.size());
+    EXPECT_EQ(size - 40, m_delivery.segments[2].bytes.size());
+    EXPECT_EQ(5, m_delivery.segments[2].waitMs);
+    EXPECT_EQ(hexText(kReadReply), sent());
+
+    readReply(kReadReply);
+    strike({"torn-header"});
+    ASSERT_EQ(2u, m_delivery.segments.size());
+    EXPECT_EQ(10u, m_delivery.segments[0].bytes.size());
+    EXPECT_EQ(20, m_delivery.segments[1].waitMs);
+    EXPECT_EQ(hexText(kReadReply), sent());
+
+    readReply(kReadReply);
+    strike({"torn-header:999"});
+    EXPECT_EQ(hexText(kReadReply), sent());
+}
+
+TEST_F(Delivering, RepeatsAndHoldsBack) {
+    readReply(kReadReply);
+    strike({"repeat"});
+    EXPECT_EQ(hexText(kReadReply) + hexText(kReadReply), sent());
+    EXPECT_EQ(0, m_delivery.holdMs);
+    readReply(kReadReply);
+    strike({"repeat:3", "late:1500"});
+    EXPECT_EQ(3u, m_delivery.segments.size());
+    EXPECT_EQ(1500, m_delivery.holdMs);
+    readReply(kReadReply);
+    strike({"wrong-sequence", "repeat"});
+    EXPECT_EQ(2u, m_delivery.segments.size());
+    EXPECT_EQ(m_delivery.segments[0].bytes, m_delivery.segments[1].bytes);
+    EXPECT_EQ(6, m_delivery.segments[0].bytes[44]);
+}
+
+TEST_F(Delivering, LeavesAMissingAnswerMissing) {
+    m_exchange.begin(sim::ByteView());
+    strike({"repeat", "cut", "additional-status-size"});
+    EXPECT_TRUE(m_delivery.segments.empty());
+}
+
+TEST_F(Delivering, LeavesPlacesAloneThatAReplyDoesNotHave) {
+    // The answer to RegisterSession has neither items nor a service.
+    m_exchange.begin(sim::ByteView());
+    m_exchange.reply = hex("6500 0400 01000000 00000000 0000000000000000 00000000 0100 0000");
+    strike({"item-count:9", "wrong-sequence", "additional-status-size", "wrong-connection"});
+    EXPECT_EQ(hexText("6500 0400 01000000 00000000 0000000000000000 00000000 0100 0000"), sent());
+}
+
+}  // namespace

@@ -1,0 +1,181 @@
+#include "apps/simulator/options.h"
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+namespace {
+
+using sim::Options;
+using sim::ParseResult;
+
+/// The options of these arguments; fails the test when they are wrong.
+Options parsed(const QStringList& arguments) {
+    Options options;
+    QString text;
+    EXPECT_EQ(ParseResult::run,
+              parseOptions(QStringList("micro800-sim") + arguments, &options, &text))
+        << text.toStdString();
+    return options;
+}
+
+TEST(Options, HaveDefaults) {
+    const Options options = parsed({});
+    EXPECT_EQ("127.0.0.1", options.address.toString().toStdString());
+    EXPECT_EQ(44818, options.port);
+    EXPECT_EQ(0, options.delayMs);
+    EXPECT_EQ(0, options.rampMs);
+    EXPECT_FALSE(options.control);
+    EXPECT_FALSE(options.discovery);
+    EXPECT_EQ(16u, options.controller.connections);
+    EXPECT_EQ(0, options.controller.connectionTimeoutMs);
+    EXPECT_EQ(0x05, options.controller.tags.unknownTagStatus);
+    EXPECT_EQ(0x01, options.controller.tags.boolTrue);
+    EXPECT_FALSE(options.controller.tags.oracle);
+}
+
+TEST(Options, AreTaken) {
+    const Options options = parsed({"--address",
+                                    "0.0.0.0",
+                                    "--port",
+                                    "0",
+                                    "--tag",
+                                    "A:DINT=-1",
+                                    "--tag",
+                                    "B:INT",
+                                    "--delay",
+                                    "6",
+                                    "--connections=2",
+                                    "--connection-timeout",
+                                    "300",
+                                    "--unknown-tag-status",
+                                    "04",
+                                    "--bool-true",
+                                    "FF",
+                                    "--fault",
+                                    "cut@5",
+                                    "--log",
+                                    "f",
+                                    "--stdin",
+                                    "--udp",
+                                    "--tags",
+                                    "t"});
+    EXPECT_EQ("0.0.0.0", options.address.toString().toStdString());
+    EXPECT_EQ(0, options.port);
+    EXPECT_EQ((QStringList{"A:DINT=-1", "B:INT"}), options.tags);
+    EXPECT_EQ(QStringList("t"), options.tagFiles);
+    EXPECT_EQ(6, options.delayMs);
+    EXPECT_EQ(2u, options.controller.connections);
+    EXPECT_EQ(300, options.controller.connectionTimeoutMs);
+    EXPECT_EQ(0x04, options.controller.tags.unknownTagStatus);
+    EXPECT_EQ(0xFF, options.controller.tags.boolTrue);
+    EXPECT_EQ(QStringList("cut@5"), options.faults);
+    EXPECT_EQ("f", options.log.toStdString());
+    EXPECT_TRUE(options.control);
+    EXPECT_TRUE(options.discovery);
+}
+
+TEST(Options, RampNeedsNoTime) {
+    EXPECT_EQ(100, parsed({"--ramp"}).rampMs);
+    EXPECT_EQ(100, parsed({"--ramp", "--tag", "A:DINT"}).rampMs);
+    EXPECT_EQ(QStringList("A:DINT"), parsed({"--ramp", "--tag", "A:DINT"}).tags);
+    EXPECT_EQ(20, parsed({"--ramp", "20"}).rampMs);
+    EXPECT_EQ(30, parsed({"--ramp=30"}).rampMs);
+    EXPECT_EQ(100, parsed({"--ramp-tag", "A"}).rampMs);
+    EXPECT_EQ(50, parsed({"--ramp", "50", "--ramp-tag", "A"}).rampMs);
+}
+
+TEST(Options, SayWhatIsWrong) {
+    const struct {
+        QStringList arguments;
+        const char* error;
+    } rows[] = {
+        {{"--nonsense"}, "Unknown option 'nonsense'."},
+        {{"--port"}, "Missing value after '--port'."},
+        {{"--port", "65536"}, "--port: '65536' is no number from 0 to 65535"},
+        {{"--port", "x"}, "--port: 'x' is no number from 0 to 65535"},
+        {{"--address", "here"}, "--address: 'here' is no IP address"},
+        {{"--delay", "-1"}, "--delay: '-1' is no number from 0 to 3600000"},
+        {{"--ramp", "0"}, "--ramp: '0' is no number from 1 to 3600000"},
+        {{"--connections", "-1"}, "--connections: '-1' is no number from 0 to 65535"},
+        {{"--unknown-tag-status", "06"}, "--unknown-tag-status: '06' is neither 04 nor 05"},
+        {{"--bool-true", "2"}, "--bool-true: '2' is neither 01 nor ff"},
+        {{"--fault", "sillence"}, "--fault: fault 'sillence': there is no fault 'sillence'"},
+        {{"--oracle", "--ramp"}, "--ramp: oracle values do not count up by time"},
+        {{"COUNTER:DINT"}, "'COUNTER:DINT' is no option"},
+    };
+    for (const auto& row : rows) {
+        Options options;
+        QString text;
+        EXPECT_EQ(ParseResult::exitUsage,
+                  parseOptions(QStringList("micro800-sim") + row.arguments, &options, &text));
+        EXPECT_EQ(row.error, text.toStdString());
+    }
+}
+
+TEST(Options, HelpNamesOptionsExamplesAndFaults) {
+    Options options;
+    QString text;
+    EXPECT_EQ(ParseResult::exitOk, parseOptions({"micro800-sim", "--help"}, &options, &text));
+    for (const char* part : {"--connection-timeout <MS>", "Examples:", "string-length-past-end"}) {
+        EXPECT_TRUE(text.contains(part)) << part;
+    }
+    EXPECT_EQ(ParseResult::exitOk, parseOptions({"micro800-sim", "--version"}, &options, &text));
+    EXPECT_TRUE(text.startsWith("micro800-sim ")) << text.toStdString();
+}
+
+TEST(LoadTags, TakesFilesBeforeOptions) {
+    QTemporaryDir dir;
+    QFile file(dir.filePath("tags.json"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(R"({"tags": [{"name": "A", "type": "INT"}]})");
+    file.close();
+    Options options;
+    options.tags = QStringList("B:DINT");
+    options.tagFiles = QStringList(file.fileName());
+    sim::TagTable table;
+    QString error;
+    ASSERT_TRUE(loadTags(options, table, &error)) << error.toStdString();
+    EXPECT_EQ("A", table.at(0).name());
+    EXPECT_EQ("B", table.at(1).name());
+}
+
+TEST(LoadTags, SaysWhatIsWrong) {
+    QTemporaryDir dir;
+    QFile file(dir.filePath("tags.json"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("[");
+    file.close();
+    const QString path = file.fileName();
+    Options noFile;
+    noFile.tagFiles = QStringList(dir.filePath("none.json"));
+    Options badFile;
+    badFile.tagFiles = QStringList(path);
+    Options badTag;
+    badTag.tags = QStringList("A:X");
+    Options badRamp;
+    badRamp.tags = QStringList{"A:DINT", "B:BOOL"};
+    badRamp.rampTags = QStringList("B");
+    Options tooMany;
+    tooMany.tags = QStringList("A:DINT[4097]");
+    tooMany.controller.tags.oracle = true;
+    const struct {
+        Options options;
+        QString error;
+    } rows[] = {
+        {noFile, "--tags " + dir.filePath("none.json") + ": No such file or directory"},
+        {badFile, "--tags " + path + ": "},
+        {badTag, "tag 'A:X': there is no type 'X' ("},
+        {badRamp, "--ramp-tag: there is no numeric tag 'B'"},
+        {tooMany, "--oracle: more than 4096 elements"},
+    };
+    for (const auto& row : rows) {
+        sim::TagTable table;
+        QString error;
+        EXPECT_FALSE(loadTags(row.options, table, &error));
+        EXPECT_EQ(row.error.toStdString(), error.left(row.error.size()).toStdString());
+    }
+}
+
+}  // namespace

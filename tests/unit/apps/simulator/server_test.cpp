@@ -1,0 +1,358 @@
+// The program itself over TCP, by a bare socket and bytes written out by hand.
+
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <QElapsedTimer>
+#include <memory>
+#include <vector>
+
+#include "support/simulator_process.h"
+#include "unit/apps/simulator/hex.h"
+#include "unit/apps/simulator/wire_client.h"
+
+namespace {
+
+const char kHead[] = "SSSSSSSS 00000000 0000000000000000 00000000 00000000 0000 0200 A100 0400";
+
+/// Read Tag of one element of A with this sequence count.
+std::string readA(int sequence) {
+    sim::Bytes count;
+    sim::put16(count, uint16_t(sequence));
+    return std::string("7000 1E00") + kHead + "CCCCCCCC B100 0A00" + hexOf(count) +
+           "4C 02 91014100 0100";
+}
+
+/// The answer to it, with these four bytes as the value.
+std::string valueOfA(int sequence, const char* value) {
+    sim::Bytes count;
+    sim::put16(count, uint16_t(sequence));
+    return std::string("7000 2000") + kHead + "0100FE80 B100 0C00" + hexOf(count) +
+           "CC 00 00 00 C400" + value;
+}
+
+/// A simulated controller with the DINT A = 42 and a client connected to it.
+class ServerTest : public testing::Test {
+ protected:
+    void start(const QStringList& more = QStringList()) {
+        m_simulator = std::make_unique<SimulatorProcess>(QStringList{"--tag", "A:DINT=42"} + more);
+        ASSERT_TRUE(m_simulator->start()) << m_simulator->error();
+        m_client = std::make_unique<WireClient>(m_simulator->port());
+        ASSERT_TRUE(m_client->open());
+    }
+
+    std::string command(const char* line) { return m_simulator->command(line); }
+    /// The value of A in a read, or what came instead.
+    std::string read(int sequence) {
+        const std::string reply = m_client->exchange(readA(sequence));
+        const std::string value = reply.size() == 2 * 56 ? reply.substr(2 * 52) : "";
+        return reply == m_client->expected(valueOfA(sequence, value.c_str())) ? value : reply;
+    }
+
+    std::unique_ptr<SimulatorProcess> m_simulator;
+    std::unique_ptr<WireClient> m_client;
+};
+
+TEST_F(ServerTest, ReadsAndWrites) {
+    start();
+    EXPECT_EQ(m_client->expected(valueOfA(1, "2A000000")), m_client->exchange(readA(1)));
+    EXPECT_EQ(m_client->expected(std::string("7000 1A00") + kHead +
+                                 "0100FE80 B100 0600 0200 CD 00 00 00"),
+              m_client->exchange(std::string("7000 2400") + kHead +
+                                 "CCCCCCCC B100 1000 0200 4D 02 91014100 C400 0100 07000000"));
+    EXPECT_EQ("07000000", read(3));
+    EXPECT_EQ("ok 7", command("get A"));
+    EXPECT_EQ("ok", command("set A=-1"));
+    EXPECT_EQ("ffffffff", read(4));
+}
+
+TEST_F(ServerTest, AnswersListIdentity) {
+    start();
+    sim::Bytes port;
+    sim::put16(port, m_simulator->port());
+    std::swap(port[0], port[1]);
+    EXPECT_EQ(m_client->expected("6300 3700 00000000 00000000 0102030405060708 00000000 0100"
+                                 "0C00 3100 0100 0002" +
+                                 hexOf(port) +
+                                 "7F000001 0000000000000000 0100 0E00 BA00 0C0B 3400 DEC08060"
+                                 "0F 323038302D4C4335302D3438515742 03"),
+              m_client->exchange("6300 0000 00000000 00000000 0102030405060708 00000000"));
+}
+
+TEST_F(ServerTest, TakesRequestsTornAndTogether) {
+    start();
+    ASSERT_TRUE(m_client->sendByteByByte(readA(1)));
+    EXPECT_EQ(m_client->expected(valueOfA(1, "2A000000")), m_client->receive());
+    ASSERT_TRUE(m_client->send(readA(2) + readA(3) + readA(4).substr(0, 20)));
+    EXPECT_EQ(m_client->expected(valueOfA(2, "2A000000")), m_client->receive());
+    EXPECT_EQ(m_client->expected(valueOfA(3, "2A000000")), m_client->receive());
+    ASSERT_TRUE(m_client->send(readA(4).substr(20)));
+    EXPECT_EQ(m_client->expected(valueOfA(4, "2A000000")), m_client->receive());
+}
+
+TEST_F(ServerTest, ClosesTheTcpConnectionOnUnRegisterSession) {
+    start();
+    ASSERT_TRUE(m_client->send("6600 0000 SSSSSSSS 00000000 0000000000000000 00000000"));
+    EXPECT_EQ("closed", m_client->receive());
+}
+
+TEST_F(ServerTest, ServesSixteenConnectionsAndRefusesOneMore) {
+    start();
+    std::vector<std::unique_ptr<WireClient>> clients;
+    for (uint32_t i = 1; i < 16; ++i) {
+        clients.push_back(std::make_unique<WireClient>(m_simulator->port()));
+        ASSERT_TRUE(clients.back()->open(i)) << i;
+    }
+    WireClient oneTooMany(m_simulator->port());
+    EXPECT_FALSE(oneTooMany.open(99));
+    for (const auto& client : clients) {
+        ASSERT_TRUE(client->send(readA(1)));
+    }
+    for (const auto& client : clients) {
+        EXPECT_EQ(client->expected(valueOfA(1, "2A000000")), client->receive());
+    }
+    clients.front()->close();
+    // The controller hears of the end before the next connection, but they are two sockets.
+    QElapsedTimer waited;
+    waited.start();
+    bool opened = false;
+    while (!opened && waited.elapsed() < 10000) {
+        opened = WireClient(m_simulator->port()).open(100);
+    }
+    EXPECT_TRUE(opened);
+}
+
+TEST_F(ServerTest, DropsAnIdleConnectionButNotItsSession) {
+    start({"--connection-timeout", "100"});
+    EXPECT_EQ("2a000000", read(1));
+    EXPECT_EQ("", m_client->receive(200));
+    ASSERT_TRUE(m_client->send(readA(2)));
+    EXPECT_EQ(m_client->expected("6400 0200 00000000 00000000 0000000000000000 00000000 0000"),
+              m_client->exchange("6400 0000 00000000 00000000 0000000000000000 00000000"));
+    EXPECT_TRUE(m_simulator->waitForLog(
+        1, [](const QJsonObject& request) { return request["note"] == "no such connection"; }));
+}
+
+TEST_F(ServerTest, DelaysEveryRequestWithoutHoldingUpOtherConnections) {
+    start();
+    ASSERT_EQ("ok", command("delay 400"));
+    WireClient other(m_simulator->port());
+    QElapsedTimer took;
+    took.start();
+    ASSERT_TRUE(m_client->send(readA(1)));
+    ASSERT_TRUE(other.send("6300 0000 00000000 00000000 0000000000000000 00000000"));
+    EXPECT_NE("", other.receive());
+    EXPECT_EQ(m_client->expected(valueOfA(1, "2A000000")), m_client->receive());
+    EXPECT_LE(399, took.elapsed());
+    EXPECT_GT(800, took.elapsed());
+    ASSERT_TRUE(m_client->send(readA(2) + readA(3)));
+    took.restart();
+    EXPECT_EQ(m_client->expected(valueOfA(2, "2A000000")), m_client->receive());
+    EXPECT_EQ(m_client->expected(valueOfA(3, "2A000000")), m_client->receive());
+    EXPECT_LE(798, took.elapsed());
+}
+
+TEST_F(ServerTest, HoldsAnAnswerBackWhileOthersGoOn) {
+    start({"--fault", "late:300@2x1"});
+    EXPECT_EQ("2a000000", read(1));
+    QElapsedTimer took;
+    took.start();
+    ASSERT_TRUE(m_client->send(readA(2) + readA(3)));
+    EXPECT_EQ(m_client->expected(valueOfA(3, "2A000000")), m_client->receive());
+    EXPECT_EQ(m_client->expected(valueOfA(2, "2A000000")), m_client->receive());
+    EXPECT_LE(299, took.elapsed());
+}
+
+TEST_F(ServerTest, BreaksAnswersByFault) {
+    start();
+    ASSERT_EQ("ok", command("fault silencex1"));
+    ASSERT_TRUE(m_client->send(readA(1)));
+    EXPECT_EQ("2a000000", read(2));
+    ASSERT_EQ("ok", command("fault repeatx1"));
+    EXPECT_EQ("2a000000", read(3));
+    EXPECT_EQ(m_client->expected(valueOfA(3, "2A000000")), m_client->receive());
+    ASSERT_EQ("ok", command("fault tornx1"));
+    EXPECT_EQ("2a000000", read(4));
+    ASSERT_EQ("ok", command("fault torn-headerx1"));
+    EXPECT_EQ("2a000000", read(5));
+    ASSERT_EQ("ok", command("fault wrong-sequencex1"));
+    EXPECT_EQ(m_client->expected(valueOfA(7, "2A000000")), m_client->exchange(readA(6)));
+    ASSERT_EQ("ok", command("fault truncate:30x1"));
+    ASSERT_TRUE(m_client->send(readA(7)));
+    ASSERT_TRUE(m_client->send("6400 0000 00000000 00000000 0102030405060708 00000000"));
+    // The missing 26 bytes are made up by the next answer, which is as long.
+    EXPECT_EQ(m_client->expected(valueOfA(7, "2A000000")).substr(0, 60) +
+                  hexText("6400 0200 00000000 00000000 0102030405060708 00000000 0000"),
+              m_client->receive());
+}
+
+TEST_F(ServerTest, CutsAndResets) {
+    start();
+    ASSERT_EQ("ok", command("fault cut:30x1"));
+    ASSERT_TRUE(m_client->send(readA(1)));
+    EXPECT_EQ("closed", m_client->receive());
+    EXPECT_EQ(m_client->expected(valueOfA(1, "2A000000")).substr(0, 60), m_client->partial());
+    WireClient second(m_simulator->port());
+    ASSERT_TRUE(second.open());
+    ASSERT_EQ("ok", command("fault resetx1"));
+    ASSERT_TRUE(second.send(readA(1)));
+    EXPECT_EQ("reset", second.receive());
+}
+
+TEST_F(ServerTest, DropsConnectionsByCommand) {
+    start();
+    ASSERT_EQ("ok", command("drop-connections"));
+    ASSERT_TRUE(m_client->send(readA(1)));
+    // The lost request gets no answer; the next one in the same session does.
+    ASSERT_TRUE(m_client->openConnection(0x11223344));
+    EXPECT_EQ("2a000000", read(2));
+}
+
+TEST_F(ServerTest, ClosesPeersByCommand) {
+    start();
+    ASSERT_EQ("ok", command("close-peers"));
+    EXPECT_EQ("closed", m_client->receive());
+    WireClient second(m_simulator->port());
+    ASSERT_TRUE(second.open());
+    ASSERT_EQ("ok", command("reset-peers"));
+    EXPECT_EQ("reset", second.receive());
+}
+
+TEST_F(ServerTest, GoesDownAndComesBackOnItsPort) {
+    start();
+    ASSERT_EQ("ok", command("down"));
+    EXPECT_EQ("closed", m_client->receive());
+    EXPECT_FALSE(WireClient(m_simulator->port()).isOpen());
+    ASSERT_EQ("ok", command("up"));
+    WireClient second(m_simulator->port());
+    EXPECT_TRUE(second.open());
+    const quint16 port = m_simulator->port();
+    ASSERT_TRUE(m_simulator->restart()) << m_simulator->error();
+    EXPECT_EQ(port, m_simulator->port());
+    EXPECT_TRUE(WireClient(port).open());
+}
+
+TEST_F(ServerTest, KeepsAnswersForAPeerThatDoesNotReadThem) {
+    m_simulator = std::make_unique<SimulatorProcess>(QStringList{"--tag", "A:DINT[16000]"});
+    ASSERT_TRUE(m_simulator->start()) << m_simulator->error();
+    WireClient lazy(m_simulator->port());
+    ASSERT_TRUE(lazy.open());
+    std::string readAll = readA(1);
+    readAll.replace(readAll.size() - 4, 4, "803E");
+    const int requests = 300;  // 19 MB of answers
+    for (int i = 0; i < requests; ++i) {
+        ASSERT_TRUE(lazy.send(readAll));
+    }
+    WireClient other(m_simulator->port());
+    EXPECT_TRUE(other.open(1));
+    for (int i = 0; i < requests; ++i) {
+        ASSERT_EQ(2u * (52 + 4 * 16000), lazy.receive().size()) << i;
+    }
+}
+
+TEST_F(ServerTest, LogsRequestsBeforeTheyAreAnswered) {
+    start();
+    EXPECT_EQ("2a000000", read(1));
+    const QList<QJsonObject> log = m_simulator->log();
+    ASSERT_EQ(3, log.size());
+    EXPECT_EQ(QString("RegisterSession"), log[0]["command"].toString());
+    EXPECT_EQ(QString("ForwardOpen"), log[1]["service"].toString());
+    EXPECT_EQ(QString("ReadTag"), log[2]["service"].toString());
+    EXPECT_EQ(QString("A"), log[2]["tag"].toString());
+    EXPECT_EQ(m_client->expected(readA(1)), log[2]["request"].toString().toStdString());
+    EXPECT_EQ(m_client->expected(valueOfA(1, "2A000000")),
+              log[2]["reply"].toString().toStdString());
+}
+
+TEST_F(ServerTest, RampCountsUp) {
+    start({"--ramp", "1"});
+    const std::string first = read(1);
+    QElapsedTimer waited;
+    waited.start();
+    std::string later = first;
+    for (int i = 2; later == first && waited.elapsed() < 10000; ++i) {
+        later = read(i);
+    }
+    EXPECT_LT(sim::get32(hex(first), 0), sim::get32(hex(later), 0));
+    EXPECT_LE(42u, sim::get32(hex(first), 0));
+}
+
+TEST_F(ServerTest, AnswersListIdentityByUdp) {
+    start({"--udp"});
+    const int udp = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    sockaddr_in to = {};
+    to.sin_family = AF_INET;
+    to.sin_port = htons(m_simulator->port());
+    to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const auto* address = reinterpret_cast<const sockaddr*>(&to);
+    const sim::Bytes torn = hex("6300");
+    const sim::Bytes other = hex("6400 0000 00000000 00000000 0102030405060708 00000000");
+    const sim::Bytes list = hex("6300 0000 00000000 00000000 0102030405060708 00000000");
+    sendto(udp, torn.data(), torn.size(), 0, address, sizeof to);
+    sendto(udp, other.data(), other.size(), 0, address, sizeof to);
+    sendto(udp, list.data(), list.size(), 0, address, sizeof to);
+    pollfd ready = {udp, POLLIN, 0};
+    ASSERT_EQ(1, poll(&ready, 1, 10000));
+    sim::Bytes reply(512);
+    const ssize_t got = recv(udp, reply.data(), reply.size(), 0);
+    close(udp);
+    ASSERT_EQ(24 + 0x37, got);
+    reply.resize(size_t(got));
+    EXPECT_EQ(hexText("6300 3700 00000000 00000000 0102030405060708 00000000 0100 0C00"),
+              hexOf(sim::ByteView(reply.data(), 28)));
+    EXPECT_EQ(0, poll(&ready, 0, 0));
+}
+
+TEST(Program, EndsCleanly) {
+    SimulatorProcess simulator;
+    ASSERT_TRUE(simulator.start()) << simulator.error();
+    EXPECT_EQ(0, simulator.stop());
+    ASSERT_TRUE(simulator.start()) << simulator.error();
+    WireClient client(simulator.port());
+    ASSERT_TRUE(client.open());
+    kill(simulator.pid(), SIGINT);
+    EXPECT_EQ("closed", client.receive());
+    simulator.kill();
+    ASSERT_TRUE(simulator.start()) << simulator.error();
+    EXPECT_EQ("ok", simulator.command("quit"));
+    EXPECT_EQ("", simulator.command("get A"));
+}
+
+TEST(Program, NeedsRightOptionsAndAFreePort) {
+    QByteArray output;
+    QByteArray errors;
+    EXPECT_EQ(2, SimulatorProcess::run({"--tag", "A:X"}, &output, &errors));
+    EXPECT_TRUE(errors.startsWith("micro800-sim: tag 'A:X': there is no type 'X'"))
+        << errors.data();
+    errors.clear();
+    EXPECT_EQ(2, SimulatorProcess::run({"--nonsense"}, &output, &errors));
+    EXPECT_EQ("micro800-sim: Unknown option 'nonsense'.\nTry 'micro800-sim --help'.\n", errors);
+    EXPECT_TRUE(output.isEmpty());
+    SimulatorProcess first;
+    ASSERT_TRUE(first.start()) << first.error();
+    errors.clear();
+    EXPECT_EQ(1,
+              SimulatorProcess::run({"--port", QString::number(first.port())}, &output, &errors));
+    EXPECT_TRUE(errors.contains("The bound address is already in use")) << errors.data();
+    EXPECT_EQ(
+        1, SimulatorProcess::run({"--port", "0", "--log", "/no/such/dir/log"}, &output, &errors));
+    EXPECT_TRUE(output.isEmpty());
+}
+
+TEST(Program, HelpsAndTellsItsVersion) {
+    QByteArray output;
+    QByteArray errors;
+    EXPECT_EQ(0, SimulatorProcess::run({"--help"}, &output, &errors));
+    EXPECT_TRUE(output.contains("Examples:")) << output.data();
+    output.clear();
+    EXPECT_EQ(0, SimulatorProcess::run({"--version"}, &output, &errors));
+    EXPECT_TRUE(output.startsWith("micro800-sim 1.")) << output.data();
+    EXPECT_TRUE(errors.isEmpty()) << errors.data();
+}
+
+}  // namespace
