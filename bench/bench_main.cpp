@@ -2,7 +2,10 @@
 
 #include <benchmark/benchmark.h>
 
+#include <malloc.h>
+
 #include <QCoreApplication>
+#include <cmath>
 #include <cstdio>
 #include <map>
 #include <string>
@@ -11,25 +14,42 @@
 
 namespace {
 
-/// Prints as usual and keeps the counters of the last repetition's median.
-class SummingReporter : public benchmark::ConsoleReporter {
+/// Says on standard error what has run and keeps the counters: of a single run as they are, of
+/// repetitions the median.
+class SummingReporter : public benchmark::BenchmarkReporter {
   public:
+    bool ReportContext(const Context&) override { return true; }
+
     void ReportRuns(const std::vector<Run>& runs) override {
-        ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs) {
-            const bool single = run.repetitions <= 1;
-            if (!single && run.aggregate_name != "median") {
+            if (run.error_occurred) {
+                std::fprintf(stderr, "%s: %s\n", run.benchmark_name().c_str(),
+                             run.error_message.c_str());
+                m_failed = true;
+            }
+            if (run.repetitions > 1 && run.aggregate_name != "median") {
                 continue;
             }
+            const std::string& name = run.run_name.function_name;
+            std::fprintf(stderr, "  done: %s\n", name.c_str());
             for (const auto& counter : run.counters) {
-                m_figures[run.run_name.function_name][counter.first] = counter.second.value;
+                m_figures[name][counter.first] = counter.second.value;
             }
-            m_figures[run.run_name.function_name]["mean_ns"] =
+            m_figures[name]["mean_ns"] =
                 run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit) * 1e9;
         }
     }
 
-    double figure(const char* name, const char* counter) { return m_figures[name][counter]; }
+    bool failed() const { return m_failed; }
+
+    /// NaN when it was not measured.
+    double figure(const char* name, const char* counter) const {
+        const auto run = m_figures.find(name);
+        if (run == m_figures.end() || run->second.count(counter) == 0) {
+            return std::nan("");
+        }
+        return run->second.at(counter);
+    }
 
     void printSummary() {
         std::printf("\n%-44s %12s   %s\n", "figure", "measured", "to reach");
@@ -51,15 +71,21 @@ class SummingReporter : public benchmark::ConsoleReporter {
 
   private:
     static void row(const char* what, double value, const char* unit, const char* reach) {
+        if (std::isnan(value)) {
+            return;  // not measured in this run
+        }
         std::printf("%-44s %9.2f %-2s   %s\n", what, value, unit, reach);
     }
 
     std::map<std::string, std::map<std::string, double>> m_figures;
+    bool m_failed = false;
 };
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    // One heap for all threads: its figures are then those of the worker as well.
+    mallopt(M_ARENA_MAX, 1);
     QCoreApplication app(argc, argv);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
@@ -69,5 +95,5 @@ int main(int argc, char** argv) {
     SummingReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     reporter.printSummary();
-    return 0;
+    return reporter.failed() ? 1 : 0;
 }

@@ -61,7 +61,7 @@ void pollingPass(benchmark::State& state) {
         state.counters["of_limit_%"] = 100 * rate * (0.001 + trip);
     }
 }
-BENCHMARK(pollingPass)->Name("polling pass, 100 tags")->Iterations(1)->UseRealTime();
+BENCHMARK(pollingPass)->Name("polling pass, 100 tags")->Iterations(1)->Repetitions(3)->UseRealTime();
 
 /// A direct read while a pass over a hundred tags is running, beside one without a pass; the
 /// controller takes 2 ms a request, as a real one takes some.
@@ -95,7 +95,7 @@ void requestDuringPass(benchmark::State& state) {
         state.counters["extra_reads"] = (during - alone) / alone;
     }
 }
-BENCHMARK(requestDuringPass)->Name("request during a pass")->Iterations(1)->UseRealTime();
+BENCHMARK(requestDuringPass)->Name("request during a pass")->Iterations(1)->Repetitions(3)->UseRealTime();
 
 void processorUse(benchmark::State& state) {
     const bool polling = state.range(0) != 0;
@@ -116,7 +116,7 @@ void processorUse(benchmark::State& state) {
         state.counters["cpu_%"] = 100 * (processorSeconds() - before) / seconds;
     }
 }
-BENCHMARK(processorUse)->Name("idle worker")->Arg(0)->Iterations(1)->UseRealTime();
-BENCHMARK(processorUse)->Name("worker polling 100 tags")->Arg(1)->Iterations(1)->UseRealTime();
+BENCHMARK(processorUse)->Name("idle worker")->Arg(0)->Iterations(1)->Repetitions(3)->UseRealTime();
+BENCHMARK(processorUse)->Name("worker polling 100 tags")->Arg(1)->Iterations(1)->Repetitions(3)->UseRealTime();
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "eip/worker.h"
 
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <QSet>
@@ -30,6 +31,8 @@ const uint32_t kRpiMs = 2000;
 const qint64 kIdleLimitMs = qint64(kRpiMs) * (4 << kTimeoutMultiplier) * 15 / 16;
 
 const unsigned long kIdleSleepMs = 20;
+
+const unsigned long kTimerSlackNs = 1000;
 
 /// How long a controller may take over the Forward Close: a driver command is waiting behind it.
 const uint32_t kFarewellMs = 500;
@@ -139,7 +142,18 @@ CipPlcDriverCallback* EipWorker::receiver() const { return d->receiver; }
 
 void EipWorker::setCPDC(CipPlcDriverCallback* receiver) { d->receiver = receiver; }
 
-void EipWorker::sleep(unsigned long ms) { d->receiver->sleep(ms); }
+void EipWorker::sleep(unsigned long ms) {
+    // A command that came in with the last wait has left the pipe: nothing would wake the sleep.
+    if (!hasDriverCommand()) {
+        d->receiver->sleep(ms);
+    }
+}
+
+bool EipWorker::hasDriverCommand() const {
+    return d->receiver->hasDriverWriteCmd() || d->receiver->hasDriverReadCmd() ||
+           d->receiver->hasDriverReadArrayElementCmd() ||
+           d->receiver->hasDriverIpSettingChangedCmd() || d->receiver->hasDriverSetSessionCmd();
+}
 
 bool EipWorker::connectionIsOpened() const { return d->session && d->connection; }
 
@@ -227,6 +241,8 @@ void EipWorker::seedOriginator() {
 
 void EipWorker::run() {
     seedOriginator();
+    // The pause between two polls is a millisecond; the system's default lateness is a part of it.
+    prctl(PR_SET_TIMERSLACK, kTimerSlackNs);
     while (!d->stop.load()) {
         Served served;
         serveOneDriverCommand(&served);

@@ -77,7 +77,8 @@ class EipWorker : public QThread {
 
     /// Replaces the receiver; only before the thread starts.
     void setCPDC(CipPlcDriverCallback* receiver);
-    /// Waits through the transport, which keeps serving the pipes; a command cuts it short.
+    /// Waits through the transport, which keeps serving the pipes; a command cuts it short, and
+    /// one that is already pending lets it return at once.
     void sleep(unsigned long ms);
 
   protected:
@@ -118,6 +119,7 @@ class EipWorker : public QThread {
     struct ArrayRequest;
 
     void seedOriginator();
+    bool hasDriverCommand() const;
     bool serveOneDriverCommand(Served* served);
     bool takeSessionList();
     void pollSession();
