@@ -4,7 +4,10 @@
 option(MICRO800_STATIC_RUNTIME "Link libstdc++ and libgcc into the plugin" ${CMAKE_CROSSCOMPILING})
 
 if(MICRO800_STATIC_RUNTIME)
-  # What the panel's libraries lack is to be told here, not by the panel's loader.
+  target_sources(ab_micro800_ethernet PRIVATE "${PROJECT_SOURCE_DIR}/packaging/panel/old_libc.cpp")
+  # What the panel's libraries lack is to be told here, not by the panel's loader. C libraries before 2.17
+  # have their clocks in librt.
   target_link_options(ab_micro800_ethernet PRIVATE
-    -static-libstdc++ -static-libgcc LINKER:--exclude-libs,ALL LINKER:--as-needed LINKER:-z,defs)
+    -static-libstdc++ -static-libgcc LINKER:--as-needed LINKER:-z,defs)
+  target_link_libraries(ab_micro800_ethernet PRIVATE rt)
 endif()

@@ -26,6 +26,8 @@ endif()
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES MICRO800_SYSROOT MICRO800_CROSS_PREFIX MICRO800_QT4)
 
 set(CMAKE_CXX_COMPILER "${MICRO800_CROSS_PREFIX}g++")
+# Notes on calls between compilers older and newer than GCC 7: all of the C++ here comes from one.
+set(CMAKE_CXX_FLAGS_INIT -Wno-psabi)
 set(CMAKE_STRIP "${MICRO800_CROSS_PREFIX}strip")
 set(CMAKE_READELF "${MICRO800_CROSS_PREFIX}readelf")
 set(CMAKE_LIBRARY_ARCHITECTURE "${micro800_triple}")
