@@ -2,6 +2,7 @@
 # the plugin, for a workstation a Debian package with the programs.
 
 include(GNUInstallDirs)
+set(documents "${CMAKE_INSTALL_DATAROOTDIR}/doc/micro800")
 
 set(CPACK_PACKAGE_NAME micro800)
 set(CPACK_PACKAGE_VENDOR "Micro800 driver")
@@ -41,9 +42,9 @@ if(CMAKE_CROSSCOMPILING OR MICRO800_QT4)
 elseif(MICRO800_HOST_PROGRAMS AND NOT MICRO800_SANITIZE)
   install(TARGETS micro800 micro800-sim RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
   install(TARGETS ab_micro800_ethernet LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/micro800")
-  install(FILES README.md CHANGELOG.md SECURITY.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
-  install(DIRECTORY docs DESTINATION "${CMAKE_INSTALL_DOCDIR}" FILES_MATCHING PATTERN "*.md")
-  install(FILES packaging/deb/copyright DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+  install(FILES README.md CHANGELOG.md SECURITY.md DESTINATION "${documents}")
+  install(DIRECTORY docs DESTINATION "${documents}" FILES_MATCHING PATTERN "*.md")
+  install(FILES packaging/deb/copyright DESTINATION "${documents}")
 
   # Manual pages are what the programs themselves say with --help.
   set(man_folder "${PROJECT_BINARY_DIR}/man")
@@ -68,10 +69,11 @@ elseif(MICRO800_HOST_PROGRAMS AND NOT MICRO800_SANITIZE)
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
   # Loaded by name at run time, where no tool sees it.
   set(CPACK_DEBIAN_PACKAGE_DEPENDS libqt5sql5-sqlite)
+  set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "command-line host and simulator for Micro800 controllers")
   set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
-"Reads and writes the tags of an Allen-Bradley Micro800 controller from a shell
- through the same plugin file that operator panels load, and plays a
- controller for trying things out. Holds micro800, micro800-sim and the plugin.")
+"Reads and writes the tags of an Allen-Bradley Micro800 controller over
+EtherNet/IP, through the same plugin file that operator panels load, and
+plays a controller for trying things out.")
 endif()
 
 include(CPack)

@@ -22,6 +22,6 @@ install() {
 }
 
 build_packages='g++ cmake ninja-build qtbase5-dev libqt5sql5-sqlite libncurses-dev pkg-config'
-test_packages='libgtest-dev libgmock-dev sqlite3'
+test_packages='libgtest-dev libgmock-dev sqlite3 make dpkg-dev'
 sanitizer_packages='clang-14 libclang-rt-14-dev'
 bench_packages='libbenchmark-dev'

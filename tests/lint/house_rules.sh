@@ -29,7 +29,7 @@ search() {
 }
 
 tracked() {
-    if [ -e .git ]; then git ls-files -z; else find . -type f -print0; fi
+    if [ -e .git ] && command -v git >/dev/null; then git ls-files -z; else find . -name ".git" -prune -o -name "build*" -prune -o -type f -print0; fi
 }
 
 # What came after Qt 4.7 and is easily written by habit. tests/lint/qt47.sh finds the rest.
