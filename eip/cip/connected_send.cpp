@@ -15,6 +15,7 @@ namespace {
 
 const int kTraceCalls = 2;
 
+const uint32_t kInterfaceCIP = 0;
 const int kConnectionIdSize = 4;
 const int kSequenceSize = 2;
 /// Zero bytes behind the copied item.
@@ -37,9 +38,11 @@ _Encap_Header* exchange(_Eip_Session* session, const _Eip_Connection* connection
     return _SendUnitData(session, &address.head, nullptr, &data.head, request);
 }
 
-/// Both items have the type and the length that a connected reply has, and fill it.
-bool isConnectedPacket(const cip::CpfView& items) {
-    return items.count == 2 && items.exact &&
+/// The reply is for CIP, and both items have the type and the length that a connected reply has,
+/// and fill it.
+bool isConnectedPacket(const _Encap_Header* reply, const cip::CpfView& items) {
+    const unsigned char* interfaceHandle = reinterpret_cast<const unsigned char*>(reply + 1);
+    return cip::getUInt32(interfaceHandle) == kInterfaceCIP && items.count == 2 && items.exact &&
            _GetItemType(items.address) == CPF_CONNECTED_ADDRESS &&
            _GetItemLength(items.address) == kConnectionIdSize &&
            _GetItemType(items.data) == CPF_CONNECTED_DATA &&
@@ -58,7 +61,7 @@ const _Eip_Item* connectedData(const _Encap_Header* reply, const _Eip_Session* s
         cip::recordNoDataItem(reply, items.broken);
         return nullptr;
     }
-    if (!isConnectedPacket(items)) {
+    if (!isConnectedPacket(reply, items)) {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_INVALID_REPLY, 0);
         return nullptr;
     }

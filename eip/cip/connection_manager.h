@@ -82,8 +82,8 @@ void DeleteConnection(_Eip_Connection** connection);
 /// reply), to be freed with free(); its length field counts the bytes after the head, and 2 zero
 /// bytes follow them. Null: (0, -31, 0) when the request does not fit; no reply; (2, status, 0) for
 /// an encapsulation status other than 0 or a reply without a data item; (0, -7, 0) for a reply to
-/// another command, session or sequence count; (0, -20, 0) for items of another type or whose
-/// lengths do not fill the reply exactly.
+/// another command, session or sequence count; (0, -20, 0) for another interface than CIP, and for
+/// items of another type or whose lengths do not fill the reply exactly.
 _Eip_Item* _ConnectedSend(_Eip_Session* session, _Eip_Connection* connection, const void* request,
                           int requestLength);
 
