@@ -6,13 +6,16 @@
 
 #include "unit/eip/cip/wire_bytes.h"
 
-/// The address sanitizer would stop the program where malloc gives null.
-extern "C" const char* __asan_default_options() {
+/// The sanitizers would stop the program where malloc gives null. They may live in a shared
+/// library.
+#define SEEN_BY_SANITIZERS extern "C" __attribute__((visibility("default"))) const char*
+SEEN_BY_SANITIZERS __asan_default_options() {
     return "allocator_may_return_null=1";
 }
-extern "C" const char* __tsan_default_options() {
+SEEN_BY_SANITIZERS __tsan_default_options() {
     return "allocator_may_return_null=1";
 }
+#undef SEEN_BY_SANITIZERS
 
 namespace {
 
