@@ -3,7 +3,9 @@
 
 root=$(cd "$(dirname "$0")/.." && pwd)
 
-say() { printf '\033[1m== %s\033[0m\n' "$*" >&2; }
+say() {
+    if [ -t 2 ]; then printf '\033[1m== %s\033[0m\n' "$*" >&2; else printf '== %s\n' "$*" >&2; fi
+}
 
 # install PACKAGE...: installs the Debian packages that are missing.
 install() {
