@@ -38,8 +38,7 @@ bool LgxDataCache::value(const QString& key, QByteArray& out) const {
 bool LgxDataCache::value(const QString& key, QByteArray& out, int offset) const {
     std::lock_guard<std::mutex> lock(mutex);
     const QHash<QString, QByteArray>::const_iterator entry = hash.constFind(key);
-    if (entry == hash.constEnd() || offset < 0 || offset > entry->size() ||
-        out.size() > entry->size() - offset) {
+    if (entry == hash.constEnd() || offset < 0 || out.size() > entry->size() - offset) {
         return false;
     }
     if (!out.isEmpty()) {

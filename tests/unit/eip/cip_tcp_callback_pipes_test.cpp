@@ -3,8 +3,6 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <pthread.h>
-#include <signal.h>
 #include <string.h>
 #include <sys/resource.h>
 #include <sys/select.h>
@@ -416,48 +414,39 @@ TEST(ClientPipe, WorkerThatIsGoneIsAFailureWithoutASignal) {
     EXPECT_LT(watch.ms(), 900);
 }
 
-std::atomic<int> signalsTaken(0);
-void countSignal(int) {
-    ++signalsTaken;
-}
-
 TEST(ClientPipe, SignalDoesNotCostTheAnswer) {
-    struct sigaction action = {};
-    struct sigaction old = {};
-    action.sa_handler = countSignal;  // no SA_RESTART: the read returns EINTR
-    ASSERT_EQ(0, sigaction(SIGUSR1, &action, &old));
-    signalsTaken = 0;
     Transport transport;
     transport.setClientPipeRxTimeout(0, kSoonMs);
     bool gotLF = false;
-    std::thread driver([&] {
+    BlockingCall driver([&] {
         char line[8];
         transport.recvClientPipeUntilLF(0, line, sizeof line, &gotLF);
     });
-    while (signalsTaken < 50) {
-        pthread_kill(driver.native_handle(), SIGUSR1);
-        std::this_thread::yield();
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_TRUE(driver.isAsleep());
+        driver.signal();
     }
     EXPECT_TRUE(transport.sendAnswer(0, "ok\n"));
     driver.join();
     EXPECT_TRUE(gotLF);
+}
 
-    // Yet the wait ends though the signals do not.
+TEST(ClientPipe, SignalsDoNotMakeTheWaitEndless) {
+    Transport transport;
     transport.setClientPipeRxTimeout(0, 50);
-    std::atomic<bool> done(false);
-    std::thread patient([&] {
+    const Stopwatch watch;
+    BlockingCall driver([&] {
         char line[8];
         EXPECT_EQ(0, transport.recvClientPipeUntilLF(0, line, sizeof line, nullptr));
-        done = true;
     });
-    const Stopwatch watch;
-    while (!done && watch.ms() < kSoonMs) {
-        pthread_kill(patient.native_handle(), SIGUSR1);
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    int signals = 0;
+    while (driver.isAsleep() && watch.ms() < kSoonMs) {
+        driver.signal();
+        ++signals;
     }
-    EXPECT_TRUE(done);
-    patient.join();
-    sigaction(SIGUSR1, &old, nullptr);
+    EXPECT_GT(signals, 1);
+    EXPECT_GE(watch.ms(), 49);
+    EXPECT_LT(watch.ms(), 990);  // its own time-out, not the first one of a second
 }
 
 TEST(ClientPipe, DriverAndWorkerThreadsTalk) {

@@ -4,16 +4,24 @@
 #include <arpa/inet.h>
 #include <dirent.h>
 #include <gtest/gtest.h>
+#include <linux/sockios.h>
 #include <netinet/in.h>
 #include <poll.h>
+#include <pthread.h>
+#include <signal.h>
 #include <stdlib.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
+#include <fstream>
+#include <functional>
 #include <set>
 #include <string>
+#include <thread>
 
 /// How long a test waits for what must come.
 const int kSoonMs = 10000;
@@ -29,6 +37,56 @@ class Stopwatch {
 
  private:
     std::chrono::steady_clock::time_point start;
+};
+
+/// A thread that runs one call, and whether it is blocked in it. Signals reach it.
+class BlockingCall {
+ public:
+    explicit BlockingCall(const std::function<void()>& call) : tid(0) {
+        struct sigaction action = {};
+        action.sa_handler = [](int) {};  // no SA_RESTART: what blocks returns EINTR
+        sigaction(SIGUSR1, &action, &old);
+        thread = std::thread([this, call] {
+            tid = gettid();
+            call();
+        });
+    }
+    ~BlockingCall() {
+        join();
+        sigaction(SIGUSR1, &old, nullptr);
+    }
+
+    void join() {
+        if (thread.joinable()) {
+            thread.join();
+        }
+    }
+
+    /// Waits until the call sleeps in the kernel; false when it ended instead.
+    bool isAsleep() const {
+        while (tid == 0) {
+            std::this_thread::yield();
+        }
+        for (char state = 'R'; state != 'S'; std::this_thread::yield()) {
+            std::ifstream stat("/proc/self/task/" + std::to_string(tid) + "/stat");
+            std::string text;
+            if (!std::getline(stat, text) || text.rfind(')') == std::string::npos) {
+                return false;
+            }
+            state = text[text.rfind(')') + 2];
+            if (state == 'Z' || state == 'X') {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    void signal() { pthread_kill(thread.native_handle(), SIGUSR1); }
+
+ private:
+    std::atomic<pid_t> tid;
+    std::thread thread;
+    struct sigaction old;
 };
 
 /// Descriptors that are open in this process.
@@ -101,6 +159,16 @@ class LoopbackServer {
     bool send(const std::string& bytes) {
         return ::send(peer, bytes.data(), bytes.size(), MSG_NOSIGNAL) ==
                static_cast<ssize_t>(bytes.size());
+    }
+
+    /// Waits until the other side's system has all that was sent.
+    bool delivered() {
+        const Stopwatch watch;
+        int onTheWay = 1;
+        while (ioctl(peer, SIOCOUTQ, &onTheWay) == 0 && onTheWay > 0 && watch.ms() < kSoonMs) {
+            usleep(100);
+        }
+        return onTheWay == 0;
     }
 
     /// Exactly so many bytes, fewer when they do not come.

@@ -3,16 +3,15 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <pthread.h>
-#include <signal.h>
 #include <string.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <climits>
 #include <string>
 #include <thread>
+
+#include "unit/eip/loopback.h"
 
 namespace {
 
@@ -197,29 +196,18 @@ TEST(KReceiveLine, ReadsNothingWithoutRoom) {
     EXPECT_EQ(2, KReceiveLine(pair.fds[0], buf, 2));
 }
 
-std::atomic<int> signalsTaken(0);
-void countSignal(int) {
-    ++signalsTaken;
-}
-
 TEST(KReceiveLine, GoesOnAfterASignal) {
-    struct sigaction action = {};
-    struct sigaction old = {};
-    action.sa_handler = countSignal;  // no SA_RESTART: the read returns EINTR
-    ASSERT_EQ(0, sigaction(SIGUSR1, &action, &old));
-    signalsTaken = 0;
     Pair pair;
     int count = -1;
     char buf[8];
-    std::thread reader([&] { count = KReceiveLine(pair.fds[0], buf, sizeof buf); });
-    while (signalsTaken < 50) {
-        pthread_kill(reader.native_handle(), SIGUSR1);
-        std::this_thread::yield();
+    BlockingCall reader([&] { count = KReceiveLine(pair.fds[0], buf, sizeof buf); });
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_TRUE(reader.isAsleep());
+        reader.signal();
     }
     pair.write("ok\n");
     reader.join();
     EXPECT_EQ(3, count);
-    sigaction(SIGUSR1, &old, nullptr);
 }
 
 }  // namespace
