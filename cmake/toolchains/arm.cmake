@@ -46,7 +46,7 @@ if(MICRO800_QT4)
 endif()
 
 # Tests run on the building machine; without the emulator they are built all the same.
-find_program(MICRO800_QEMU_ARM NAMES qemu-arm-static qemu-arm)
+find_program(MICRO800_QEMU_ARM NAMES qemu-arm-static)
 if(MICRO800_QEMU_ARM AND MICRO800_SYSROOT)
-  set(CMAKE_CROSSCOMPILING_EMULATOR "${MICRO800_QEMU_ARM};-L;${MICRO800_SYSROOT}")
+  set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/../../scripts/emulated;${MICRO800_SYSROOT}")
 endif()

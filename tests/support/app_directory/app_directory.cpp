@@ -9,6 +9,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QList>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -26,6 +27,27 @@ std::string ownPath() {
     return length > 0 ? std::string(path, static_cast<size_t>(length)) : std::string();
 }
 
+/// Replaces this process; only returns when that is impossible. Where programs run under an emulator
+/// that the kernel does not know, MICRO800_EMULATOR holds its command.
+void execute(const std::string& program, char** argv) {
+    const QByteArray emulator = qgetenv("MICRO800_EMULATOR");
+    if (emulator.isEmpty()) {
+        execv(program.c_str(), argv);
+        return;
+    }
+    QList<QByteArray> words = emulator.split(' ');
+    words << QByteArray(program.c_str());
+    std::vector<char*> arguments;
+    for (QByteArray& word : words) {
+        arguments.push_back(word.data());
+    }
+    while (*++argv) {
+        arguments.push_back(*argv);
+    }
+    arguments.push_back(nullptr);
+    execvp(arguments[0], arguments.data());
+}
+
 /// Starts the program again from a directory of its own; only returns when that is impossible.
 int startFromOwnDirectory(char** argv) {
     const std::string self = ownPath();
@@ -41,8 +63,8 @@ int startFromOwnDirectory(char** argv) {
         return 1;
     }
     setenv(kMarker, dir.c_str(), 1);
-    execv(program.c_str(), argv);
-    perror("execv");
+    execute(program, argv);
+    perror("exec");
     return 1;
 }
 
