@@ -58,6 +58,8 @@ TEST_F(ControllerTest, RefusesUnknownCommandsAndIgnoresSome) {
 }
 
 TEST_F(ControllerTest, NeedsItsSession) {
+    EXPECT_EQ(hexText("6F00 0000 00000000 64000000 0000000000000000 00000000"),
+              serve("6F00 0000 00000000 00000000 0000000000000000 00000000"));
     const std::string refused = hexText("7000 0000 44332211 64000000 0000000000000000 00000000");
     const std::string body =
         "00000000 0000 0200 A100 0400 01000000 B100 0A00 0100 4C 02 91014100 0100";
@@ -86,9 +88,9 @@ TEST_F(ControllerTest, RefusesMalformedPackets) {
     EXPECT_EQ(data, serve(unit + prefix + "0000 0000 B100 0200 0100"));
     EXPECT_EQ(data, serve(unit + prefix + "A100 0400 CCCCCCCC B100 0300 0100 4C"));  // no path size
     EXPECT_EQ(unconnected, serve(rr + prefix + "0000 0000 B200 0100 4C"));
-    EXPECT_EQ(unconnected, serve(rr + prefix + "A100 0400 CCCCCCCC B200 0000"));
-    EXPECT_EQ(unconnected, serve(rr + prefix + "0000 0100 00 B200 0000"));
-    EXPECT_EQ(unconnected, serve(rr + prefix + "0000 0000 B100 0000"));
+    EXPECT_EQ(unconnected, serve(rr + prefix + "A100 0400 CCCCCCCC B200 0800 4C02910141000100"));
+    EXPECT_EQ(unconnected, serve(rr + prefix + "0000 0100 00 B200 0800 4C02910141000100"));
+    EXPECT_EQ(unconnected, serve(rr + prefix + "0000 0000 B100 0800 4C02910141000100"));
 }
 
 TEST_F(ControllerTest, OpensAndClosesAConnection) {
@@ -175,14 +177,14 @@ TEST_F(ControllerTest, ServesTagsWithoutAConnectionToo) {
 }
 
 TEST_F(ControllerTest, RefusesAReplyThatNoFrameHolds) {
-    addTag("BIG:DINT[20000]");
+    addTag("BIG:SINT[65535]");
     openConnection();
-    serve(connected("4C 03 9103 424947 00 204E"));
+    // 52 bytes from the header to the type, and 65507 elements, make a body of 65535.
+    serve(connected("4C 03 9103 424947 00 E3FF"));
+    EXPECT_EQ(24u + 65535, m_exchange.reply.size());
+    EXPECT_EQ(65535, sim::get16(m_exchange.reply, 2));
+    serve(connected("4C 03 9103 424947 00 E4FF"));
     EXPECT_EQ("cc001100", hexOf(sim::ByteView(m_exchange.reply).from(46)));
-    // The header announces 65532 bytes: these elements and the 28 bytes of items and status.
-    serve(connected("4C 03 9103 424947 00 F83F"));
-    EXPECT_EQ(52u + 4 * 16376, m_exchange.reply.size());
-    EXPECT_EQ(m_exchange.reply.size() - 24, sim::get16(m_exchange.reply, 2));
 }
 
 TEST_F(ControllerTest, DropsAnIdleConnectionButKeepsTheSession) {

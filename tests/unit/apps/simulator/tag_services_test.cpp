@@ -145,6 +145,7 @@ TEST_F(TagServices, WriteStoresValues) {
     EXPECT_EQ("00", write(kFlag, "C100 0100 00"));
     EXPECT_EQ("0", get("FLAG"));
     EXPECT_EQ("00", write(kFlag, "C100 0100 FF"));
+    EXPECT_EQ("1", get("FLAG"));
     EXPECT_EQ("00 c10001", read(kFlag));
 }
 
