@@ -23,7 +23,8 @@ QString realText(Float value, double largestFixed) {
     if (std::isinf(value))
         return value < 0 ? QStringLiteral("-inf") : QStringLiteral("inf");
     const Float magnitude = std::fabs(value);
-    const bool fixed = magnitude == 0 || (magnitude >= Float(kSmallestFixed) && magnitude < Float(largestFixed));
+    const bool fixed =
+        magnitude == 0 || (magnitude >= Float(kSmallestFixed) && magnitude < Float(largestFixed));
     char text[64];
     const auto end =
         std::to_chars(text, text + sizeof text, value,

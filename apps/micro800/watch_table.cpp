@@ -4,12 +4,15 @@
 
 #ifdef MICRO800_HAVE_CURSES
 
-#define NCURSES_NOMACROS
-#include <curses.h>
 #include <unistd.h>
 
 #include <QDateTime>
 #include <algorithm>
+
+// Last: their macros must not meet the headers above.
+#define NCURSES_NOMACROS
+#include <curses.h>
+#include <term.h>
 
 namespace {
 
@@ -30,10 +33,11 @@ QString ageText(qint64 ms) {
     return QString::number(ms / 3600000) + QLatin1String(" h");
 }
 
+/// At most `width` characters; a cut shows, so that half a number is not taken for a number.
 QString fitted(const QString& text, int width) {
     if (text.size() <= width)
-        return text.leftJustified(width);
-    return width > 1 ? text.left(width - 1) + QLatin1Char('~') : text.left(width);
+        return text;
+    return width > 0 ? text.left(width - 1) + QLatin1Char('~') : QString();
 }
 
 class TableView : public WatchView {
@@ -112,7 +116,7 @@ class TableView : public WatchView {
         attr_get(&before, &pair, nullptr);
         attron(static_cast<int>(attributes));
         // One short of the edge: the last cell of the screen would scroll it.
-        mvaddstr(row, column, text.left(COLS - column - 1).toUtf8().constData());
+        mvaddstr(row, column, fitted(text, COLS - column - 1).toUtf8().constData());
         attr_set(before, pair, nullptr);
     }
 
@@ -144,7 +148,7 @@ class TableView : public WatchView {
         const attr_t emphasis = failed ? errorAttributes() : marked ? A_BOLD | A_REVERSE : A_NORMAL;
         // An old value is not shown as if it were the controller's: a failed read shows its error.
         const QString value = failed ? tag.error : tag.text();
-        put(row, valueColumn(), value.left(valueWidth() - 2), emphasis);
+        put(row, valueColumn(), fitted(value, valueWidth() - 2), emphasis);
         if (!tag.hasValue())
             return;
         const int ages = valueColumn() + valueWidth();
@@ -181,7 +185,12 @@ class TableView : public WatchView {
 }  // namespace
 
 std::unique_ptr<WatchView> makeTableView(Console& console, const QString& title) {
-    // Unlike initscr() it does not end the program over a terminal it does not know.
+    // Asked first: newterm() does not give everything back over a terminal it does not know, and
+    // initscr() would end the program.
+    int status = 0;
+    if (setupterm(nullptr, STDOUT_FILENO, &status) != OK)
+        return nullptr;
+    del_curterm(cur_term);
     SCREEN* screen = newterm(nullptr, stdout, stdin);
     if (!screen)
         return nullptr;

@@ -346,7 +346,19 @@ TEST_F(CliTable, FollowsTheTerminalsSize) {
             EXPECT_TRUE(terminal.shows("\x1b"));
         }
     }
-    EXPECT_TRUE(terminal.shows("123456789"));
+    // The last line is at the bottom of the last size.
+    EXPECT_TRUE(terminal.shows("\x1b[60"));
+    terminal.press("q");
+    EXPECT_EQ(terminal.wait(), 0);
+}
+
+TEST_F(CliTable, ACutValueShowsThatItIsCut) {
+    startController({"--tag", "T:DINT=123456789"});
+    Terminal terminal(program(), withController("watch", {"--interval", "50", "DINT0:T"}),
+                      environment, "xterm");
+    ASSERT_TRUE(terminal.shows("123456789"));
+    terminal.resize(24, 20);
+    EXPECT_TRUE(terminal.shows("~"));
     terminal.press("q");
     EXPECT_EQ(terminal.wait(), 0);
 }
