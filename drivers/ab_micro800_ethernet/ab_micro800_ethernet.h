@@ -153,7 +153,7 @@ class DriverABMicro800Eth : public QObject, public DriverInterface {
 
     void clearCommError();
     void setCommError(const QString& text);
-    void cutBehindAnswer();
+    bool cutBehindAnswer(unsigned short id);
     void prefixCommError(const char* verb, const CommunicatorCommand& command);
     bool prepare(AbstractDeviceInterface* device, const char* verb,
                  const CommunicatorCommand& command);
@@ -165,7 +165,8 @@ class DriverABMicro800Eth : public QObject, public DriverInterface {
                             _LGX_Data_Type* type) const;
     const ReadTarget& readTarget(const CommunicatorCommand& command);
     ReadTarget makeReadTarget(const CommunicatorCommand& command);
-    bool sendToWorker(int pipe, const char* line, int length);
+    bool sendToWorker(const char* line, int length);
+    void awaitOutstandingAnswer();
     bool sessionEntryFrom(const CommunicatorCommand& command, LgxReadCmd* entry);
     bool deliverSession(const QList<LgxReadCmd>& entries);
 
@@ -183,6 +184,8 @@ class DriverABMicro800Eth : public QObject, public DriverInterface {
     QHash<QString, _LGX_Data_Type> prefixTypes;
     QHash<QString, ReadTarget> readTargets;
     int rspLength;
+    unsigned short sentId;   ///< of the last line on pipe 0
+    bool answerOutstanding;  ///< a late answer came in place of the one to that line
     std::unique_ptr<Micro800Worker> worker;
     std::vector<char> cmdBuf;
     std::vector<char> rspBuf;

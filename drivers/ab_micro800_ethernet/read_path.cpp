@@ -180,7 +180,7 @@ DriverABMicro800Eth::ReadTarget DriverABMicro800Eth::makeReadTarget(
 QByteArray DriverABMicro800Eth::directRead(const QString& name, int count) {
     const int length = LgxDriverPackReadCmd(cmdBuf.data(), static_cast<int>(cmdBuf.size()),
                                             nextTID(0), name, count);
-    if (!sendToWorker(0, cmdBuf.data(), length) || !recvRspFromWorker()) {
+    if (!sendToWorker(cmdBuf.data(), length) || !recvRspFromWorker()) {
         return QByteArray();
     }
     QString errorText;
@@ -198,7 +198,7 @@ QByteArray DriverABMicro800Eth::directReadArrayElements(const QString& arrayName
     const int length = LgxDriverPackMicro800ReadArrayElementsCmd(
         cmdBuf.data(), static_cast<int>(cmdBuf.size()), nextTID(0), arrayName, indexText, type,
         elementCount, arraySize, byteOffset);
-    if (!sendToWorker(0, cmdBuf.data(), length) || !recvRspFromWorker()) {
+    if (!sendToWorker(cmdBuf.data(), length) || !recvRspFromWorker()) {
         return QByteArray();
     }
     QString errorText;
@@ -210,14 +210,28 @@ QByteArray DriverABMicro800Eth::directReadArrayElements(const QString& arrayName
     return data;
 }
 
-/// Sends a packed line; a line that could not be packed is not sent and the operator hears why.
-bool DriverABMicro800Eth::sendToWorker(int pipe, const char* line, int length) {
+/// Sends a packed line on pipe 0; a line that could not be packed is not sent and the operator
+/// hears why.
+bool DriverABMicro800Eth::sendToWorker(const char* line, int length) {
     if (length < 1) {
         setCommError(QLatin1String("address or value does not fit a command"));
         return false;
     }
-    worker->sendCmd(pipe, line, length);
+    awaitOutstandingAnswer();
+    worker->sendCmd(0, line, length);
+    sentId = tid(0);
     return true;
+}
+
+/// After a late answer was taken for a failed attempt, the answer to that attempt itself is still
+/// to come. It is waited for and thrown away, or every later exchange would be one answer behind.
+void DriverABMicro800Eth::awaitOutstandingAnswer() {
+    while (answerOutstanding) {
+        resetRspBuf();
+        const bool whole =
+            worker->recvRsp(0, rspBuf.data(), static_cast<int>(rspBuf.size()) - 1, &rspLength);
+        answerOutstanding = whole && !cutBehindAnswer(sentId);
+    }
 }
 
 bool DriverABMicro800Eth::recvRspFromWorker() {
@@ -226,23 +240,25 @@ bool DriverABMicro800Eth::recvRspFromWorker() {
     if (!worker->recvRsp(0, rspBuf.data(), static_cast<int>(rspBuf.size()) - 1, &rspLength)) {
         return false;
     }
-    cutBehindAnswer();
+    answerOutstanding = !cutBehindAnswer(sentId);
     return true;
 }
 
-/// A late answer to an earlier request may have come in behind the expected line: without it no
-/// digit of its can end up in the value.
-void DriverABMicro800Eth::cutBehindAnswer() {
-    const QByteArray id = QByteArray::number(tid(0), 16).toUpper().rightJustified(4, '0');
+/// Looks for the line with this transaction id and drops what stands behind it: no digit of a late
+/// answer may end up in the value. False when there is no such line.
+bool DriverABMicro800Eth::cutBehindAnswer(unsigned short id) {
+    const QByteArray digits = QByteArray::number(id, 16).toUpper().rightJustified(4, '0');
     char* line = rspBuf.data();
     while (char* end = std::strchr(line, '\n')) {
-        if (end - line >= kIdPos + id.size() &&
-            std::memcmp(line + kIdPos, id.constData(), static_cast<size_t>(id.size())) == 0) {
+        if (end - line >= kIdPos + digits.size() &&
+            std::memcmp(line + kIdPos, digits.constData(), static_cast<size_t>(digits.size())) ==
+                0) {
             std::fill(end + 1, rspBuf.data() + rspLength, 0);
-            return;
+            return true;
         }
         line = end + 1;
     }
+    return false;
 }
 
 void DriverABMicro800Eth::resetRspBuf() {

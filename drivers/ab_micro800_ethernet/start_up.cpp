@@ -71,6 +71,8 @@ DriverABMicro800Eth::DriverABMicro800Eth()
       rangeMatcher(matcher(kRangePattern)),
       connectionName(takeConnectionName()),
       rspLength(0),
+      sentId(0),
+      answerOutstanding(false),
       cmdBuf(kBufferSize, 0),
       rspBuf(kBufferSize, 0),
       pendingPort(0) {
@@ -133,7 +135,7 @@ bool DriverABMicro800Eth::notifyWorkerDeviceSettingChanged(const QString& ip,
                                                            unsigned short port) {
     const int length = LgxDriverPackIpSettingChangedCmd(
         cmdBuf.data(), static_cast<int>(cmdBuf.size()), nextTID(0), ip, port);
-    if (!sendToWorker(0, cmdBuf.data(), length) || !recvRspFromWorker()) {
+    if (!sendToWorker(cmdBuf.data(), length) || !recvRspFromWorker()) {
         return false;
     }
     QString errorText;

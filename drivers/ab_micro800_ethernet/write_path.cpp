@@ -77,7 +77,7 @@ bool DriverABMicro800Eth::directWrite(const QString& name, _LGX_Data_Type type,
     const int length = LgxDriverPackMicro800WriteCmd(
         cmdBuf.data(), static_cast<int>(cmdBuf.size()), nextTID(0), name.toLatin1().constData(),
         type, data);
-    if (!sendToWorker(0, cmdBuf.data(), length) || !recvRspFromWorker()) {
+    if (!sendToWorker(cmdBuf.data(), length) || !recvRspFromWorker()) {
         return false;
     }
     QString errorText;

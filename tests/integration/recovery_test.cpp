@@ -95,6 +95,42 @@ TEST_F(Recovery, LateAnswerDoesNotPutLaterReadsOutOfStep) {
     }
 }
 
+/// The cache is fresh again without a call from the host, however the connection was lost.
+TEST_F(Recovery, PollingComesBackByItself) {
+    for (const char* loss : {"reset-peers", "close-peers", "drop-connections", "fault silencex1"}) {
+        Controller simulator({"--tag", "D:DINT=1"});
+        TestDevice device(simulator.port(), 300);
+        const std::unique_ptr<DriverInterface> driver = createDriver();
+        driver->setSessionCommand(QList<CommunicatorCommand>() << dint("D"));
+        EXPECT_EQ(1, readDint(driver.get(), &device, "D"));
+        ASSERT_EQ("ok", simulator.command(loss));
+        ASSERT_EQ("ok", simulator.command("set D=2"));
+        EXPECT_TRUE(waitFor([&] { return driver->read(&device, dint("D")) == dintBytes(2); }))
+            << loss;
+    }
+}
+
+/// Down and up again: how long until the first fresh value, from the controller's return on.
+TEST_F(Recovery, FreshSoonAfterTheControllersReturn) {
+    Controller simulator({"--tag", "D:DINT=1"});
+    TestDevice device(simulator.port(), 500);
+    const std::unique_ptr<DriverInterface> driver = createDriver();
+    driver->setSessionCommand(QList<CommunicatorCommand>() << dint("D"));
+    EXPECT_EQ(1, readDint(driver.get(), &device, "D"));
+    ASSERT_EQ("ok", simulator.command("down"));
+    ASSERT_TRUE(waitFor([&] {
+        return driver->read(&device, dint("D")).isEmpty() &&
+               driver->getLastError() == "read DINT0:D> Connection refused(111)";
+    }));
+    ASSERT_EQ("ok", simulator.command("set D=2"));
+    QElapsedTimer returned;
+    ASSERT_EQ("ok", simulator.command("up"));
+    returned.start();
+    EXPECT_TRUE(waitFor([&] { return driver->read(&device, dint("D")) == dintBytes(2); }));
+    printf("first fresh value %lld ms after the controller's return\n",
+           static_cast<long long>(returned.elapsed()));
+}
+
 struct FaultRow {
     const char* fault;
     const char* error;  ///< text of the first read; null when that read still succeeds
@@ -102,7 +138,7 @@ struct FaultRow {
 
 class RecoveryFrom : public ::testing::TestWithParam<FaultRow> {};
 
-/// The faulty answer fails the read with its text or is put right, never gives another value, and
+/// Every fault strikes one answer. The faulty answer fails the read with its text or is put right, never gives another value, and
 /// the next reads are good again.
 TEST_P(RecoveryFrom, AFaultyAnswer) {
     writeProjectDatabase(QStringList());
@@ -130,6 +166,35 @@ TEST_P(RecoveryFrom, AFaultyAnswer) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, RecoveryFrom,
-    ::testing::Values(FaultRow{"silencex1", "Internal: receive timeout"}));
+    ::testing::Values(
+        FaultRow{"silencex1", "Internal: receive timeout"},
+        FaultRow{"cutx1", "Internal: receive timeout"},
+        FaultRow{"cut:10x1", "Internal: receive error"},
+        FaultRow{"resetx1", "Internal: receive error"},
+        FaultRow{"torn:24,5x1", nullptr},
+        FaultRow{"tornx1", "Internal: receive error"},
+        FaultRow{"torn-headerx1", "Internal: receive error"},
+        FaultRow{"late:100x1", nullptr},
+        FaultRow{"repeatx1", nullptr},
+        FaultRow{"truncate:30x1", "Internal: receive timeout"},
+        FaultRow{"wrong-commandx1", "Internal: unsolicited message"},
+        FaultRow{"wrong-sessionx1", "Internal: unsolicited message"},
+        FaultRow{"wrong-sequencex1", "Internal: unsolicited message"},
+        FaultRow{"wrong-servicex1", "Internal: invalid reply"},
+        FaultRow{"encap-status:1x1", "EIP error: 0001H"},
+        FaultRow{"encap-length-longx1", "Internal: receive timeout"},
+        FaultRow{"encap-length-shortx1", "Internal: invalid reply"},
+        FaultRow{"item-countx1", "EIP error: 0000H"},
+        FaultRow{"item-length-longx1", "Internal: invalid reply"},
+        FaultRow{"status:1Ax1", "AB error: 001AH"},
+        FaultRow{"status:FF,2105x1", "AB error: 01FFH, 2105H"},
+        FaultRow{"additional-status-sizex1", "Internal: invalid reply"},
+        FaultRow{"additional-status-size:1x1", "AB error: 0100H"},
+        FaultRow{"unknown-typex1", "Internal: unknown error"},
+        FaultRow{"short-replyx1", "Internal: unknown error"},
+        FaultRow{"short-reply:4x1", "Internal: unknown error"},
+        FaultRow{"refuse-register:65x1", "EIP error: 0065H"},
+        FaultRow{"refuse-open:113x1", "MR error: 0001H, 0113H"},
+        FaultRow{"short-open-replyx1", "Internal: invalid reply"}));
 
 }  // namespace

@@ -93,6 +93,26 @@ TEST_F(Session, DeclaredArrayIsPolledWhole) {
     EXPECT_EQ(0, simulator->countRequests("LEVELS[9]"));
 }
 
+TEST_F(Session, ElementOutsideAPolledArrayIsNamedAsSuch) {
+    start({"--tag", "A:DINT[0..9]=0,1,2,3,4,5,6,7,8,9"}, {"DINT0:A[0..9]"});
+    driver->setSessionCommand(Commands() << dint("A[0]"));
+    EXPECT_EQ(0, readDint(driver.get(), device.get(), "A[0]"));
+    ASSERT_TRUE(polled("A"));
+    EXPECT_TRUE(read("DINT0:A[12]").isEmpty());
+    EXPECT_EQ(QString("read DINT0:A[12]> invalid array element"), driver->getLastError());
+    EXPECT_EQ(9, readDint(driver.get(), device.get(), "A[9]"));
+}
+
+/// The whole array comes with the first element that is asked for.
+TEST_F(Session, FirstElementReadFillsTheCacheWithTheArray) {
+    start({"--tag", "A:DINT[0..9]=0,1,2,3,4,5,6,7,8,9", "--delay", "30"}, {"DINT0:A[0..9]"});
+    driver->setSessionCommand(Commands() << dint("A[0]"));
+    for (int i = 0; i < 10; ++i) {
+        EXPECT_EQ(i, readDint(driver.get(), device.get(), QString("A[%1]").arg(i)));
+    }
+    EXPECT_EQ(QSet<QString>() << "A", simulator->tagsRead());
+}
+
 TEST_F(Session, UndeclaredArrayIsPolledByElement) {
     start({"--tag", "LEVELS:REAL[0..9]=0,1,2,3,4,5,6,7,8,9"});
     driver->setSessionCommand(Commands() << CommunicatorCommand(3, 1, "REAL0:LEVELS[1]")
