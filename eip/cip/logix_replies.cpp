@@ -81,7 +81,7 @@ cip::MRView pickReply(const MultipleReplies& table, int index) {
     }
     const int begin = offsetOf(table, index);
     const int end = index + 1 < table.replies ? offsetOf(table, index + 1) : table.size;
-    if (begin < tableSize || end > table.size || begin >= end) {
+    if (begin < tableSize || begin > end || end > table.size) {
         return cip::viewMR(nullptr, 0);
     }
     return cip::viewMR(table.count + begin, end - begin);
