@@ -34,8 +34,7 @@ bool putOracleValue(Tag& tag, size_t element, Bytes& out) {
 
 void noteOracleWrite(Tag& tag, size_t element) {
     if (tag.type().isNumeric()) {
-        const uint32_t mask = (1u << counterBits(tag.type())) - 1;
-        tag.counter(element) = wholeNumber(tag.type(), tag.bytes(element)) & mask;
+        tag.counter(element) = wholeNumber(tag.type(), tag.bytes(element));
     }
 }
 

@@ -155,11 +155,11 @@ bool SimulatorProcess::restart() {
     return start(m_port);
 }
 
-int SimulatorProcess::stop() {
+int SimulatorProcess::stop(int signal) {
     if (m_pid < 0) {
         return -1;
     }
-    ::kill(m_pid, SIGTERM);
+    ::kill(m_pid, signal);
     return collect(kStopMs);
 }
 

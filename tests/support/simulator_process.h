@@ -1,6 +1,7 @@
 #ifndef TESTS_SUPPORT_SIMULATOR_PROCESS_H
 #define TESTS_SUPPORT_SIMULATOR_PROCESS_H
 
+#include <signal.h>
 #include <sys/types.h>
 
 #include <QByteArray>
@@ -43,8 +44,9 @@ class SimulatorProcess {
     quint16 port() const { return m_port; }
     pid_t pid() const { return m_pid; }
 
-    /// Asks it to end and waits; the exit code, or -1 when it did not end in time or by a signal.
-    int stop();
+    /// Asks it to end by this signal and waits; the exit code, -1 when it did not end in time or of
+    /// its own.
+    int stop(int signal = SIGTERM);
     /// Ends it at once, as a power cut would, though the system still closes its connections.
     void kill();
 

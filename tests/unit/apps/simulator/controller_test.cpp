@@ -224,6 +224,25 @@ TEST_F(ControllerTest, AnotherTcpConnectionCannotUseTheConnection) {
     EXPECT_EQ("", serve(kReadA));
 }
 
+TEST_F(ControllerTest, KnowsNothingOfTheRequestBefore) {
+    openConnection();
+    serve(kWriteA);
+    EXPECT_LT(0u, m_exchange.cipAt);
+    serve("6300 0000 00000000 00000000 0000000000000000 00000000");
+    EXPECT_EQ(0u, m_exchange.cipAt);
+    EXPECT_EQ(0u, m_exchange.dataItemAt);
+    EXPECT_EQ(-1, m_exchange.service);
+    EXPECT_EQ(-1, m_exchange.access.type);
+    EXPECT_FALSE(m_exchange.connected);
+    EXPECT_FALSE(m_exchange.path.isSymbolic());
+    EXPECT_TRUE(m_exchange.written.empty());
+    serve("6600 0000 SSSSSSSS 00000000 0000000000000000 00000000");
+    EXPECT_TRUE(m_exchange.closeTcp);
+    serve(kReadA);
+    EXPECT_FALSE(m_exchange.closeTcp);
+    EXPECT_FALSE(m_exchange.note);
+}
+
 TEST_F(ControllerTest, RefusesByFaultWithoutTakingEffect) {
     addFault("refuse-register:69x1");
     EXPECT_EQ(hexText("6500 0400 00000000 69000000 A1A2A3A4A5A6A7A8 00000000 0100 0000"),

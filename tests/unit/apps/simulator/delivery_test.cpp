@@ -225,6 +225,7 @@ TEST_F(Delivering, RepeatsAndHoldsBack) {
     EXPECT_EQ(1500, m_delivery.holdMs);
     readReply(kReadReply);
     strike({"wrong-sequence", "repeat"});
+    EXPECT_EQ(0, m_delivery.holdMs);
     EXPECT_EQ(2u, m_delivery.segments.size());
     EXPECT_EQ(m_delivery.segments[0].bytes, m_delivery.segments[1].bytes);
     EXPECT_EQ(6, m_delivery.segments[0].bytes[44]);
