@@ -38,6 +38,22 @@ if(MICRO800_SYSROOT)
   set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
   set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
   set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+
+  # A compiler that brings a C library of its own looks there first, and the result would need that one. So
+  # the sysroot's libraries come before it; but what belongs to the compiler is taken from the compiler.
+  execute_process(COMMAND "${CMAKE_CXX_COMPILER}" -print-file-name=libstdc++.a
+                  OUTPUT_VARIABLE micro800_libstdcxx OUTPUT_STRIP_TRAILING_WHITESPACE)
+  get_filename_component(micro800_link_folders "${micro800_libstdcxx}" DIRECTORY)
+  foreach(folder usr/lib/${micro800_triple} lib/${micro800_triple} usr/lib lib)
+    if(IS_DIRECTORY "${MICRO800_SYSROOT}/${folder}")
+      list(APPEND micro800_link_folders "${MICRO800_SYSROOT}/${folder}")
+    endif()
+  endforeach()
+  list(TRANSFORM micro800_link_folders PREPEND "-L")
+  list(JOIN micro800_link_folders " " micro800_link_flags)
+  foreach(kind EXE SHARED MODULE)
+    set(CMAKE_${kind}_LINKER_FLAGS_INIT "${micro800_link_flags}")
+  endforeach()
 endif()
 if(MICRO800_QT4)
   # A panel's qmake names folders of this machine in one SDK, folders below the sysroot in another.
