@@ -35,8 +35,8 @@ QVector<OptionSpec> connectionOptionSpecs(bool withRetry) {
         option("port", "PORT", "Its TCP port.", QString::number(defaults.port)),
         option("timeout", "MS",
                "How long the driver's worker waits for a connection and for each reply of the "
-               "controller, in milliseconds. The call for one tag gives up after 1000 ms in any "
-               "case.",
+               "controller, in milliseconds. The call for one tag does not wait that long: the "
+               "driver gives an attempt up after 1000 ms.",
                QString::number(defaults.timeoutMs)),
     };
     if (withRetry) {

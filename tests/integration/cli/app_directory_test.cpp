@@ -32,8 +32,8 @@ class CliAppDirectory : public CliTest {
         EXPECT_TRUE(controller->waitForLog(before + 8, [](const QJsonObject& request) {
             return request.value("service").toString() == "ReadTag";
         }));
-        process->terminate();
-        EXPECT_EQ(finish(process.get()).exitCode, 0);
+        process->signal(SIGTERM);
+        EXPECT_EQ(process->finish().exitCode, 0);
         const QJsonObject last = controller->log().last();
         return last.value("tag").toString() + " " + QString::number(last.value("count").toInt());
     }
@@ -90,12 +90,12 @@ TEST_F(CliAppDirectory, ARelativeProjectAndPluginAreSeenFromWhereTheUserIs) {
     QTemporaryDir panel;
     declare(panel.path() + "/here", "INT0:A[5..9]");
     ASSERT_TRUE(QFile::link(MICRO800_PLUGIN_FILE, panel.path() + "/driver.so"));
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.setWorkingDirectory(panel.path());
-    process.start(program(), withController("read", {"--project", "here", "--plugin", "driver.so",
-                                                     "INT0:A[7]"}));
-    const CliResult result = finish(&process);
+    CliProcess process;
+    ASSERT_TRUE(process.start(
+        program(),
+        withController("read", {"--project", "here", "--plugin", "driver.so", "INT0:A[7]"}),
+        environment, panel.path()));
+    const CliResult result = process.finish();
     EXPECT_EQ(result.err, QByteArray());
     EXPECT_EQ(result.out, QByteArray("INT0:A[7] = 70\n"));
 }
@@ -132,8 +132,8 @@ TEST_F(CliAppDirectory, TheDirectoryIsPrivateWhileItIsThere) {
     struct stat info;
     ASSERT_EQ(stat(QFile::encodeName(tmp.filePath(leftovers().first())).constData(), &info), 0);
     EXPECT_EQ(info.st_mode & 0777, 0700u);
-    process->terminate();
-    EXPECT_EQ(finish(process.get()).exitCode, 0);
+    process->signal(SIGTERM);
+    EXPECT_EQ(process->finish().exitCode, 0);
 }
 
 TEST_F(CliAppDirectory, SignalsThatEndAReadRemoveIt) {
@@ -145,10 +145,10 @@ TEST_F(CliAppDirectory, SignalsThatEndAReadRemoveIt) {
             auto process =
                 start(withController("read", options + QStringList{"--repeat", "1000000",
                                                                    "--interval", "20", "DINT0:T"}));
-            ASSERT_TRUE(process->waitForReadyRead(kWaitMs));
+            ASSERT_TRUE(process->hasPrinted("DINT0:T = 1\n"));
             ASSERT_EQ(leftovers().size(), 1);
-            kill(static_cast<pid_t>(process->processId()), number);
-            EXPECT_EQ(finish(process.get()).signal, number);
+            process->signal(number);
+            EXPECT_EQ(process->finish().signal, number);
             EXPECT_EQ(leftovers(), QStringList());
         }
     }
@@ -161,16 +161,17 @@ TEST_F(CliAppDirectory, ASignalAtAnyMomentOfTheStartLeavesNothing) {
         auto process =
             start(withController("read", {"--repeat", "1000000", "--interval", "20", "DINT0:T"}));
         usleep(static_cast<useconds_t>(i) * 2000);
-        kill(static_cast<pid_t>(process->processId()), SIGTERM);
-        EXPECT_EQ(finish(process.get()).signal, SIGTERM);
+        process->signal(SIGTERM);
+        EXPECT_EQ(process->finish().signal, SIGTERM);
         ASSERT_EQ(leftovers(), QStringList()) << i;
     }
 }
 
 TEST_F(CliAppDirectory, AReaderThatGoesAwayLeavesNothing) {
     startController({"--tag", "T:DINT=1"});
-    const CliResult result =
-        runIntoHead(withController("read", {"--repeat", "1000000", "--interval", "1", "DINT0:T"}));
+    const CliResult result = runAndStopReading(
+        withController("read", {"--repeat", "1000000", "--interval", "1", "DINT0:T"}),
+        "DINT0:T = 1\n");
     EXPECT_EQ(result.signal, SIGPIPE);
 }
 
@@ -187,6 +188,8 @@ TEST_F(CliAppDirectory, APluginThatCannotBeLoadedLeavesNothing) {
 }
 
 TEST_F(CliAppDirectory, TheEmulatorsCommandRunsTheCopy) {
+    if (qEnvironmentVariableIsSet("MICRO800_EMULATOR"))
+        GTEST_SKIP() << "runs under an emulator already";
     startController({"--tag", "T:DINT=31"});
     environment.insert("MICRO800_EMULATOR", "env MICRO800_TEST=\"a b\"");
     const CliResult result = runWith("read", {"DINT0:T"});

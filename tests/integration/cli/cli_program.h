@@ -4,13 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <QByteArray>
-#include <QProcess>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
 #include <memory>
 #include <ostream>
 
+#include "integration/cli/cli_process.h"
 #include "support/simulator_process.h"
 
 QT_BEGIN_NAMESPACE
@@ -22,14 +22,6 @@ inline void PrintTo(const QString& text, std::ostream* out) {
 }
 QT_END_NAMESPACE
 
-/// What one run of the command-line host came to.
-struct CliResult {
-    int exitCode = -1;  ///< -1 when it ended by a signal or not in time
-    int signal = 0;     ///< the signal that ended it
-    QByteArray out;
-    QByteArray err;
-};
-
 /// Runs the real program with its real plugin. Each test gets a directory for temporary files,
 /// which must be as empty at its end as it was before.
 class CliTest : public testing::Test {
@@ -39,11 +31,10 @@ class CliTest : public testing::Test {
 
     /// Runs it to its end.
     CliResult run(const QStringList& arguments);
-    /// Starts it and returns at once; finish() waits for its end.
-    std::unique_ptr<QProcess> start(const QStringList& arguments);
-    CliResult finish(QProcess* process);
-    /// Runs it with its output read by a program that ends after the first line.
-    CliResult runIntoHead(const QStringList& arguments);
+    /// Starts it and returns at once.
+    std::unique_ptr<CliProcess> start(const QStringList& arguments);
+    /// Runs it until it prints `text`, closes its standard output, and waits for its end.
+    CliResult runAndStopReading(const QStringList& arguments, const char* text);
 
     /// Starts the simulated controller.
     void startController(const QStringList& arguments);

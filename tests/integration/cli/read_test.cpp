@@ -1,5 +1,8 @@
 // "micro800 read" against the simulated controller.
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <QJsonArray>
 #include <QJsonDocument>
 
@@ -153,11 +156,13 @@ TEST_F(CliRead, MoreThanTheDriversBlockIsWrongUsage) {
 
 TEST_F(CliRead, OutputThatCannotBeWrittenIsAFailure) {
     startController({"--tag", "A:DINT=1"});
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.setStandardOutputFile("/dev/full");
-    process.start(program(), withController("read", {"DINT0:A"}));
-    const CliResult result = finish(&process);
+    const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+    ASSERT_GE(full, 0);
+    CliProcess process;
+    ASSERT_TRUE(process.start(program(), withController("read", {"DINT0:A"}), environment,
+                              QString(), full));
+    close(full);
+    const CliResult result = process.finish();
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(result.err, QByteArray("micro800: the output could not be written\n"));
 }

@@ -22,19 +22,7 @@ namespace {
 
 const int kWaitMs = 30000;
 
-class CliWatch : public CliTest {
- protected:
-    /// Waits until the process has printed `text` often enough.
-    static bool printed(QProcess* process, QByteArray* out, const char* text, int times) {
-        QElapsedTimer clock;
-        clock.start();
-        while (out->count(text) < times && clock.elapsed() < kWaitMs) {
-            process->waitForReadyRead(100);
-            *out += process->readAllStandardOutput();
-        }
-        return out->count(text) >= times;
-    }
-};
+class CliWatch : public CliTest {};
 
 // ---- lines --------------------------------------------------------------------------------------
 
@@ -84,8 +72,8 @@ TEST_F(CliWatch, TheDriverPollsTheListByItself) {
         return request.value("service").toString() == "ReadTag" &&
                request.value("tag").toString().startsWith("L");
     }));
-    process->terminate();
-    const CliResult result = finish(process.get());
+    process->signal(SIGTERM);
+    const CliResult result = process->finish();
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.out.count('\n'), 2);
 }
@@ -101,36 +89,27 @@ TEST_F(CliWatch, SignalsEndItWithoutFailure) {
     startController({"--tag", "T:DINT=0", "--ramp", "20"});
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         auto process = start(withController("watch", {"--interval", "50", "DINT0:T"}));
-        QByteArray out;
-        ASSERT_TRUE(printed(process.get(), &out, " DINT0:T = ", 3));
-        kill(static_cast<pid_t>(process->processId()), number);
-        const CliResult result = finish(process.get());
+        ASSERT_TRUE(process->hasPrinted(" DINT0:T = ", 3));
+        process->signal(number);
+        const CliResult result = process->finish();
         EXPECT_EQ(result.exitCode, 0) << number;
-        EXPECT_TRUE((out + result.out).contains(" changes, 0 failed reads")) << number;
+        EXPECT_TRUE(result.out.contains(" changes, 0 failed reads")) << number;
     }
 }
 
 TEST_F(CliWatch, TellsALossOnceAndTheReturn) {
     startController({"--tag", "T:DINT=7"});
     auto process = start(withController("watch", {"--interval", "50", "--retry", "0", "DINT0:T"}));
-    QByteArray out;
-    ASSERT_TRUE(printed(process.get(), &out, " DINT0:T = 7\n", 1));
+    ASSERT_TRUE(process->hasPrinted(" DINT0:T = 7\n"));
     ASSERT_EQ(controller->stop(), 0);
-    QByteArray err;
-    QElapsedTimer clock;
-    clock.start();
-    process->setReadChannel(QProcess::StandardError);
-    while (!err.contains("read DINT0:T> Connection refused(111)\n") && clock.elapsed() < kWaitMs) {
-        process->waitForReadyRead(100);
-        err += process->readAllStandardError();
-    }
-    process->setReadChannel(QProcess::StandardOutput);
-    EXPECT_EQ(err.count("Connection refused(111)"), 1) << err.constData();
+    ASSERT_TRUE(process->hasPrinted("read DINT0:T> Connection refused(111)\n"));
     ASSERT_TRUE(controller->restart()) << controller->error();
     // The value is the one from before, yet it is told again.
-    EXPECT_TRUE(printed(process.get(), &out, " DINT0:T = 7\n", 2)) << out.constData();
-    process->terminate();
-    EXPECT_EQ(finish(process.get()).exitCode, 0);
+    EXPECT_TRUE(process->hasPrinted(" DINT0:T = 7\n", 2));
+    process->signal(SIGTERM);
+    const CliResult result = process->finish();
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err.count("Connection refused(111)"), 1) << result.err.constData();
 }
 
 TEST_F(CliWatch, JsonIsOneObjectAChange) {
@@ -163,7 +142,8 @@ TEST_F(CliWatch, JsonIsOneObjectAChange) {
 
 TEST_F(CliWatch, AReaderThatGoesAwayEndsIt) {
     startController({"--tag", "T:DINT=0", "--ramp", "5"});
-    const CliResult result = runIntoHead(withController("watch", {"--interval", "20", "DINT0:T"}));
+    const CliResult result =
+        runAndStopReading(withController("watch", {"--interval", "20", "DINT0:T"}), " DINT0:T = ");
     EXPECT_EQ(result.signal, SIGPIPE);
 }
 
@@ -176,9 +156,7 @@ class Terminal {
     Terminal(const QString& program, const QStringList& arguments,
              const QProcessEnvironment& environment, const char* type) {
         struct winsize size = {24, 80, 0, 0};
-        std::vector<QByteArray> words{QFile::encodeName(program)};
-        for (const QString& argument : arguments)
-            words.push_back(argument.toUtf8());
+        std::vector<QByteArray> words = programWords(program, arguments);
         std::vector<QByteArray> settings;
         for (const QString& setting : environment.toStringList()) {
             if (!setting.startsWith("TERM=") && !setting.startsWith("NO_COLOR="))
@@ -187,7 +165,7 @@ class Terminal {
         settings.push_back(QByteArray("TERM=") + type);
         m_pid = forkpty(&m_master, nullptr, nullptr, &size);
         if (m_pid == 0) {
-            execve(words[0].constData(), pointers(&words).data(), pointers(&settings).data());
+            execvpe(words[0].constData(), pointersTo(&words).data(), pointersTo(&settings).data());
             _exit(127);
         }
         fcntl(m_master, F_SETFD, FD_CLOEXEC);
@@ -220,7 +198,10 @@ class Terminal {
         m_screen.clear();
         return screen;
     }
-    pid_t pid() const { return m_pid; }
+    void signal(int number) {
+        if (m_pid > 0)
+            kill(m_pid, number);
+    }
 
     /// The exit code; -1 when the program ended by a signal or not in time.
     int wait() {
@@ -245,13 +226,6 @@ class Terminal {
     }
 
  private:
-    static std::vector<char*> pointers(std::vector<QByteArray>* texts) {
-        std::vector<char*> result;
-        for (QByteArray& text : *texts)
-            result.push_back(text.data());
-        result.push_back(nullptr);
-        return result;
-    }
     void take(int ms) {
         struct pollfd waited = {m_master, POLLIN, 0};
         while (poll(&waited, 1, ms) > 0 && (waited.revents & POLLIN)) {
@@ -319,7 +293,7 @@ TEST_F(CliTable, EndsOnQAndOnSigterm) {
 
     Terminal bySignal(program(), withController("watch", {"DINT0:T"}), environment, "xterm");
     ASSERT_TRUE(bySignal.shows("DINT0:T"));
-    kill(bySignal.pid(), SIGTERM);
+    bySignal.signal(SIGTERM);
     EXPECT_EQ(bySignal.wait(), 0);
     EXPECT_TRUE(bySignal.isRestored());
 }
