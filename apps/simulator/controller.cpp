@@ -47,8 +47,20 @@ void Controller::serve(EncapSession& session, ByteView frame, Exchange& exchange
         discard(exchange, "status or options not 0");
         return;
     }
-    const ByteView body = frame.from(kEncapHeaderSize);
     beginReply(exchange.reply, header, header.session);
+    dispatch(session, header, frame.from(kEncapHeaderSize), exchange);
+    // What was refused before its service was known meets its faults here.
+    const bool undecided = exchange.service < 0 && header.command != kRegisterSession;
+    if (!exchange.reply.empty() && undecided) {
+        selectFaults(exchange);
+    }
+    if (!exchange.reply.empty()) {
+        finishReply(exchange.reply);
+    }
+}
+
+void Controller::dispatch(EncapSession& session, const EncapHeader& header, ByteView body,
+                          Exchange& exchange) {
     switch (header.command) {
         case kNop:
             discard(exchange, "NOP");
@@ -77,14 +89,6 @@ void Controller::serve(EncapSession& session, ByteView frame, Exchange& exchange
             break;
         default:
             refuse(exchange, kEncapUnsupportedCommand);
-    }
-    // What was refused before its service was known meets its faults here.
-    const bool undecided = exchange.service < 0 && header.command != kRegisterSession;
-    if (!exchange.reply.empty() && undecided) {
-        selectFaults(exchange);
-    }
-    if (!exchange.reply.empty()) {
-        finishReply(exchange.reply);
     }
 }
 

@@ -105,7 +105,7 @@ void distortCip(const Fault& fault, Exchange& exchange) {
             break;
         case FaultKind::shortOpenReply:
             if (exchange.service == kForwardOpen && exchange.status.ok()) {
-                const size_t size = reply.size() - dataAt(exchange);
+                const size_t size = reply.size() - std::min(reply.size(), dataAt(exchange));
                 shorten(exchange, size - std::min(size, size_t(fault.parameter)));
             }
             break;

@@ -245,4 +245,54 @@ TEST_F(Delivering, LeavesPlacesAloneThatAReplyDoesNotHave) {
     EXPECT_EQ(hexText("6500 0400 01000000 00000000 0000000000000000 00000000 0100 0000"), sent());
 }
 
+/// Any two faults on any reply leave something that can be sent; the sanitizers watch.
+TEST_F(Delivering, SurvivesAllPairsOfFaults) {
+    const char* const faults[] = {"silence",
+                                  "cut",
+                                  "cut:999",
+                                  "reset:3",
+                                  "torn:7",
+                                  "torn:0",
+                                  "torn-header:99",
+                                  "late:5",
+                                  "repeat:0",
+                                  "repeat:3",
+                                  "truncate:0",
+                                  "truncate:99999",
+                                  "wrong-command",
+                                  "wrong-session",
+                                  "wrong-connection",
+                                  "wrong-sequence",
+                                  "wrong-service",
+                                  "encap-status:1",
+                                  "encap-length-long:70000",
+                                  "encap-length-short:70000",
+                                  "item-count:70000",
+                                  "item-length-long:70000",
+                                  "status:5",
+                                  "additional-status-size",
+                                  "unknown-type",
+                                  "string-length-past-end",
+                                  "short-reply:0",
+                                  "short-reply:999",
+                                  "refuse-register",
+                                  "refuse-open",
+                                  "short-open-reply:0",
+                                  "short-open-reply:999"};
+    for (const char* first : faults) {
+        for (const char* second : faults) {
+            readReply(kReadReply);
+            strike({first, second});
+            readReply(kStringReply);
+            strike({first, second});
+            openReply();
+            strike({first, second});
+            m_exchange.begin(sim::ByteView());
+            m_exchange.reply = hex("9900 0000 00000000 01000000 0000000000000000 00000000");
+            strike({first, second});
+            EXPECT_GE(3u * 24, m_delivery.segments.size()) << first << second;
+        }
+    }
+}
+
 }  // namespace
