@@ -54,6 +54,7 @@ EipWorker::Impl::Impl(CipPlcDriverCallback* owner, const QString& address, unsig
       timeout(ms),
       routePath(route),
       stop(false),
+      ended(false),
       errFlag(false),
       ip(detachedCopy(address)),
       port(tcpPort),
@@ -93,7 +94,7 @@ EipWorker::EipWorker(CipPlcDriverCallback* receiver, const QString& ip, unsigned
                      unsigned long timeout, const std::vector<unsigned char>& routePath)
     : d(new Impl(receiver, ip, port, timeout, routePath)) {}
 
-EipWorker::~EipWorker() {}
+EipWorker::~EipWorker() { d->ended.load(std::memory_order_acquire); }
 
 void EipWorker::stop() { d->stop.store(true); }
 
@@ -257,6 +258,7 @@ void EipWorker::run() {
         }
         pollSession();
     }
+    d->ended.store(true, std::memory_order_release);
 }
 
 bool EipWorker::serveOneDriverCommand(Served* served) {

@@ -29,6 +29,7 @@ struct EipWorker::Impl {
 
     // any thread
     std::atomic<bool> stop;
+    std::atomic<bool> ended;  ///< the loop's last store; what it did is seen by who reads it
 
     // guarded by errMutex
     mutable std::mutex errMutex;

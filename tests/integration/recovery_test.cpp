@@ -136,6 +136,8 @@ struct FaultRow {
     const char* error;  ///< text of the first read; null when that read still succeeds
 };
 
+void PrintTo(const FaultRow& row, std::ostream* out) { *out << row.fault; }
+
 class RecoveryFrom : public ::testing::TestWithParam<FaultRow> {};
 
 /// Every fault strikes one answer. The faulty answer fails the read with its text or is put right, never gives another value, and

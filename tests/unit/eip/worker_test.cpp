@@ -155,7 +155,7 @@ TEST_F(Worker, MalformedLinesGetNoAnswerAndDoNoHarm) {
     for (const QByteArray& line :
          {QByteArray("\n"), QByteArray("\t\t \t\n"), QByteArray("07\t0001\n"),
           QByteArray("02\t0001\tA\n"), QByteArray("02\tXYZ\tA\t1\n"), QByteArray("04\t0001\tA\n"),
-          QByteArray("01\t0000\tA\t1\n"), endless + "\n"}) {
+          QByteArray("01\t0001\tB\n"), endless + "\n"}) {
         worker.sendCmd(0, line.constData(), line.size());
     }
     EXPECT_EQ(QByteArray("02\t0009\t78\n"), exchange("02\t0009\tA\t1\n"));

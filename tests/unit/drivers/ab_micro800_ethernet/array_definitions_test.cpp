@@ -55,6 +55,8 @@ struct BadRange {
     int dims;
 };
 
+void PrintTo(const BadRange& row, std::ostream* out) { *out << row.ranges; }
+
 class BadRanges : public ::testing::TestWithParam<BadRange> {};
 
 TEST_P(BadRanges, AreRefusedAndLeaveTheCount) {

@@ -31,6 +31,8 @@ struct PrefixRow {
     int size;
 };
 
+void PrintTo(const PrefixRow& row, std::ostream* out) { *out << row.symbol; }
+
 class TagAddressPrefix : public ::testing::TestWithParam<PrefixRow> {};
 
 TEST_P(TagAddressPrefix, HasItsCodeAndSize) {
