@@ -308,20 +308,24 @@ void CipTcpCallback::emptyRxBuffer() {
 }
 
 int CipTcpCallback::sendData(const _Encap_Header* request) {
-    emptyRxBuffer();
-    const unsigned char* bytes = reinterpret_cast<const unsigned char*>(request);
+    const unsigned char* const bytes = reinterpret_cast<const unsigned char*>(request);
     const size_t total = size_t(kEncapHeaderSize) + _GetEncapLength(request);
     size_t sent = 0;
+    bool drained = false;
     Countdown countdown(d->txTimeout);
     do {
         fd_set readable = d->readFds;
         fd_set writable = d->writeFds;
-        if (d->sock >= 0) {
+        if (drained && d->sock >= 0) {
             FD_CLR(d->sock, &readable);
         }
         timeval time = countdown.beginRound();
         if (select(d->maxFd + 1, &readable, &writable, 0, &time) < 1) {
             return 0;
+        }
+        // Before the first byte leaves, all that came unasked goes.
+        if (!drained && d->socketIn(readable)) {
+            d->drainSocket();
         }
         d->servePipes(readable);
         if (d->socketIn(writable)) {
@@ -334,6 +338,7 @@ int CipTcpCallback::sendData(const _Encap_Header* request) {
         if (sent == total) {
             return static_cast<int>(total);
         }
+        drained = sent > 0;
     } while (!countdown.expired());
     return 0;
 }
