@@ -50,6 +50,25 @@ _Eip_Connection* _ConnectPLCOverCNET2(_Eip_Session* session, int plcKind,
                                       unsigned char transport, const unsigned char* routePath,
                                       unsigned char routePathLength);
 
+/// The same with O->T connection id 0: the target chooses it, as bridges of a ControlNet route do.
+/// PCCC commands to the controller behind the route go over it as Execute PCCC requests.
+_Eip_Connection* _ConnectPLCOverCNET(_Eip_Session* session, int plcKind, unsigned char priorityTick,
+                                     unsigned char timeoutTicks, uint32_t tToOConnectionId,
+                                     uint16_t connectionSerial, uint16_t vendorId,
+                                     uint32_t originatorSerial, unsigned char timeoutMultiplier,
+                                     uint32_t rpiMs, unsigned char transport,
+                                     const unsigned char* routePath, unsigned char routePathLength);
+
+/// Opens a class 3 connection, O->T connection id 0, to the DH+ proxy behind `routePath` (to the
+/// module that has the DH+ ports). `channel` is 'A' or 'B', in either case; any other gives null
+/// with (0, -1, 0). PCCC commands go over it with a DH+ header in front. Otherwise as above.
+_Eip_Connection* _ConnectPLCOverDHP(_Eip_Session* session, int plcKind, unsigned char priorityTick,
+                                    unsigned char timeoutTicks, uint32_t tToOConnectionId,
+                                    uint16_t connectionSerial, uint16_t vendorId,
+                                    uint32_t originatorSerial, unsigned char timeoutMultiplier,
+                                    uint32_t rpiMs, unsigned char transport, char channel,
+                                    const unsigned char* routePath, unsigned char routePathLength);
+
 /// Forward Open with every field from the caller and O->T connection id 0 (the target chooses).
 /// Null as above.
 _Eip_Connection* _Forward_Open(_Eip_Session* session, unsigned char priorityTick,

@@ -21,10 +21,6 @@ static_assert(kForwardOpenHead == 36, "the path starts at an even offset");
 /// O->T and T->O connection id at the start of the reply data.
 const int kConnectionIdsSize = 4 + 4;
 
-/// Network connection parameters (CIP Vol. 1, 3-5.5.1.1): point to point, low priority, variable
-/// size of at most 0x102 (258) bytes.
-const uint16_t kSmallParameters = 0x4302;
-
 const uint32_t kUsPerMs = 1000;
 
 /// The fields of the request.
@@ -160,23 +156,4 @@ _Eip_Connection* _Forward_Open2(_Eip_Session* session, unsigned char priorityTic
                                originatorSerial, timeoutMultiplier, rpiMs,
                                parameters,       transport};
     return open(session, fields, path, pathLength);
-}
-
-_Eip_Connection* _ConnectPLCOverCNET2(_Eip_Session* session, int plcKind,
-                                      unsigned char priorityTick, unsigned char timeoutTicks,
-                                      uint32_t tToOConnectionId, uint16_t connectionSerial,
-                                      uint16_t vendorId, uint32_t originatorSerial,
-                                      unsigned char timeoutMultiplier, uint32_t rpiMs,
-                                      unsigned char transport, const unsigned char* routePath,
-                                      unsigned char routePathLength) {
-    unsigned char path[UINT8_MAX + sizeof(ROUTER_PATH)];
-    const int routeLength = routePath ? routePathLength : 0;
-    if (routeLength > 0) {
-        memcpy(path, routePath, static_cast<size_t>(routeLength));
-    }
-    memcpy(path + routeLength, ROUTER_PATH, sizeof(ROUTER_PATH));
-    const uint16_t parameters = plcKind == 1 || plcKind == 2 ? kSmallParameters : _Parameters;
-    return _Forward_Open2(session, priorityTick, timeoutTicks, tToOConnectionId, connectionSerial,
-                          vendorId, originatorSerial, timeoutMultiplier, rpiMs, parameters,
-                          transport, path, routeLength + static_cast<int>(sizeof(ROUTER_PATH)));
 }

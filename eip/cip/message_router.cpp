@@ -40,15 +40,25 @@ bool fitsRequest(int pathLength, int dataLength) {
     return true;
 }
 
+/// Whether the reply is one to the request: of the service that answers it, or a refusal by the
+/// service that carries it.
+bool answers(const _MR_Reply* reply, uint8_t service, uint8_t answering) {
+    if (reply->service == (answering | kReplyServiceBit)) {
+        return true;
+    }
+    return reply->service == (service | kReplyServiceBit) && reply->generalStatus != 0;
+}
+
 /// A copy of the message-router reply inside an encapsulated reply that passed isGoodReply.
-cip::MallocPtr<_MR_Reply> copyMRReply(const _Encap_Header* reply, uint8_t service, int* size) {
+cip::MallocPtr<_MR_Reply> copyMRReply(const _Encap_Header* reply, uint8_t service,
+                                      uint8_t answering, int* size) {
     const cip::CpfView items = cip::viewItems(reply);
     if (!items.data) {
         cip::recordNoDataItem(reply, items.broken);
         return nullptr;
     }
     const cip::MRView found = cip::viewMRItem(items.data);
-    if (!found.reply || found.reply->service != (service | kReplyServiceBit)) {
+    if (!found.reply || !answers(found.reply, service, answering)) {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_INVALID_REPLY, 0);
         return nullptr;
     }
@@ -163,24 +173,30 @@ _Encap_Header* _ExSendMRRequest(_Eip_Session* session, const void* request, int 
     return _SendRRData(session, &address, nullptr, &data, request);
 }
 
-_MR_Reply* _SendMRRequest(_Eip_Session* session, uint8_t service, const void* path, int pathLength,
-                          const void* data, int dataLength, int* replySize) {
+_MR_Reply* cip::sendMRRequest(_Eip_Session* session, uint8_t service, const void* path,
+                              int pathLength, const void* data, int dataLength, uint8_t answering,
+                              int* replySize) {
     int unwanted = 0;
     int* size = replySize ? replySize : &unwanted;
     *size = 0;
     CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     int requestSize = 0;
-    const cip::MallocPtr<unsigned char> request(
+    const MallocPtr<unsigned char> request(
         _BuildMRRequest(service, path, pathLength, data, dataLength, &requestSize));
     if (!request) {
         return nullptr;
     }
-    const cip::MallocPtr<_Encap_Header> reply(
-        _ExSendMRRequest(session, request.get(), requestSize));
-    if (!reply || !cip::isGoodReply(reply.get(), session, ENCAP_SEND_RR_DATA)) {
+    const MallocPtr<_Encap_Header> reply(_ExSendMRRequest(session, request.get(), requestSize));
+    if (!reply || !isGoodReply(reply.get(), session, ENCAP_SEND_RR_DATA)) {
         return nullptr;
     }
-    return copyMRReply(reply.get(), service, size).release();
+    return copyMRReply(reply.get(), service, answering, size).release();
+}
+
+_MR_Reply* _SendMRRequest(_Eip_Session* session, uint8_t service, const void* path, int pathLength,
+                          const void* data, int dataLength, int* replySize) {
+    return cip::sendMRRequest(session, service, path, pathLength, data, dataLength, service,
+                              replySize);
 }
 
 const _MR_Reply* _GetMRReply(const _Encap_Header* reply) {

@@ -37,6 +37,11 @@ bool isGoodReply(const _Encap_Header* reply, const _Eip_Session* session, uint16
 /// (2, encapsulation status, 0).
 void recordNoDataItem(const _Encap_Header* reply, bool broken);
 
+/// _SendMRRequest for a service whose reply may come from a request embedded in it: accepted are
+/// replies of the service `answering`, and refusals by `service` itself.
+_MR_Reply* sendMRRequest(_Eip_Session* session, uint8_t service, const void* path, int pathLength,
+                         const void* data, int dataLength, uint8_t answering, int* replySize);
+
 }  // namespace cip
 
 #endif
