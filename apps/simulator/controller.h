@@ -46,6 +46,8 @@ class Controller {
     void dropConnections() { m_connections.dropAll(); }
 
  private:
+    void dispatch(EncapSession& session, const EncapHeader& header, ByteView body,
+                  Exchange& exchange);
     void registerSession(EncapSession& session, ByteView body, Exchange& exchange);
     void list(const EncapSession& session, ByteView body, Exchange& exchange);
     void sendRRData(const EncapSession& session, ByteView body, Exchange& exchange);
