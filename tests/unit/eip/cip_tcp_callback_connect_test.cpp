@@ -1,0 +1,168 @@
+// How the transport connects, against real sockets on loopback.
+
+#include <errno.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <netinet/tcp.h>
+
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "eip/cip_tcp_callback.h"
+#include "unit/eip/tcp_transport.h"
+
+namespace {
+
+TEST(TcpConnect, BeginsWithoutAConnection) {
+    CipTcpCallback transport;
+    EXPECT_FALSE(transport.isConnected());
+    EXPECT_EQ(QString("Success(0)"), transport.lastError());
+    transport.disconnect();
+    EXPECT_FALSE(transport.isConnected());
+}
+
+TEST(TcpConnect, ConnectsAndDisconnects) {
+    LoopbackServer server;
+    CipTcpCallback transport;
+    EXPECT_EQ(1, transport.connect("127.0.0.1", server.port(), kSoonMs));
+    EXPECT_TRUE(transport.isConnected());
+    EXPECT_EQ(QString("Success(0)"), transport.lastError());
+    ASSERT_TRUE(server.accept());
+    transport.disconnect();
+    EXPECT_FALSE(transport.isConnected());
+    EXPECT_TRUE(server.peerClosed());
+    EXPECT_EQ(1, transport.connect("127.0.0.1", server.port(), kSoonMs));
+    EXPECT_TRUE(server.accept());
+}
+
+TEST(TcpConnect, TakesHostNames) {
+    LoopbackServer server;
+    CipTcpCallback transport;
+    EXPECT_EQ(1, transport.connect("localhost", server.port(), kSoonMs));
+}
+
+TEST(TcpConnect, RefusesWhatIsNoHost) {
+    for (const char* host : {static_cast<const char*>(nullptr), "", "not a host"}) {
+        CipTcpCallback transport;
+        const std::set<int> before = openDescriptors();
+        errno = 0;
+        EXPECT_EQ(0, transport.connect(host, 44818, 1000)) << (host ? host : "null");
+        EXPECT_FALSE(transport.lastError().startsWith("Success")) << (host ? host : "null");
+        EXPECT_FALSE(transport.isConnected());
+        EXPECT_EQ(before, openDescriptors());
+    }
+}
+
+TEST(TcpConnect, WhileConnectedMakesNoNewSocket) {
+    LoopbackServer server;
+    CipTcpCallback transport;
+    ASSERT_EQ(1, transport.connect("127.0.0.1", server.port(), kSoonMs));
+    ASSERT_TRUE(server.accept());
+    const std::set<int> before = openDescriptors();
+    EXPECT_EQ(1, transport.connect("127.0.0.1", server.port(), kSoonMs));
+    EXPECT_EQ(1, transport.connect("not a host", 1, 0));
+    EXPECT_EQ(before, openDescriptors());
+    EXPECT_FALSE(server.accept(50));
+}
+
+TEST(TcpConnect, SetsTheSocketUp) {
+    LoopbackServer server;
+    CipTcpCallback transport;
+    const std::set<int> before = openDescriptors();
+    ASSERT_EQ(1, transport.connect("127.0.0.1", server.port(), kSoonMs));
+    const std::set<int> made = minus(openDescriptors(), before);
+    ASSERT_EQ(1u, made.size());
+    const int sock = *made.begin();
+    int noDelay = 0;
+    socklen_t size = sizeof noDelay;
+    EXPECT_EQ(0, getsockopt(sock, IPPROTO_TCP, TCP_NODELAY, &noDelay, &size));
+    EXPECT_NE(0, noDelay);
+    EXPECT_TRUE(fcntl(sock, F_GETFL) & O_NONBLOCK);
+    EXPECT_TRUE(fcntl(sock, F_GETFD) & FD_CLOEXEC);
+}
+
+TEST(TcpConnect, TellsWhyItWasRefused) {
+    LoopbackServer server;
+    server.stopListening();
+    CipTcpCallback transport;
+    const std::set<int> before = openDescriptors();
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(0, transport.connect("127.0.0.1", server.port(), kSoonMs));
+        EXPECT_EQ(QString("Connection refused(111)"), transport.lastError());
+        EXPECT_FALSE(transport.isConnected());
+        EXPECT_EQ(before, openDescriptors());
+    }
+}
+
+TEST(TcpConnect, GivesUpAfterItsTime) {
+    DeafServer server;
+    CipTcpCallback transport;
+    const std::set<int> before = openDescriptors();
+    for (int ms : {120, 0}) {
+        const Stopwatch watch;
+        EXPECT_EQ(0, transport.connect("127.0.0.1", server.port(), static_cast<unsigned>(ms)));
+        EXPECT_GE(watch.ms(), ms);
+        EXPECT_LT(watch.ms(), ms + kSoonMs);
+        EXPECT_EQ(QString("Connection timed out(110)"), transport.lastError());
+        EXPECT_EQ(before, openDescriptors());
+    }
+}
+
+TEST(TcpConnect, ServesThePipesMeanwhile) {
+    DeafServer server;
+    Transport transport;
+    transport.onPipe = [&](int pipe) { transport.take(pipe); };
+    ASSERT_EQ(2, transport.sendClientPipe(1, "b\n", 2));
+    ASSERT_EQ(2, transport.sendClientPipe(0, "a\n", 2));
+    const Stopwatch watch;
+    EXPECT_EQ(0, transport.connect("127.0.0.1", server.port(), 120));
+    EXPECT_GE(watch.ms(), 119);  // a round of no time counts as a millisecond
+    EXPECT_EQ(std::vector<int>({0, 1}), transport.served);
+    EXPECT_EQ(QString("Connection timed out(110)"), transport.lastError());
+}
+
+TEST(TcpConnect, EndsEvenWhenNobodyReadsAReadablePipe) {
+    DeafServer server;
+    Transport transport;
+    ASSERT_EQ(2, transport.sendClientPipe(0, "a\n", 2));
+    EXPECT_EQ(0, transport.connect("127.0.0.1", server.port(), 60));
+    EXPECT_GE(transport.served.size(), 2u);
+    EXPECT_LE(transport.served.size(), 61u);
+    EXPECT_EQ(QString("Connection timed out(110)"), transport.lastError());
+}
+
+TEST(TcpConnect, KeepsItsTimeUnderSignals) {
+    DeafServer server;
+    CipTcpCallback transport;
+    const SignalRain rain;
+    const Stopwatch watch;
+    EXPECT_EQ(0, transport.connect("127.0.0.1", server.port(), 200));
+    EXPECT_LT(watch.ms(), kSoonMs);
+    EXPECT_EQ(QString("Connection timed out(110)"), transport.lastError());
+}
+
+TEST_F(Connected, ResetShowsAsAPendingErrorOnce) {
+    server.reset();
+    const Stopwatch watch;
+    while (transport.isConnected() && watch.ms() < kSoonMs) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(QString("Connection reset by peer(104)"), transport.lastError());
+}
+
+TEST_F(Connected, ConnectReplacesABrokenSocket) {
+    server.reset();
+    const std::set<int> before = openDescriptors();
+    // The check inside meets the pending error, closes the socket and connects anew.
+    const Stopwatch watch;
+    while (!server.accept(0) && watch.ms() < kSoonMs) {
+        EXPECT_EQ(1, transport.connect("127.0.0.1", server.port(), kSoonMs));
+    }
+    EXPECT_EQ(before.size() + 1, openDescriptors().size());  // the server's side of it
+    EXPECT_TRUE(server.send(message("x")));
+    EXPECT_EQ(message("x"), receive(transport));
+}
+
+}  // namespace
