@@ -31,12 +31,7 @@ class ConnectionManager : public testing::Test {
         return made;
     }
 
-    void playReply(const std::string& reply) {
-        const Bytes mr = bytes(reply);
-        transport.play(message(0x6F, 0x77, 0,
-                               bytes("00 00 00 00 00 00 02 00 00 00 00 00 B2 00") +
-                                   Bytes{static_cast<unsigned char>(mr.size()), 0} + mr));
-    }
+    void playReply(const std::string& reply) { transport.play(unconnectedReply(0x77, reply)); }
 
     ScriptedTransport transport;
     _Eip_Session* session;

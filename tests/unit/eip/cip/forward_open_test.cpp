@@ -12,17 +12,11 @@ class ForwardOpen : public testing::Test {
     ForwardOpen() : session(NewSession(1000, &transport)) { session->sessionHandle = 0x77; }
     ~ForwardOpen() override { DeleteSession(session); }
 
-    void playReply(const std::string& reply) {
-        const Bytes mr = bytes(reply);
-        transport.play(message(0x6F, 0x77, 0,
-                               bytes("00 00 00 00 00 00 02 00 00 00 00 00 B2 00") +
-                                   Bytes{static_cast<unsigned char>(mr.size()), 0} + mr));
-    }
+    void playReply(const std::string& reply) { transport.play(unconnectedReply(0x77, reply)); }
 
-    _Eip_Connection* open(const unsigned char* route = nullptr, unsigned char length = 0,
-                          int plcKind = 3) {
-        return _ConnectPLCOverCNET2(session, plcKind, 5, 247, 0x80FE0001, 2, 0x501B, 0x11223344, 2,
-                                    2000, _Transport, route, length);
+    _Eip_Connection* open() {
+        return _Forward_Open2(session, 5, 247, 0x80FE0001, 2, 0x501B, 0x11223344, 2, 2000, 0x43F8,
+                              0xA3, ROUTER_PATH, sizeof(ROUTER_PATH));
     }
 
     /// The message-router request that went out last.
@@ -51,51 +45,6 @@ TEST_F(ForwardOpen, RequestBytes) {
                   "05 F7 | 02 00 00 80 | 01 00 FE 80 | 02 00 | 1B 50 | 44 33 22 11 | 02 00 00 00 | "
                   "80 84 1E 00 | F8 43 | 80 84 1E 00 | F8 43 | A3 | 02 | 20 02 24 01")),
               hexOf(transport.requests.at(0)));
-}
-
-TEST_F(ForwardOpen, ParametersByKindOfController) {
-    const struct {
-        int kind;
-        const char* field;
-    } rows[] = {{1, "02 43"}, {2, "02 43"}, {3, "F8 43"},
-                {0, "F8 43"}, {4, "F8 43"}, {-1, "F8 43"}};
-    for (const auto& row : rows) {
-        open(nullptr, 0, row.kind);
-        EXPECT_EQ(row.field, hexOf(bytesAt(request().data() + 6 + 26, 2))) << row.kind;
-        EXPECT_EQ(row.field, hexOf(bytesAt(request().data() + 6 + 32, 2))) << row.kind;
-    }
-}
-
-TEST_F(ForwardOpen, RoutePathComesBeforeTheRouter) {
-    const unsigned char route[] = {0x01, 0x02};
-    open(route, 2);
-    EXPECT_EQ("A3 03 01 02 20 02 24 01", hexOf(bytesAt(request().data() + 6 + 34, 8)));
-    open(route, 0);
-    EXPECT_EQ("A3 02 20 02 24 01", hexOf(bytesAt(request().data() + 6 + 34, 6)));
-    open(nullptr, 2);
-    EXPECT_EQ("A3 02 20 02 24 01", hexOf(bytesAt(request().data() + 6 + 34, 6)));
-}
-
-TEST_F(ForwardOpen, OddPathsArePadded) {
-    const unsigned char route[] = {0x0F};
-    open(route, 1);
-    EXPECT_EQ("A3 03 0F 20 02 24 01 00", hexOf(bytesAt(request().data() + 6 + 34, 8)));
-    EXPECT_EQ(6u + (3 + 18) * 2, request().size());
-}
-
-TEST_F(ForwardOpen, PathsThatTheRecordCannotHoldAreRefused) {
-    const Bytes route = filled(255, 0x01);
-    for (int length : {252, 253, 255}) {
-        EXPECT_EQ(nullptr, open(route.data(), static_cast<unsigned char>(length)));
-        EXPECT_EQ((CipError{0, -31, 0}), lastError()) << length;
-    }
-    EXPECT_TRUE(transport.requests.empty());
-    playReply(kGoodReply);
-    _Eip_Connection* connection = open(route.data(), 251);
-    ASSERT_TRUE(connection);
-    EXPECT_EQ(255, connection->pathLength);
-    EXPECT_EQ(hexOf(filled(251, 1) + bytes("20 02 24 01")), hexOf(bytesAt(connection->path, 255)));
-    DeleteConnection(&connection);
 }
 
 TEST_F(ForwardOpen, BadPaths) {

@@ -15,17 +15,11 @@ namespace {
 const uint32_t kHandle = 0x77;
 
 Bytes unconnected(const std::string& reply) {
-    const Bytes mr = bytes(reply);
-    return message(0x6F, kHandle, 0,
-                   bytes("00 00 00 00 00 00 02 00 00 00 00 00 B2 00") +
-                       Bytes{static_cast<unsigned char>(mr.size()), 0} + mr);
+    return unconnectedReply(kHandle, reply);
 }
 
 Bytes connected(const std::string& reply) {
-    const Bytes mr = bytes(reply);
-    return message(0x70, kHandle, 0,
-                   bytes("00 00 00 00 00 00 02 00 A1 00 04 00 01 00 FE 80 B1 00") +
-                       Bytes{static_cast<unsigned char>(mr.size() + 2), 0, 1, 0} + mr);
+    return connectedReply(kHandle, 1, reply);
 }
 
 const Bytes kRegister = message(0x65, kHandle, 0, bytes("01 00 00 00"));

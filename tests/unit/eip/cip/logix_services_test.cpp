@@ -22,10 +22,7 @@ class LogixServices : public testing::Test {
     /// Answers the next request with this message-router reply.
     void answer(const std::string& reply) {
         connection.sequenceCount = 0;
-        const Bytes mr = bytes(reply);
-        transport.play(message(0x70, 0x77, 0,
-                               bytes("00 00 00 00 00 00 02 00 A1 00 04 00 01 00 FE 80 B1 00") +
-                                   Bytes{static_cast<unsigned char>(mr.size() + 2), 0, 1, 0} + mr));
+        transport.play(connectedReply(0x77, 1, reply));
     }
 
     /// The value of a read as hexadecimal text, "null" when it fails.

@@ -59,6 +59,23 @@ Bytes message(uint16_t command, uint32_t sessionHandle, uint32_t status, const B
     return out + body;
 }
 
+Bytes unconnectedReply(uint32_t sessionHandle, const std::string& messageRouter) {
+    const Bytes reply = bytes(messageRouter);
+    const Bytes items = bytes("02 00 | 00 00 00 00 | B2 00");
+    return message(
+        0x6F, sessionHandle, 0,
+        filled(6, 0) + items + Bytes{static_cast<unsigned char>(reply.size()), 0} + reply);
+}
+
+Bytes connectedReply(uint32_t sessionHandle, unsigned char sequenceCount,
+                     const std::string& messageRouter) {
+    const Bytes reply = bytes(messageRouter);
+    const Bytes items = bytes("02 00 | A1 00 04 00 01 00 FE 80 | B1 00");
+    return message(0x70, sessionHandle, 0,
+                   filled(6, 0) + items + Bytes{static_cast<unsigned char>(reply.size() + 2), 0} +
+                       Bytes{sequenceCount, 0} + reply);
+}
+
 Bytes cutMessage(const Bytes& whole, size_t size) {
     Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
     cut[2] = static_cast<unsigned char>(size - 24);

@@ -29,6 +29,12 @@ Bytes operator+(Bytes left, const Bytes& right);
 /// options, body.
 Bytes message(uint16_t command, uint32_t sessionHandle, uint32_t status, const Bytes& body);
 
+/// SendRRData and SendUnitData replies with status 0 around a message-router reply, which is given
+/// as hexadecimal text of at most 253 bytes.
+Bytes unconnectedReply(uint32_t sessionHandle, const std::string& messageRouter);
+Bytes connectedReply(uint32_t sessionHandle, unsigned char sequenceCount,
+                     const std::string& messageRouter);
+
 /// The same bytes cut behind `size`, with the length field counting what is left: what a transport
 /// hands out when the sender's own length was short.
 Bytes cutMessage(const Bytes& whole, size_t size);
@@ -40,7 +46,9 @@ struct CipError {
     int32_t extended;
 };
 bool operator==(const CipError& left, const CipError& right);
-inline bool operator!=(const CipError& left, const CipError& right) { return !(left == right); }
+inline bool operator!=(const CipError& left, const CipError& right) {
+    return !(left == right);
+}
 std::ostream& operator<<(std::ostream& out, const CipError& error);
 
 CipError lastError();
