@@ -22,8 +22,8 @@ namespace {
 const int kMRRequestHeadSize = 1 + 1;
 const int kMaxPathBytes = 255 * 2;
 
-/// Bytes before the message-router reply in a socket address item, and how much of the item's
-/// length they account for.
+const int kSequenceSize = 2;
+/// A socket address item's bytes before the message-router reply, all of which its length counts.
 const int kSockaddrSkip = 28;
 
 /// The checks of _BuildMRRequest; records the error.
@@ -92,18 +92,28 @@ cip::MRView cip::viewMRItem(const _Eip_Item* item) {
     if (!item) {
         return viewMR(nullptr, 0);
     }
-    const unsigned char* bytes = reinterpret_cast<const unsigned char*>(item);
-    const int length = _GetItemLength(item);
+    int before = 0;   // bytes of the item in front of the reply
+    int counted = 0;  // how many of them its length field counts
     switch (_GetItemType(item)) {
         case CPF_UNCONNECTED_DATA:
-            return viewMR(bytes + kItemHeadSize, length);
+            before = kItemHeadSize;
+            break;
         case CPF_CONNECTED_DATA:
-            return viewMR(bytes + kItemHeadSize + 2, length - 2);
+            before = kItemHeadSize + kSequenceSize;
+            counted = kSequenceSize;
+            break;
         case CPF_SOCKADDR_O_TO_T:
-            return viewMR(bytes + kSockaddrSkip, length - kSockaddrSkip);
+            before = kSockaddrSkip;
+            counted = kSockaddrSkip;
+            break;
         default:
             return viewMR(nullptr, 0);
     }
+    const int size = _GetItemLength(item) - counted;
+    if (size < kMRReplyHeadSize) {
+        return viewMR(nullptr, 0);
+    }
+    return viewMR(reinterpret_cast<const unsigned char*>(item) + before, size);
 }
 
 void cip::recordMRStatus(const _MR_Reply* reply) {

@@ -185,14 +185,15 @@ cip::MallocPtr<_PCCC_Reply> sendOverDhp(const _PCCC_Target* target, const void* 
         return nullptr;
     }
     const int front = kSequenceSize + kDhpHeaderSize;
-    return copyPccc(cip::itemData(item.get()) + front, _GetItemLength(item.get()) - front, request,
+    const int size = _GetItemLength(item.get()) - front;
+    return copyPccc(size > 0 ? cip::itemData(item.get()) + front : nullptr, size, request,
                     replySize);
 }
 
 /// Traces the end of an exchange and hands the reply out.
-_PCCC_Reply* finish(cip::MallocPtr<_PCCC_Reply> reply, int size, const char* errorFormat) {
+_PCCC_Reply* finish(cip::MallocPtr<_PCCC_Reply> reply, int size, const char* name) {
     if (!reply) {
-        LogCip(kTraceCalls, "!Exiting %s with error : %s\n", errorFormat, cip_err_msg());
+        LogCip(kTraceCalls, "!Exiting %s with error : %s\n", name, cip_err_msg());
         return nullptr;
     }
     LogCip(kTraceCalls, "->Exiting SendUnConnectedPCCCRequest : size=%d (%p)\n", size,
@@ -208,8 +209,8 @@ _PCCC_Reply* _SendUnConnectedPCCCRequest(const _PCCC_Target* target, const void*
     int* size = replySize ? replySize : &unwanted;
     *size = 0;
     LogCip(kTraceCalls, "->Entering SendUnConnectedPCCCRequest \n");
-    return finish(sendUnconnected(target, request, requestLength, size), *size,
-                  "SendUnConnectedPCCCRequest");
+    cip::MallocPtr<_PCCC_Reply> reply = sendUnconnected(target, request, requestLength, size);
+    return finish(std::move(reply), *size, "SendUnConnectedPCCCRequest");
 }
 
 _PCCC_Reply* _SendConnectedPCCCRequest(const _PCCC_Target* target, const void* request,

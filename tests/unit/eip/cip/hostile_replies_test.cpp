@@ -6,7 +6,9 @@
 #include <cstdlib>
 #include <string>
 
+#include "eip/cip/logix_id_list.h"
 #include "eip/cip/logix_services.h"
+#include "eip/cip/unconnected_send.h"
 #include "unit/eip/cip/reply_sweeps.h"
 #include "unit/eip/cip/scripted_transport.h"
 
@@ -212,6 +214,40 @@ TEST_F(HostileServices, Connections) {
         EXPECT_GE(status, -1);
         EXPECT_LE(status, 0xFF);
     });
+}
+
+TEST_F(HostileServices, RoutedRequests) {
+    const unsigned char route[] = {0x01, 0x00};
+    session->sessionHandle = kHandle;
+    for (const Bytes& reply : {unconnected("CB 00 00 00 11 22 33 44"),
+                               unconnected("D2 00 01 01 04 02 01"), kForwardOpenRefused}) {
+        const auto use = [&](const Bytes& variant, size_t) {
+            transport.requests.clear();
+            transport.play(variant);
+            int size = 0;
+            _MR_Reply* mr =
+                _UnconnectedSend(session, 7, 0x9A, "\x4B\x00", 2, route, sizeof(route), &size);
+            if (mr) {
+                touch(mr, size);
+                touch(
+                    _GetMRData(mr),
+                    size - static_cast<int>(_GetMRData(mr) - reinterpret_cast<unsigned char*>(mr)));
+                _GetMRExtendedStatus(mr);
+            }
+            free(mr);
+            transport.play(variant);
+            _Id_List* list = _GetIdList(session, route, sizeof(route));
+            if (list) {
+                touch(_GetIdListData(list), list->length);
+            }
+            free(list);
+        };
+        forEachVariant(reply, use);
+        forEachCut(reply, [&](const Bytes& cut, size_t size) {
+            transport.play(cut);
+            EXPECT_EQ(nullptr, _GetIdList(session, route, sizeof(route))) << size;
+        });
+    }
 }
 
 TEST_F(HostileServices, CutReadsAndWritesAlwaysFail) {
