@@ -1,5 +1,6 @@
 #include "eip/cip_plc_driver_callback.h"
 
+#include <QSet>
 #include <QtDebug>
 #include <cstdlib>
 #include <cstring>
@@ -63,6 +64,7 @@ class CipPlcDriverCallback::Impl {
     QStringList read;
     QStringList readArrayElement;
     QStringList ipSettingChanged;
+    QSet<QString> polledKeys;  ///< cache keys of the list that the worker took last
     LgxDataCache cache;
 };
 
@@ -147,7 +149,9 @@ void CipPlcDriverCallback::serverPipeOnReceiveDriverReadCmd(int pipe) {
         return;
     }
     QByteArray value;
-    if (cacheValue(command.name, value)) {
+    // A polled entry's key is another tag's name with a count behind it: what lies under it is that
+    // tag's value, never this one's.
+    if (!d->polledKeys.contains(command.name) && cacheValue(command.name, value)) {
         sendDriverReadRsp(commandPipe, tid, value);
         clearDriverReadCmd();
     }
@@ -238,8 +242,10 @@ QList<LgxReadCmd> CipPlcDriverCallback::driverSetSessionCmd(bool* ok) {
 QHash<QString, int> CipPlcDriverCallback::driverSetSessionCmd2(bool* ok) {
     const QList<LgxReadCmd> entries = driverSetSessionCmd(ok);
     QHash<QString, int> counts;
+    d->polledKeys.clear();
     for (int i = 0; i < entries.size(); ++i) {
         counts.insert(entries.at(i).name, entries.at(i).count);
+        d->polledKeys.insert(LgxDataCache::keyFrom(entries.at(i).name, entries.at(i).count));
     }
     return counts;
 }

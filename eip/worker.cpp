@@ -1,5 +1,7 @@
 #include "eip/worker.h"
 
+#include <pthread.h>
+#include <signal.h>
 #include <sys/prctl.h>
 #include <unistd.h>
 
@@ -242,6 +244,10 @@ void EipWorker::seedOriginator() {
 
 void EipWorker::run() {
     seedOriginator();
+    // The host's signals are for the host: one that ended a wait here would look like a lost reply.
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_BLOCK, &all, 0);
     // The pause between two polls is a millisecond; the system's default lateness is a part of it.
     prctl(PR_SET_TIMERSLACK, kTimerSlackNs);
     while (!d->stop.load()) {

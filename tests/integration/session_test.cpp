@@ -234,6 +234,15 @@ TEST_F(Session, DirectReadsDoNotStarveThePolledValue) {
     }));
 }
 
+/// A polled tag's cache key is its name and count: the name of another tag may look just like it.
+TEST_F(Session, TagNamedLikeACacheKeyGetsItsOwnValue) {
+    start({"--tag", "MOTOR:DINT=11", "--tag", "MOTOR_1:DINT=22"});
+    driver->setSessionCommand(Commands() << dint("MOTOR"));
+    EXPECT_EQ(11, readDint(driver.get(), device.get(), "MOTOR"));
+    ASSERT_TRUE(polled("MOTOR"));
+    EXPECT_EQ(22, readDint(driver.get(), device.get(), "MOTOR_1"));
+}
+
 TEST_F(Session, AddressChangeEmptiesTheCache) {
     start({"--tag", "A:DINT=1"});
     Controller other({"--tag", "A:DINT=100"});
