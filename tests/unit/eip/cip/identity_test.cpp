@@ -82,6 +82,19 @@ TEST(Identity, OtherReplies) {
     EXPECT_EQ(filled(sizeof(identity), 0xEE), bytesAt(&identity, sizeof(identity))) << "unchanged";
 }
 
+TEST(Identity, ItemTooShortForTheFields) {
+    for (size_t length = 0; length <= 33; ++length) {
+        const Bytes reply =
+            message(0x63, 0, 0,
+                    bytes("01 00 | 0C 00") + Bytes{static_cast<unsigned char>(length), 0} +
+                        filled(length, 0));
+        CipIdentity identity;
+        CIPERROR(0, 0, 0);
+        EXPECT_FALSE(DecodeIdentity(ReplyBuffer(reply).header(), &identity)) << length;
+        EXPECT_EQ((CipError{0, -20, 0}), lastError());
+    }
+}
+
 TEST(Identity, EveryCutFails) {
     forEachCut(identityReply("2080-LC50", 9), [](const Bytes& cut, size_t size) {
         CipIdentity identity;

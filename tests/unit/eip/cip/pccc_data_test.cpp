@@ -78,10 +78,12 @@ TEST(PcccData, TypedRepliesThatDoNotHoldTogether) {
              "99 09 03 42",
              "99 09 03 42 FE",
              "99 09 03 42 FE 07 00",
-             "99 09 04 42 FE 07 00",  // no whole number of integers
-             "99 09 01 42",           // no element
-             "99 09 02 40 00",        // elements of no size
-             "99 09 00",              // no element type
+             "42 2A 00 2B 00",           // more than the size says
+             "99 09 03 42 FE 07 FF 07",  // likewise
+             "99 09 04 42 FE 07 00",     // no whole number of integers
+             "99 09 01 42",              // no element
+             "99 09 02 40 00",           // elements of no size
+             "99 09 00",                 // no element type
              "40",
              "40 00",
              "00",
@@ -189,6 +191,9 @@ TEST(PcccData, IndexesOfNoElement) {
         EXPECT_FALSE(_PCCC_GetValueAsBoolean(read.get(), index));
         EXPECT_EQ(kRange, lastError());
     }
+    read->count = 1;
+    EXPECT_EQ(0, _PCCC_GetValueAsInteger(read.get(), 1)) << "the count counts";
+    EXPECT_EQ(kRange, lastError());
     read->count = INT32_MAX;
     EXPECT_EQ(0, _PCCC_GetValueAsInteger(read.get(), 2));
     EXPECT_EQ(kRange, lastError());
