@@ -22,7 +22,7 @@ if(CMAKE_CROSSCOMPILING OR MICRO800_QT4)
   install(FILES docs/panel.md docs/troubleshooting.md DESTINATION docs)
   install(FILES packaging/panel/LINKED-IN.txt DESTINATION licenses)
   # What Debian ships about the compiler whose libraries were linked in.
-  file(GLOB gcc_copyright "${CMAKE_SYSROOT}/usr/share/doc/gcc-*-base/copyright")
+  file(GLOB gcc_copyright "/usr/share/doc/gcc-*-${CMAKE_LIBRARY_ARCHITECTURE}-base/copyright")
   if(gcc_copyright)
     list(GET gcc_copyright 0 gcc_copyright)
     install(FILES "${gcc_copyright}" DESTINATION licenses RENAME gcc-copyright.txt)
