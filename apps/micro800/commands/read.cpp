@@ -79,6 +79,26 @@ bool readRounds(const ReadPlan& plan, DriverSession* session, Console& console) 
     return allOk;
 }
 
+QVector<OptionSpec> readOptions() {
+    return connectionOptionSpecs(true) +
+           QVector<OptionSpec>{
+               {QStringLiteral("count"), QStringLiteral("N"),
+                QStringLiteral(
+                    "Elements to read from each address, which must be an array element."),
+                QStringLiteral("1")},
+               {QStringLiteral("repeat"), QStringLiteral("N"), QStringLiteral("Rounds to read."),
+                QStringLiteral("1")},
+               {QStringLiteral("interval"), QStringLiteral("MS"),
+                QStringLiteral("From the start of one round to the start of the next."),
+                QString::number(kDefaultIntervalMs)},
+               {QStringLiteral("json"), QString(),
+                QStringLiteral("Prints one JSON object a read: address, type, ok, ms, and value, "
+                               "values (with --count) or error. Infinities and nan are strings. A "
+                               "failure goes to standard error as well."),
+                QString()},
+           };
+}
+
 }  // namespace
 
 CommandHelp readHelp() {
@@ -100,22 +120,7 @@ CommandHelp readHelp() {
                "An address without an index is one element, also where the controller "
                "has an array of that name. With --count the address names the first "
                "element, and the values stand side by side.");
-    help.options = connectionOptionSpecs(true);
-    help.options
-        << OptionSpec{QStringLiteral("count"), QStringLiteral("N"),
-                      QStringLiteral("Elements to read from each address, which must be an array "
-                                     "element."),
-                      QStringLiteral("1")}
-        << OptionSpec{QStringLiteral("repeat"), QStringLiteral("N"),
-                      QStringLiteral("Rounds to read."), QStringLiteral("1")}
-        << OptionSpec{QStringLiteral("interval"), QStringLiteral("MS"),
-                      QStringLiteral("From the start of one round to the start of the next."),
-                      QString::number(kDefaultIntervalMs)}
-        << OptionSpec{QStringLiteral("json"), QString(),
-                      QStringLiteral("Prints one JSON object a read: address, type, ok, ms, and "
-                                     "value, values (with --count) or error. Infinities and nan "
-                                     "are strings."),
-                      QString()};
+    help.options = readOptions();
     help.examples << QStringLiteral(
                          "micro800 read --host 192.168.1.20 DINT0:COUNTER "
                          "'INT0:GRID[2,3]' STRING0:NAME\n"
