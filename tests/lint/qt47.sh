@@ -93,5 +93,14 @@ compile "$work/headers.cpp" || failed=1
 echo "$sources" | xargs -P "$(getconf _NPROCESSORS_ONLN)" -I '{}' \
     "$compiler" -std=c++17 -Wall -Wextra -Werror $align -fsyntax-only -isystem "$work" -I "$root" "$root/{}" ||
     failed=1
+
+# What the loader of Qt 4 asks a plugin for. Qt 5's moc writes the first of them, Qt 4's does not.
+"$compiler" -std=c++17 -fPIC -fvisibility=hidden -isystem "$work" -I "$root" \
+    -c "$root/drivers/ab_micro800_ethernet/plugin.cpp" -o "$work/plugin.o" || failed=1
+for symbol in qt_plugin_instance qt_plugin_query_verification_data CreateDriver; do
+    readelf -sW "$work/plugin.o" | grep -q "FUNC *GLOBAL *DEFAULT .* $symbol\$" ||
+        { echo "$symbol is not exported to Qt 4" >&2; failed=1; }
+done
+
 [ $failed = 0 ] || { echo 'the product uses what Qt 4.7 does not have, or what tests/lint/qt47 does not list' >&2; exit 1; }
 echo "$(echo "$sources" | wc -l) sources keep to Qt 4.7"
