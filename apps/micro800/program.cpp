@@ -16,7 +16,8 @@ QString overallHelp() {
          << wrapped(QStringLiteral("The HMI runtime in small: loads the driver's plugin file the "
                                    "way the runtime does and hands it settings and commands "
                                    "through the driver interface only. What it prints is what a "
-                                   "panel would show."),
+                                   "panel would show. Only 'identify' talks to the controller "
+                                   "itself."),
                     4, 79)
          << QString() << QStringLiteral("COMMANDS");
     for (const Command& command : commandTable()) {
@@ -45,6 +46,7 @@ QString overallHelp() {
                 "    micro800 read --host 192.168.1.20 DINT0:COUNTER 'INT0:GRID[2,3]'\n"
                 "    micro800 write --host 192.168.1.20 REAL0:SETPOINT -12.5\n"
                 "    micro800 watch --host 192.168.1.20 DINT0:COUNTER REAL0:LEVEL\n"
+                "    micro800 identify --host 192.168.1.20\n"
                 "    micro800 read --help")
          << QString() << QStringLiteral("EXIT STATUS")
          << QStringLiteral(

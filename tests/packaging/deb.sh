@@ -31,6 +31,7 @@ usr/bin/micro800-sim
 $lib/libab_micro800_ethernet.so
 usr/share/bash-completion/completions/micro800
 usr/share/bash-completion/completions/micro800-sim
+usr/share/man/man1/micro800-identify.1
 usr/share/man/man1/micro800-info.1
 usr/share/man/man1/micro800-project.1
 usr/share/man/man1/micro800-read.1
@@ -64,6 +65,9 @@ echo "$said"
 echo "$said" | grep -q 'COUNTER.*\b42\b' || fail 'COUNTER was not read as 42'
 echo "$said" | grep -q 'LEVEL\[1\].*-8\b' || fail 'LEVEL[1] was not read as -8'
 
+"$root/usr/bin/micro800" identify --host 127.0.0.1 --port "$(head -n 1 port)" >identity || fail 'identify failed'
+grep -q '2080-LC50-48QWB' identity || { cat identity >&2; fail 'identify does not name the product'; }
+
 # The plugin that it took is the installed one.
 mv "$root/$lib/libab_micro800_ethernet.so" elsewhere.so
 ! "$root/usr/bin/micro800" info >info 2>&1 || fail 'it found a plugin outside the package'
@@ -87,6 +91,9 @@ if command -v bash >/dev/null; then
         . "$0/usr/share/bash-completion/completions/micro800"
         complete_words() { COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _micro800; echo "${COMPREPLY[*]}"; }
         [ "$(complete_words micro800 wr)" = write ]
+        [ "$(complete_words micro800 id)" = identify ]
+        [ "$(complete_words micro800 identify --time)" = --timeout ]
+        [ -z "$(complete_words micro800 identify UDI)" ]
         [ "$(complete_words micro800 read --hos)" = --host ]
         [ "$(complete_words micro800 read UDI)" = UDINT0: ]
         [ "$(complete_words micro800-sim --ramp-)" = --ramp-tag ]

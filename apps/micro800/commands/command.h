@@ -23,6 +23,9 @@ int runWrite(const CommandLine& line, Console& console);
 CommandHelp watchHelp();
 int runWatch(const CommandLine& line, Console& console);
 
+CommandHelp identifyHelp();
+int runIdentify(const CommandLine& line, Console& console);
+
 CommandHelp infoHelp();
 int runInfo(const CommandLine& line, Console& console);
 

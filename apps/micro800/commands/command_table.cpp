@@ -2,8 +2,8 @@
 
 const QVector<Command>& commandTable() {
     static const QVector<Command> table = {
-        {readHelp, runRead}, {writeHelp, runWrite},     {watchHelp, runWatch},
-        {infoHelp, runInfo}, {projectHelp, runProject},
+        {readHelp, runRead},         {writeHelp, runWrite}, {watchHelp, runWatch},
+        {identifyHelp, runIdentify}, {infoHelp, runInfo},   {projectHelp, runProject},
     };
     return table;
 }

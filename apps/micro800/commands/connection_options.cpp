@@ -28,17 +28,43 @@ OptionSpec pluginOptionSpec() {
                   "file in ../plugins or ../lib/micro800 seen from this program.");
 }
 
-QVector<OptionSpec> connectionOptionSpecs(bool withRetry) {
+QVector<OptionSpec> endpointOptionSpecs(const QString& timeoutDescription) {
     const Connection defaults;
-    QVector<OptionSpec> specs = {
+    return {
         option("host", "HOST", "The controller's IP address or host name. Required."),
         option("port", "PORT", "Its TCP port.", QString::number(defaults.port)),
-        option("timeout", "MS",
-               "How long the driver's worker waits for a connection and for each reply of the "
-               "controller, in milliseconds. The call for one tag does not wait that long: the "
-               "driver gives an attempt up after 1000 ms.",
-               QString::number(defaults.timeoutMs)),
+        {QStringLiteral("timeout"), QStringLiteral("MS"), timeoutDescription,
+         QString::number(defaults.timeoutMs)},
     };
+}
+
+bool endpointFrom(const CommandLine& line, Connection* connection, QString* problem) {
+    connection->host = line.value(QStringLiteral("host"));
+    if (!line.isSet(QStringLiteral("host"))) {
+        *problem = QStringLiteral("--host HOST is missing");
+        return false;
+    }
+    if (!isHostName(connection->host)) {
+        *problem =
+            QStringLiteral("--host \"%1\": not a host name or IP address").arg(connection->host);
+        return false;
+    }
+    int port = 0;
+    if (!line.number(QStringLiteral("port"), 1, 65535, connection->port, &port, problem) ||
+        !line.number(QStringLiteral("timeout"), 1, kLongestTimeoutMs, connection->timeoutMs,
+                     &connection->timeoutMs, problem)) {
+        return false;
+    }
+    connection->port = static_cast<unsigned short>(port);
+    return true;
+}
+
+QVector<OptionSpec> connectionOptionSpecs(bool withRetry) {
+    const Connection defaults;
+    QVector<OptionSpec> specs = endpointOptionSpecs(QStringLiteral(
+        "How long the driver's worker waits for a connection and for each reply of the "
+        "controller, in milliseconds. The call for one tag does not wait that long: the "
+        "driver gives an attempt up after 1000 ms."));
     if (withRetry) {
         specs << option("retry", "N",
                         "How often a read is tried again after the driver reported a failure. One "
@@ -58,28 +84,14 @@ QVector<OptionSpec> connectionOptionSpecs(bool withRetry) {
 
 bool connectionOptionsFrom(const CommandLine& line, ConnectionOptions* options, QString* problem) {
     Connection& connection = options->connection;
-    connection.host = line.value(QStringLiteral("host"));
-    if (!line.isSet(QStringLiteral("host"))) {
-        *problem = QStringLiteral("--host HOST is missing");
-        return false;
-    }
-    if (!isHostName(connection.host)) {
-        *problem =
-            QStringLiteral("--host \"%1\": not a host name or IP address").arg(connection.host);
-        return false;
-    }
-    int port = 0;
     const bool hasRetry = line.knows(QStringLiteral("retry"));
-    if (!line.number(QStringLiteral("port"), 1, 65535, connection.port, &port, problem) ||
-        !line.number(QStringLiteral("timeout"), 1, kLongestTimeoutMs, connection.timeoutMs,
-                     &connection.timeoutMs, problem) ||
+    if (!endpointFrom(line, &connection, problem) ||
         !line.number(QStringLiteral("link"), 0, 0x7FFFFFFF, connection.link, &connection.link,
                      problem) ||
         (hasRetry && !line.number(QStringLiteral("retry"), 0, kMostRetries, connection.retry,
                                   &connection.retry, problem))) {
         return false;
     }
-    connection.port = static_cast<unsigned short>(port);
     options->project = line.value(QStringLiteral("project"));
     if (line.isSet(QStringLiteral("project")) && options->project.isEmpty()) {
         *problem = QStringLiteral("--project: no directory given");

@@ -16,7 +16,12 @@ struct ConnectionOptions {
     QString plugin;   ///< plugin file; empty for the usual place
 };
 
-/// --host, --port, --timeout, --link, --project and --plugin; with --retry for commands that read.
+/// --host, --port and --timeout, and what the last one is the limit of.
+QVector<OptionSpec> endpointOptionSpecs(const QString& timeoutDescription);
+/// Takes them from the command line. False when one is missing or wrong.
+bool endpointFrom(const CommandLine& line, Connection* connection, QString* problem);
+
+/// The endpoint's, --link, --project and --plugin; with --retry for commands that read.
 QVector<OptionSpec> connectionOptionSpecs(bool withRetry);
 OptionSpec pluginOptionSpec();
 

@@ -4,27 +4,12 @@
 #include "apps/micro800/app_directory.h"
 #include "apps/micro800/commands/command.h"
 #include "apps/micro800/commands/connection_options.h"
+#include "apps/micro800/fact_list.h"
 #include "apps/micro800/plugin.h"
 #include "common/device_setting.h"
 #include "common/driver_setting.h"
 
 namespace {
-
-/// One fact about the plugin: how a person reads it and how --json names it.
-struct Fact {
-    const char* label;
-    const char* key;
-    QJsonValue value;
-    QString text;
-};
-
-Fact textFact(const char* label, const char* key, const QString& value) {
-    return {label, key, value, value};
-}
-
-Fact numberFact(const char* label, const char* key, int value, const QString& text) {
-    return {label, key, value, text};
-}
 
 QVector<Fact> identityFacts(const Plugin& plugin) {
     DriverInterface* driver = plugin.driver();
@@ -94,17 +79,6 @@ QVector<Fact> capabilityFacts(DriverInterface* driver) {
     };
 }
 
-void print(const QVector<Fact>& facts, bool json, Console& console) {
-    QJsonObject object;
-    for (const Fact& fact : facts) {
-        object[QLatin1String(fact.key)] = fact.value;
-        if (!json)
-            console.line(QStringLiteral("%1 ").arg(QLatin1String(fact.label), -20) + fact.text);
-    }
-    if (json)
-        console.json(object);
-}
-
 }  // namespace
 
 CommandHelp infoHelp() {
@@ -142,7 +116,7 @@ int runInfo(const CommandLine& line, Console& console) {
         return kExitFailed;
     }
     DriverInterface* driver = plugin.driver();
-    print(identityFacts(plugin) + defaultFacts(driver) + capabilityFacts(driver),
-          line.isSet(QStringLiteral("json")), console);
+    printFacts(identityFacts(plugin) + defaultFacts(driver) + capabilityFacts(driver),
+               line.isSet(QStringLiteral("json")), console);
     return kExitOk;
 }

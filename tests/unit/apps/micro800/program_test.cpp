@@ -40,7 +40,7 @@ TEST(Program, EveryWrongCommandLineNamesItsCommandAndItsHelp) {
 }
 
 TEST(Program, HelpOfEveryCommandFitsATerminal) {
-    ASSERT_GE(commandTable().size(), 5);
+    ASSERT_GE(commandTable().size(), 6);
     for (const Command& command : commandTable()) {
         const QString name = command.help().name;
         ConsoleProbe asOption;
@@ -160,6 +160,20 @@ TEST(WatchUsage, Refused) {
     expectWrong(many,
                 "micro800 watch: 200 addresses are more than the driver's list holds (some "
                 "4000 characters)");
+}
+
+TEST(IdentifyUsage, Refused) {
+    expectWrong({"identify"}, "micro800 identify: --host HOST is missing");
+    expectWrong({"identify", "--host", "a b"},
+                "micro800 identify: --host \"a b\": not a host name or IP address");
+    expectWrong({"identify", "--host", "h", "DINT0:X"},
+                "micro800 identify: unexpected argument DINT0:X");
+    expectWrong({"identify", "--host", "h", "--port", "0"},
+                "micro800 identify: --port 0: not a whole number from 1 to 65535");
+    expectWrong({"identify", "--host", "h", "--timeout", "0"},
+                "micro800 identify: --timeout 0: not a whole number from 1 to 600000");
+    expectWrong({"identify", "--host", "h", "--plugin", "p"},
+                "micro800 identify: Unknown option 'plugin'");
 }
 
 TEST(InfoUsage, Refused) {
