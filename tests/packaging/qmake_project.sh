@@ -16,8 +16,8 @@ QT_SELECT=5 "$qmake" "$root/drivers/ab_micro800_ethernet/ab_micro800_ethernet.pr
 sources() { grep -oE "$root/(runtime|common|eip|drivers)/[a-z0-9_/]+\.cpp" | sort -u; }
 
 sed -n 's/^ *"file": "\(.*\)".*/\1/p' "$build/compile_commands.json" | sources >cmake.txt
-make -n 2>/dev/null | sed "s,/drivers/ab_micro800_ethernet/\.\./\.\./,/,g" >commands.txt
-sources <commands.txt >qmake.txt
+# qmake names sources relative to here when both are below one folder, such as /tmp.
+make -n 2>/dev/null | grep -oE '[^ "]+\.cpp' | xargs realpath -ms -- | sources >qmake.txt
 [ -s cmake.txt ] || { echo 'CMake compiles no product file' >&2; exit 1; }
 diff cmake.txt qmake.txt || { echo 'the qmake project and CMake have different sources (< CMake, > qmake)' >&2; exit 1; }
 
