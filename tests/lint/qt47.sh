@@ -64,6 +64,10 @@ refused newer_overload <<'SAMPLE'
 #include <QByteArray>
 QByteArray spaced(const QByteArray& bytes) { return bytes.toHex(' '); }
 SAMPLE
+refused text_of_unknown_encoding <<'SAMPLE'
+#include <QString>
+QString name(const char* bytes) { return bytes; }
+SAMPLE
 if [ -n "$align" ]; then
     refused cast_to_more_alignment <<'SAMPLE'
 int number(const char* bytes) { return *reinterpret_cast<const int*>(bytes); }

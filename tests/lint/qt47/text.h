@@ -70,8 +70,6 @@ class QLatin1String {
     const char* latin1() const;
     bool operator==(const QString& s) const;
     bool operator!=(const QString& s) const;
-    bool operator==(const char* s) const;
-    bool operator!=(const char* s) const;
 };
 
 char* qstrdup(const char*);
@@ -162,7 +160,6 @@ class QByteArray {
     QByteArray& append(const char* s);
     QByteArray& append(const char* s, int len);
     QByteArray& append(const QByteArray& a);
-    QByteArray& append(const QString& s);
     QByteArray& insert(int i, char c);
     QByteArray& insert(int i, const char* s);
     QByteArray& insert(int i, const QByteArray& a);
@@ -239,6 +236,8 @@ class QCharRef {
     char toLatin1() const;
 };
 
+// Left out here: what takes plain characters for text, and text for plain characters. Qt 4.7 reads them as
+// Latin-1 and Qt 5 as UTF-8; the product says which it means.
 class QString {
  public:
     typedef QChar* iterator;
@@ -252,14 +251,10 @@ class QString {
     QString(int size, QChar c);
     QString(const QLatin1String& latin1);
     QString(const QString&);
-    QString(const char* ch);
-    QString(const QByteArray& a);
     ~QString();
     QString& operator=(QChar c);
     QString& operator=(const QString&);
     QString& operator=(const QLatin1String&);
-    QString& operator=(const char* ch);
-    QString& operator=(const QByteArray& a);
 
     int size() const;
     int count() const;
@@ -332,17 +327,12 @@ class QString {
     QString& append(QChar c);
     QString& append(const QString& s);
     QString& append(const QLatin1String& s);
-    QString& append(const QByteArray& s);
-    QString& append(const char* s);
     QString& prepend(QChar c);
     QString& prepend(const QString& s);
     QString& prepend(const QLatin1String& s);
     QString& operator+=(QChar c);
     QString& operator+=(const QString& s);
     QString& operator+=(const QLatin1String& s);
-    QString& operator+=(const QByteArray& s);
-    QString& operator+=(const char* s);
-    QString& operator+=(char c);
     QString& remove(int i, int len);
     QString& remove(QChar c, Qt::CaseSensitivity cs = Qt::CaseSensitive);
     QString& remove(const QString& s, Qt::CaseSensitivity cs = Qt::CaseSensitive);
@@ -407,16 +397,10 @@ class QString {
     bool operator!=(const QString& s) const;
     bool operator==(const QLatin1String& s) const;
     bool operator!=(const QLatin1String& s) const;
-    bool operator==(const char* s) const;
-    bool operator!=(const char* s) const;
 };
-bool operator==(const char* s1, const QString& s2);
-bool operator!=(const char* s1, const QString& s2);
 const QString operator+(const QString& s1, const QString& s2);
 const QString operator+(const QString& s1, QChar s2);
 const QString operator+(QChar s1, const QString& s2);
-const QString operator+(const QString& s1, const char* s2);
-const QString operator+(const char* s1, const QString& s2);
 QDataStream& operator<<(QDataStream&, const QString&);
 QDataStream& operator>>(QDataStream&, QString&);
 
