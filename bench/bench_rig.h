@@ -60,6 +60,12 @@ void waitUntilCached(DriverInterface* driver, AbstractDeviceInterface* device,
 class Latencies {
   public:
     void add(std::chrono::nanoseconds value) { m_values.push_back(double(value.count())); }
+    template <typename Operation>
+    void time(Operation operation) {
+        const auto start = std::chrono::steady_clock::now();
+        operation();
+        add(std::chrono::steady_clock::now() - start);
+    }
     /// In nanoseconds; `part` from 0 to 1.
     double percentile(double part) {
         if (m_values.empty()) {

@@ -5,9 +5,10 @@
 #include <sys/types.h>
 
 #include "eip/cip_tcp_callback.h"
+#include "eip/quick_answer.h"
 
-/// State of CipTcpCallback. The client ends and their time-outs belong to the driver's thread once
-/// the object is constructed, everything else to the worker's; the descriptors of the pipes are
+/// State of CipTcpCallback. The client ends, their time-outs and pace belong to the driver's thread
+/// once the object is constructed, everything else to the worker's; the descriptors of the pipes are
 /// constant until the end.
 class CipTcpCallback::Impl {
  public:
@@ -16,6 +17,7 @@ class CipTcpCallback::Impl {
         int client;
         int server;
         unsigned long clientRxTimeout;  ///< milliseconds, 0 without limit
+        QuickAnswer pace;               ///< of the answers on this pipe; driver thread only
     };
 
     explicit Impl(CipTcpCallback* callbackOwner);

@@ -1,6 +1,7 @@
 // The pipe side of the transport: two socket pairs between the driver's thread and the worker's.
 
 #include <errno.h>
+#include <sched.h>
 #include <string.h>
 #include <sys/socket.h>
 
@@ -23,6 +24,26 @@ const size_t kDiscardPiece = 4096;
 int lineLength(const char* text, ssize_t length) {
     const void* end = memchr(text, '\n', static_cast<size_t>(length));
     return end ? static_cast<int>(static_cast<const char*>(end) - text) + 1 : 0;
+}
+
+bool nothingYet(ssize_t got) {
+    return got < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR);
+}
+
+/// Whether the calling thread has more than one processor to share with the worker.
+bool severalProcessors() {
+    cpu_set_t processors;
+    CPU_ZERO(&processors);
+    return sched_getaffinity(0, sizeof processors, &processors) == 0 && CPU_COUNT(&processors) > 1;
+}
+
+/// One read that does not sleep.
+ssize_t recvAwake(int fd, char* buf, size_t len, QuickAnswer::Clock::time_point until) {
+    ssize_t got = 0;
+    do {
+        got = recv(fd, buf, len, MSG_DONTWAIT);
+    } while (nothingYet(got) && QuickAnswer::Clock::now() < until);
+    return got;
 }
 
 /// One blocking read that a signal does not cut short; it may make the wait twice as long.
@@ -65,6 +86,7 @@ bool CipTcpCallback::Impl::openPipe(Pipe* pipe) {
     pipe->client = fds[0];
     pipe->server = fds[1];
     pipe->clientRxTimeout = kFirstClientTimeoutMs;
+    pipe->pace = QuickAnswer(severalProcessors());
     if (result != 0) {
         lastErrno = reason;
         return false;
@@ -101,8 +123,7 @@ void CipTcpCallback::Impl::servePipes(const fd_set& readable) {
 }
 
 void CipTcpCallback::Impl::noteServerRead(int fd, ssize_t result) {
-    const bool again = result < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR);
-    if (fd >= 0 && result < 1 && !again) {
+    if (fd >= 0 && result < 1 && !nothingYet(result)) {
         FD_CLR(fd, &readFds);
     }
 }
@@ -208,18 +229,26 @@ int CipTcpCallback::sendClientPipe(int pipeIndex, const char* data, int len) {
 }
 
 int CipTcpCallback::recvClientPipeUntilLF(int pipeIndex, char* buf, int len, bool* gotLF) {
-    const Impl::Pipe& pipe = d->pipe(pipeIndex);
+    Impl::Pipe& pipe = d->pipe(pipeIndex);
+    const QuickAnswer::Clock::time_point start = QuickAnswer::Clock::now();
+    bool awake = pipe.pace.staysAwake();
     int count = 0;
     bool ended = false;
     while (!ended && count < len) {
-        const ssize_t got = recvDespiteSignals(
-            pipe.client, buf + count, static_cast<size_t>(len - count), pipe.clientRxTimeout);
+        char* const at = buf + count;
+        const size_t room = static_cast<size_t>(len - count);
+        ssize_t got = awake ? recvAwake(pipe.client, at, room, start + QuickAnswer::awake()) : -1;
+        awake = false;
+        if (got < 0) {
+            got = recvDespiteSignals(pipe.client, at, room, pipe.clientRxTimeout);
+        }
         if (got < 1) {
             break;
         }
         count += static_cast<int>(got);
         ended = buf[count - 1] == '\n';
     }
+    pipe.pace.note(ended, QuickAnswer::Clock::now() - start);
     if (gotLF) {
         *gotLF = ended;
     }

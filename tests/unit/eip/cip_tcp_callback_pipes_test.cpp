@@ -334,6 +334,59 @@ TEST(ClientPipe, WaitsASecondAtFirst) {
     EXPECT_LT(watch.ms(), kSoonMs);
 }
 
+/// Answers at once until the pipe's waits begin awake, whatever else this machine is doing.
+void answerQuickly(Transport* transport) {
+    for (int i = 0; i < 20; ++i) {
+        ASSERT_TRUE(transport->sendAnswer(0, "q\n"));
+        char line[8];
+        ASSERT_EQ(2, transport->recvClientPipeUntilLF(0, line, sizeof line, nullptr));
+    }
+}
+
+TEST(ClientPipe, WaitsForItsTimeoutAfterQuickAnswers) {
+    Transport transport;
+    ASSERT_EQ(1, transport.setClientPipeRxTimeout(0, 60));
+    answerQuickly(&transport);
+    char line[8];
+    bool gotLF = true;
+    const Stopwatch watch;
+    EXPECT_EQ(0, transport.recvClientPipeUntilLF(0, line, sizeof line, &gotLF));
+    EXPECT_FALSE(gotLF);
+    EXPECT_GE(watch.ms(), 59);
+    EXPECT_LT(watch.ms(), kSoonMs);
+}
+
+TEST(ClientPipe, TakesASlowAnswerAfterQuickOnes) {
+    Transport transport;
+    answerQuickly(&transport);
+    std::thread worker([&] {
+        transport.sleep(20);
+        EXPECT_TRUE(transport.sendAnswer(0, "late\n"));
+    });
+    char line[8];
+    bool gotLF = false;
+    const int count = transport.recvClientPipeUntilLF(0, line, sizeof line, &gotLF);
+    worker.join();
+    EXPECT_TRUE(gotLF);
+    EXPECT_EQ("late\n", std::string(line, size_t(count)));
+}
+
+TEST(ClientPipe, PutsATornAnswerTogetherAfterQuickOnes) {
+    Transport transport;
+    answerQuickly(&transport);
+    ASSERT_TRUE(transport.sendAnswer(0, "02\t"));
+    std::thread worker([&] {
+        transport.sleep(5);
+        EXPECT_TRUE(transport.sendAnswer(0, "2a\n"));
+    });
+    char line[8];
+    bool gotLF = false;
+    const int count = transport.recvClientPipeUntilLF(0, line, sizeof line, &gotLF);
+    worker.join();
+    EXPECT_TRUE(gotLF);
+    EXPECT_EQ("02\t2a\n", std::string(line, size_t(count)));
+}
+
 TEST(ClientPipe, SendGivesUpAfterItsTimeout) {
     Transport transport;
     EXPECT_EQ(1, transport.setClientPipeTxTimeout(0, 60));
