@@ -13,8 +13,9 @@ namespace sim {
 /// Adds the tag that `text` declares, NAME:TYPE[dims]=v1,v2,... False with the reason in `error`.
 bool addTagFromText(const QString& text, TagTable& table, QString* error);
 
-/// Adds the tags of a JSON document {"tags": [{"name", "type", "dims", "value"}, ...]}. False with
-/// the reason in `error`; the tags before the wrong one are added then.
+/// Adds the tags of a JSON document {"tags": [{"name", "type", "dims", "value"}, ...]}; none need
+/// be there beside data files (data_table_text.h). False with the reason in `error`; the tags
+/// before the wrong one are added then.
 bool addTagsFromJson(const QByteArray& json, TagTable& table, QString* error);
 
 /// Stores the values that `text` ("NAME=v1,v2" or "NAME[i,j]=v1,v2") lists, from the named element

@@ -138,6 +138,13 @@ TEST(AddTagsFromJson, TakesAllKinds) {
     EXPECT_EQ("00000000", bytesOf(&table.at(7)));
 }
 
+TEST(AddTagsFromJson, NeedsNoTagsBesideDataFiles) {
+    TagTable table;
+    QString error;
+    EXPECT_TRUE(addTagsFromJson(R"({"pccc": []})", table, &error)) << error.toStdString();
+    EXPECT_EQ(0u, table.size());
+}
+
 TEST(AddTagsFromJson, SaysWhatIsWrong) {
     const struct {
         const char* json;
