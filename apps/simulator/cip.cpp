@@ -2,8 +2,14 @@
 
 namespace sim {
 
-const char* cipServiceName(uint8_t service) {
+const char* cipServiceName(uint8_t service, uint32_t classId) {
     switch (service) {
+        case kExecutePccc:
+            return classId == kPcccClass     ? "ExecutePCCC"
+                   : classId == kSymbolClass ? "ListInstances"
+                                             : nullptr;
+        case kUnconnectedSend:
+            return classId == kConnectionManagerClass ? "UnconnectedSend" : nullptr;
         case kMultipleServicePacket:
             return "MultipleServicePacket";
         case kReadTag:

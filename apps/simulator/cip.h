@@ -10,23 +10,27 @@ namespace sim {
 
 enum CipService : uint8_t {
     kMultipleServicePacket = 0x0A,
+    kExecutePccc = 0x4B,  ///< of the PCCC object; of the symbol class kListInstances
+    kListInstances = 0x4B,
     kReadTag = 0x4C,
     kWriteTag = 0x4D,
     kForwardClose = 0x4E,
+    kUnconnectedSend = 0x52,  ///< of the connection manager
     kForwardOpen = 0x54,
 };
 
 /// Set in the service code of every reply.
 const uint8_t kReplyFlag = 0x80;
 
-/// The service's name, null for any other code.
-const char* cipServiceName(uint8_t service);
+/// The name of the service of a class, 0 for a tag; null for any other.
+const char* cipServiceName(uint8_t service, uint32_t classId);
 
 enum GeneralStatus : uint8_t {
     kSuccess = 0x00,
     kConnectionFailure = 0x01,
     kPathSegmentError = 0x04,
     kPathDestinationUnknown = 0x05,
+    kPartialTransfer = 0x06,
     kServiceNotSupported = 0x08,
     kReplyDataTooLarge = 0x11,
     kNotEnoughData = 0x13,
@@ -55,6 +59,8 @@ enum TagStatus : uint16_t {
 /// Classes that a request path can name.
 const uint32_t kMessageRouterClass = 0x02;
 const uint32_t kConnectionManagerClass = 0x06;
+const uint32_t kPcccClass = 0x67;
+const uint32_t kSymbolClass = 0x6B;
 
 struct CipStatus {
     uint8_t general = kSuccess;

@@ -6,8 +6,12 @@ namespace sim {
 
 namespace {
 
-// The only connection path there is: the message router, class 2, instance 1.
+/// The connection path that always leads somewhere: the message router, class 2, instance 1.
 const uint8_t kRouterPath[] = {0x20, 0x02, 0x24, 0x01};
+/// What a path to a DH+ proxy ends with: class A6, an instance for channel A and one for B,
+/// connection point 1.
+const uint8_t kDhpProxyA[] = {0x20, 0xA6, 0x24, 0x01, 0x2C, 0x01};
+const uint8_t kDhpProxyB[] = {0x20, 0xA6, 0x24, 0x02, 0x2C, 0x01};
 
 const uint8_t kTransportClassMask = 0x0F;
 const uint8_t kTransportClass3 = 3;
@@ -54,12 +58,24 @@ CipStatus decodeOpen(ByteView data, OpenRequest& request) {
     return takePath(reader, words, request.path);
 }
 
-CipStatus checkOpen(const OpenRequest& request) {
+template <size_t N>
+bool endsWith(ByteView path, const uint8_t (&end)[N]) {
+    return path.size() >= N && std::equal(end, end + N, path.data() + (path.size() - N));
+}
+
+bool isRouterPath(ByteView path) {
+    return path.size() == sizeof kRouterPath && endsWith(path, kRouterPath);
+}
+
+bool leadsToDhpProxy(ByteView path) {
+    return endsWith(path, kDhpProxyA) || endsWith(path, kDhpProxyB);
+}
+
+CipStatus checkOpen(const OpenRequest& request, bool isPathKnown) {
     if ((request.transport & kTransportClassMask) != kTransportClass3) {
         return CipStatus(kConnectionFailure, kTransportNotSupported);
     }
-    if (request.path.size() != sizeof kRouterPath ||
-        !std::equal(kRouterPath, kRouterPath + sizeof kRouterPath, request.path.data())) {
+    if (!isPathKnown) {
         return CipStatus(kConnectionFailure, kPortNotAvailable);
     }
     if (request.multiplier > kMaxTimeoutMultiplier) {
@@ -96,7 +112,7 @@ CipStatus ConnectionManager::forwardOpen(uint64_t owner, ByteView data, int64_t 
     OpenRequest request;
     CipStatus status = decodeOpen(data, request);
     if (status.ok()) {
-        status = checkOpen(request);
+        status = checkOpen(request, isRouterPath(request.path) || accepts(request.path));
     }
     if (status.ok() && find(request.triad)) {
         status = CipStatus(kConnectionFailure, kConnectionInUse);
@@ -115,6 +131,7 @@ CipStatus ConnectionManager::forwardOpen(uint64_t owner, ByteView data, int64_t 
     connection.owner = owner;
     connection.timeoutMs = m_timeoutMs > 0 ? m_timeoutMs : timeoutOf(request);
     connection.lastMs = nowMs;
+    connection.toDhpProxy = leadsToDhpProxy(request.path);
     m_connections.push_back(connection);
 
     put32(reply, connection.toTargetId);
@@ -162,6 +179,12 @@ const CipConnection* ConnectionManager::use(uint32_t toTargetId, uint64_t owner,
         }
     }
     return nullptr;
+}
+
+bool ConnectionManager::accepts(ByteView path) const {
+    return std::any_of(m_paths.begin(), m_paths.end(), [path](const Bytes& one) {
+        return one.size() == path.size() && std::equal(one.begin(), one.end(), path.data());
+    });
 }
 
 void ConnectionManager::release(uint64_t owner) {

@@ -1,6 +1,7 @@
 #ifndef APPS_SIMULATOR_CONNECTION_MANAGER_H
 #define APPS_SIMULATOR_CONNECTION_MANAGER_H
 
+#include <utility>
 #include <vector>
 
 #include "apps/simulator/cip.h"
@@ -23,9 +24,10 @@ struct CipConnection {
     uint32_t toTargetId = 0;      ///< O->T, chosen here
     uint32_t toOriginatorId = 0;  ///< T->O, chosen by the originator
     ConnectionTriad triad;
-    uint64_t owner = 0;     ///< number of the TCP connection it was opened on
-    int64_t timeoutMs = 0;  ///< without traffic
-    int64_t lastMs = 0;     ///< of the latest traffic
+    uint64_t owner = 0;       ///< number of the TCP connection it was opened on
+    int64_t timeoutMs = 0;    ///< without traffic
+    int64_t lastMs = 0;       ///< of the latest traffic
+    bool toDhpProxy = false;  ///< carries PCCC commands for a DH+ link, no requests
 };
 
 /// Forward Open, Forward Close, and the table of open connections. Time is the caller's monotonic
@@ -33,8 +35,12 @@ struct CipConnection {
 class ConnectionManager {
  public:
     /// At most `limit` connections at once. A `timeoutMs` above 0 takes the place of the time-out
-    /// that an originator asks for.
-    ConnectionManager(size_t limit, int64_t timeoutMs) : m_limit(limit), m_timeoutMs(timeoutMs) {}
+    /// that an originator asks for. `paths` are accepted beside that of the message router.
+    ConnectionManager(size_t limit, int64_t timeoutMs, std::vector<Bytes> paths = {})
+        : m_limit(limit), m_timeoutMs(timeoutMs), m_paths(std::move(paths)) {}
+
+    /// Whether the path is among those that were named to be accepted.
+    bool accepts(ByteView path) const;
 
     /// Both append their reply data, also that of a refusal.
     CipStatus forwardOpen(uint64_t owner, ByteView data, int64_t nowMs, Bytes& reply);
@@ -56,6 +62,7 @@ class ConnectionManager {
 
     const size_t m_limit;
     const int64_t m_timeoutMs;
+    const std::vector<Bytes> m_paths;
     uint32_t m_lastId = 0x10000000;
     std::vector<CipConnection> m_connections;
 };

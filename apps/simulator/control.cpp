@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "apps/simulator/data_table_text.h"
 #include "apps/simulator/tag_text.h"
 
 namespace sim {
@@ -66,9 +67,11 @@ QString runCommand(const QString& line, const ControlTargets& targets, bool* qui
     if (command == "fault") {
         ok = setFault(argument, *targets.faults, &error);
     } else if (command == "set") {
-        ok = setTagFromText(argument, *targets.tags, &error);
+        ok = isFileAddress(argument) ? setFileFromText(argument, *targets.files, &error)
+                                     : setTagFromText(argument, *targets.tags, &error);
     } else if (command == "get") {
-        ok = tagText(argument, *targets.tags, &value, &error);
+        ok = isFileAddress(argument) ? fileText(argument, *targets.files, &value, &error)
+                                     : tagText(argument, *targets.tags, &value, &error);
     } else if (command == "delay") {
         ok = setDelay(argument, *targets.server, &error);
     } else if (!*quit && !runPlain(trimmed, targets, &ok, &error)) {

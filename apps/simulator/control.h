@@ -12,6 +12,7 @@ namespace sim {
 /// What commands act on; everything outlives the control channel.
 struct ControlTargets {
     TagTable* tags = nullptr;
+    DataTable* files = nullptr;
     FaultPlan* faults = nullptr;
     Controller* controller = nullptr;
     Server* server = nullptr;

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "apps/simulator/execute_pccc.h"
+
 namespace sim {
 
 namespace {
@@ -26,13 +28,14 @@ void discard(Exchange& exchange, const char* note) {
 
 }  // namespace
 
-Controller::Controller(const ControllerSettings& settings, TagTable& tags, FaultPlan& faults,
-                       Clock clock)
+Controller::Controller(const ControllerSettings& settings, TagTable& tags, DataTable& files,
+                       FaultPlan& faults, Clock clock)
     : m_settings(settings),
       m_tags(tags),
+      m_files(files),
       m_faults(faults),
       m_clock(std::move(clock)),
-      m_connections(settings.connections, settings.connectionTimeoutMs) {}
+      m_connections(settings.connections, settings.connectionTimeoutMs, settings.paths) {}
 
 void Controller::serve(EncapSession& session, ByteView frame, Exchange& exchange) {
     exchange.begin(frame);
@@ -50,8 +53,7 @@ void Controller::serve(EncapSession& session, ByteView frame, Exchange& exchange
     beginReply(exchange.reply, header, header.session);
     dispatch(session, header, frame.from(kEncapHeaderSize), exchange);
     // What was refused before its service was known meets its faults here.
-    const bool undecided = exchange.service < 0 && header.command != kRegisterSession;
-    if (!exchange.reply.empty() && undecided) {
+    if (!exchange.reply.empty() && !exchange.faultsSelected) {
         selectFaults(exchange);
     }
     if (!exchange.reply.empty()) {
@@ -93,11 +95,13 @@ void Controller::dispatch(EncapSession& session, const EncapHeader& header, Byte
 }
 
 void Controller::selectFaults(Exchange& exchange) {
+    exchange.faultsSelected = true;
     if (!m_faults.empty()) {
         FaultTarget target;
         target.command = exchange.command;
         target.service = exchange.service;
-        target.tag = &exchange.path.name;
+        target.pccc = exchange.hasPccc;
+        target.tag = exchange.hasPccc ? &exchange.pccc.address : &exchange.path.name;
         m_faults.select(target, exchange.faults);
     }
 }
@@ -181,7 +185,11 @@ void Controller::sendUnitData(const EncapSession& session, ByteView body, Exchan
     exchange.connected = true;
     m_addressItem.clear();
     put32(m_addressItem, connection->toOriginatorId);
-    answerCip(session, packet, m_addressItem, &sequence, data.rest(), exchange);
+    if (connection->toDhpProxy) {
+        answerDhp(packet, m_addressItem, sequence, data.rest(), exchange);
+    } else {
+        answerCip(session, packet, m_addressItem, &sequence, data.rest(), exchange);
+    }
 }
 
 void Controller::answerCip(const EncapSession& session, const CommonPacket& packet,
@@ -193,7 +201,6 @@ void Controller::answerCip(const EncapSession& session, const CommonPacket& pack
         return;
     }
     m_data.clear();
-    exchange.service = request.service;
     exchange.status = execute(session, request, exchange, m_data);
     if (m_data.size() + 4 > kMaxCipReply) {
         m_data.clear();
@@ -206,61 +213,35 @@ void Controller::answerCip(const EncapSession& session, const CommonPacket& pack
         put16(exchange.reply, *sequence);
     }
     exchange.cipAt = exchange.reply.size();
-    putReplyHead(exchange.reply, request.service, exchange.status);
+    putReplyHead(exchange.reply, uint8_t(exchange.service), exchange.status);
+    if (exchange.hasPccc && exchange.status.ok()) {
+        exchange.requestorAt = exchange.reply.size();
+        exchange.pcccAt = exchange.requestorAt + exchange.requestor.size();
+    }
     putBytes(exchange.reply, m_data);
     finishCommonPacket(exchange.reply, exchange.dataItemAt);
 }
 
-CipStatus Controller::execute(const EncapSession& session, const CipRequest& request,
-                              Exchange& exchange, Bytes& data) {
-    const bool readable = !request.pathTooLong && parseRequestPath(request.path, exchange.path);
+/// A connection to a DH+ proxy has no message router behind it: there is no status to refuse a
+/// message with.
+void Controller::answerDhp(const CommonPacket& packet, const Bytes& address, uint16_t sequence,
+                           ByteView message, Exchange& exchange) {
+    ByteReader reader(message);
+    DhpHeader header;
+    if (!takeDhpHeader(reader, header) || !decodePccc(reader.rest(), m_files, exchange.pccc)) {
+        discard(exchange, "no whole DH+ message");
+        return;
+    }
+    exchange.hasPccc = true;
     selectFaults(exchange);
-    if (const Fault* fault = exchange.fault(FaultKind::status)) {
-        return fault->parameter2 < 0
-                   ? CipStatus(uint8_t(fault->parameter))
-                   : CipStatus(uint8_t(fault->parameter), uint16_t(fault->parameter2));
-    }
-    const bool tagService = request.service == kReadTag || request.service == kWriteTag;
-    const bool managerService = request.service == kForwardOpen || request.service == kForwardClose;
-    if (!tagService && !managerService) {
-        return kServiceNotSupported;
-    }
-    if (!readable) {
-        return request.pathTooLong ? kPathSizeInvalid : kPathSegmentError;
-    }
-    if (tagService) {
-        return executeTagService(request, exchange, data);
-    }
-    if (exchange.path.classId != kConnectionManagerClass || exchange.path.instanceId != 1) {
-        return kPathDestinationUnknown;
-    }
-    return request.service == kForwardOpen
-               ? executeForwardOpen(session, request, exchange, data)
-               : m_connections.forwardClose(request.data, m_clock(), data);
-}
-
-CipStatus Controller::executeTagService(const CipRequest& request, Exchange& exchange,
-                                        Bytes& data) {
-    if (!exchange.path.isSymbolic()) {
-        return kPathDestinationUnknown;
-    }
-    if (request.service == kReadTag) {
-        return readTag(m_tags, m_settings.tags, exchange.path, request.data, data, exchange.access);
-    }
-    ByteReader reader(request.data);
-    if (reader.skip(2 + 2)) {  // type, count
-        exchange.written = reader.rest();
-    }
-    return writeTag(m_tags, m_settings.tags, exchange.path, request.data, exchange.access);
-}
-
-CipStatus Controller::executeForwardOpen(const EncapSession& session, const CipRequest& request,
-                                         const Exchange& exchange, Bytes& data) {
-    if (const Fault* fault = exchange.fault(FaultKind::refuseOpen)) {
-        putRefusedConnection(data, request.data, kOpenTriadAt);
-        return CipStatus(kConnectionFailure, uint16_t(fault->parameter));
-    }
-    return m_connections.forwardOpen(session.owner, request.data, m_clock(), data);
+    CommonPacket answer = packet;
+    answer.address = address;
+    exchange.dataItemAt = beginCommonPacket(exchange.reply, answer);
+    put16(exchange.reply, sequence);
+    putDhpAnswerHeader(exchange.reply, header);
+    exchange.pcccAt = exchange.reply.size();
+    answerCommand(exchange, exchange.reply);
+    finishCommonPacket(exchange.reply, exchange.dataItemAt);
 }
 
 }  // namespace sim

@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "apps/simulator/connection_manager.h"
+#include "apps/simulator/data_table.h"
 #include "apps/simulator/exchange.h"
 #include "apps/simulator/identity.h"
 #include "apps/simulator/tag_table.h"
@@ -15,6 +16,8 @@ struct ControllerSettings {
     size_t connections = 16;
     /// Above 0: idle connections are dropped after this time, whatever their originators ask for.
     int64_t connectionTimeoutMs = 0;
+    /// Connection and route paths that are accepted beside that of the message router.
+    std::vector<Bytes> paths;
     TagBehaviour tags;
 };
 
@@ -34,8 +37,9 @@ class Controller {
     /// Monotonic milliseconds.
     using Clock = std::function<int64_t()>;
 
-    /// `tags` and `faults` have to outlive the controller.
-    Controller(const ControllerSettings& settings, TagTable& tags, FaultPlan& faults, Clock clock);
+    /// `tags`, `files` and `faults` have to outlive the controller.
+    Controller(const ControllerSettings& settings, TagTable& tags, DataTable& files,
+               FaultPlan& faults, Clock clock);
 
     /// Serves the request `frame`: a header and as many bytes as it announces. Leaves the answer,
     /// before any fault that distorts it, and all that is known of the request in `exchange`.
@@ -54,8 +58,17 @@ class Controller {
     void sendUnitData(const EncapSession& session, ByteView body, Exchange& exchange);
     void answerCip(const EncapSession& session, const CommonPacket& packet, const Bytes& address,
                    const uint16_t* sequence, ByteView request, Exchange& exchange);
-    CipStatus execute(const EncapSession& session, const CipRequest& request, Exchange& exchange,
+    void answerDhp(const CommonPacket& packet, const Bytes& address, uint16_t sequence,
+                   ByteView message, Exchange& exchange);
+    CipStatus unwrap(CipRequest& request, Exchange& exchange) const;
+    CipStatus execute(const EncapSession& session, CipRequest request, Exchange& exchange,
                       Bytes& data);
+    CipStatus executeService(const EncapSession& session, const CipRequest& request,
+                             Exchange& exchange, Bytes& data);
+    CipStatus executeObjectService(const CipRequest& request, Exchange& exchange, Bytes& data);
+    CipStatus decodePcccRequest(ByteView data, Exchange& exchange);
+    /// Carries the PCCC command out, unless a fault refuses it, and appends its reply.
+    static void answerCommand(Exchange& exchange, Bytes& reply);
     CipStatus executeTagService(const CipRequest& request, Exchange& exchange, Bytes& data);
     CipStatus executeForwardOpen(const EncapSession& session, const CipRequest& request,
                                  const Exchange& exchange, Bytes& data);
@@ -63,6 +76,7 @@ class Controller {
 
     const ControllerSettings m_settings;
     TagTable& m_tags;
+    DataTable& m_files;
     FaultPlan& m_faults;
     const Clock m_clock;
     const Identity m_identity;

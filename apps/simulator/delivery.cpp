@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "apps/simulator/execute_pccc.h"
+
 namespace sim {
 
 namespace {
@@ -11,8 +13,11 @@ const size_t kCommandAt = 0;
 const size_t kItemCountAt = kEncapHeaderSize + 4 + 2;
 const size_t kAddressAt = kItemCountAt + 2 + 2 + 2;
 const size_t kItemLengthAt = 2;              // from the item's head
+const size_t kItemHead = 2 + 2;              // type id, length
 const size_t kSequenceAt = 2 + 2;            // from the data item's head
 const size_t kAdditionalSizeAt = 1 + 1 + 1;  // from the message-router reply
+const size_t kTransactionAt = 1 + 1;         // from the PCCC reply
+const size_t kSequenceSize = 2;
 
 /// Where the data of the message-router reply begins.
 size_t dataAt(const Exchange& exchange) {
@@ -28,9 +33,18 @@ void addTo16(Bytes& bytes, size_t at, int64_t change) {
     set16(bytes, at, uint16_t(get16(bytes, at) + change));
 }
 
+/// Where the message begins that travels in the data item, or what there is instead.
+size_t messageAt(const Exchange& exchange) {
+    if (exchange.cipAt != 0) {
+        return exchange.cipAt;
+    }
+    const size_t dhpAt = exchange.dataItemAt + kItemHead + kSequenceSize;
+    return exchange.dataItemAt != 0 ? dhpAt : kEncapHeaderSize;
+}
+
 /// Takes bytes off the end and corrects the lengths that count them.
 void shorten(Exchange& exchange, size_t count) {
-    const size_t keep = exchange.cipAt != 0 ? exchange.cipAt : kEncapHeaderSize;
+    const size_t keep = messageAt(exchange);
     count = std::min(count, exchange.reply.size() - keep);
     exchange.reply.resize(exchange.reply.size() - count);
     if (exchange.dataItemAt != 0) {
@@ -109,11 +123,47 @@ void distortCip(const Fault& fault, Exchange& exchange) {
                 shorten(exchange, size - std::min(size, size_t(fault.parameter)));
             }
             break;
-        case FaultKind::shortReply:
-            shorten(exchange, size_t(fault.parameter));
+        default:
+            break;
+    }
+}
+
+void distortPccc(const Fault& fault, Exchange& exchange) {
+    Bytes& reply = exchange.reply;
+    const size_t at = exchange.pcccAt;
+    const size_t serialAt = exchange.requestorAt + kRequestorSerialAt;
+    switch (fault.kind) {
+        case FaultKind::wrongRequestor:
+            if (exchange.requestorAt != 0) {
+                set32(reply, serialAt, codeOr(fault, get32(reply, serialAt) + 1));
+            }
+            break;
+        case FaultKind::wrongPcccCommand:
+            set8(reply, at, uint8_t(codeOr(fault, get8(reply, at) ^ 1u)));
+            break;
+        case FaultKind::wrongTransaction:
+            addTo16(reply, at + kTransactionAt, fault.parameter);
+            break;
+        case FaultKind::wrongPcccType:
+            if (exchange.pccc.function == kTypedRead && exchange.pccc.status.ok()) {
+                set8(reply, at + kPcccHead, uint8_t(fault.parameter));
+            }
             break;
         default:
             break;
+    }
+}
+
+/// What the message says.
+void distortMessage(const Fault& fault, Exchange& exchange) {
+    if (exchange.cipAt != 0) {
+        distortCip(fault, exchange);
+    }
+    if (exchange.pcccAt != 0) {
+        distortPccc(fault, exchange);
+    }
+    if (fault.kind == FaultKind::shortReply && exchange.dataItemAt != 0) {
+        shorten(exchange, size_t(fault.parameter));
     }
 }
 
@@ -194,6 +244,7 @@ void applyEncapStatus(Exchange& exchange) {
         finishReply(exchange.reply);
         exchange.dataItemAt = 0;
         exchange.cipAt = 0;
+        exchange.pcccAt = 0;
     }
 }
 
@@ -207,9 +258,7 @@ void applyFaults(Exchange& exchange, Delivery& delivery) {
     }
     applyEncapStatus(exchange);
     for (const Fault* fault : exchange.faults) {
-        if (exchange.cipAt != 0) {
-            distortCip(*fault, exchange);
-        }
+        distortMessage(*fault, exchange);
     }
     for (const Fault* fault : exchange.faults) {
         distortHeader(*fault, exchange.reply);

@@ -6,17 +6,26 @@ void Exchange::begin(ByteView frame) {
     request = frame;
     command = 0;
     service = -1;
-    path.name.clear();
-    path.indices.clear();
+    path.clear();
     access = TagAccess();
     written = ByteView();
+    unconnectedSend = false;
+    route = ByteView();
+    requestor = ByteView();
+    if (hasPccc) {
+        hasPccc = false;
+        pccc = PcccCommand();
+    }
     encapStatus = kEncapSuccess;
     status = CipStatus();
     note = nullptr;
+    faultsSelected = false;
     faults.clear();
     reply.clear();
     dataItemAt = 0;
     cipAt = 0;
+    requestorAt = 0;
+    pcccAt = 0;
     connected = false;
     closeTcp = false;
 }

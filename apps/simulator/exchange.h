@@ -6,6 +6,7 @@
 #include "apps/simulator/cip.h"
 #include "apps/simulator/encapsulation.h"
 #include "apps/simulator/fault.h"
+#include "apps/simulator/pccc_command.h"
 #include "apps/simulator/request_path.h"
 #include "apps/simulator/tag_services.h"
 
@@ -20,16 +21,24 @@ struct Exchange {
     int service = -1;  ///< of CIP, -1 without one
     RequestPath path;
     TagAccess access;
-    ByteView written;  ///< element bytes of a write request
+    ByteView written;              ///< element bytes of a write request
+    bool unconnectedSend = false;  ///< the request was wrapped in an Unconnected Send
+    ByteView route;                ///< and this was its route path
+    ByteView requestor;            ///< requestor id of Execute PCCC
+    bool hasPccc = false;          ///< there is a PCCC command in it
+    PcccCommand pccc;
     uint32_t encapStatus = kEncapSuccess;
     CipStatus status;
     const char* note = nullptr;  ///< why there is no answer
 
+    bool faultsSelected = false;
     std::vector<const Fault*> faults;
 
-    Bytes reply;            ///< empty when nothing is answered
-    size_t dataItemAt = 0;  ///< head of the data item in the reply, 0 without one
-    size_t cipAt = 0;       ///< message-router reply in the reply, 0 without one
+    Bytes reply;             ///< empty when nothing is answered
+    size_t dataItemAt = 0;   ///< head of the data item in the reply, 0 without one
+    size_t cipAt = 0;        ///< message-router reply in the reply, 0 without one
+    size_t requestorAt = 0;  ///< requestor id in the reply, 0 without one
+    size_t pcccAt = 0;       ///< PCCC reply in the reply, 0 without one
     bool connected = false;
     bool closeTcp = false;
 

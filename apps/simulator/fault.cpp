@@ -80,16 +80,31 @@ const FaultName kNames[] = {
      kNoParameter, "Forward Open is refused with 01 and extended status CODE (0113)"},
     {"short-open-reply", FaultKind::shortOpenReply, FaultScope::open, Radix::decimal, 4,
      kNoParameter, "the answer to Forward Open has only N (4) bytes of data"},
+    {"pccc-status", FaultKind::pcccStatus, FaultScope::pccc, Radix::hex, kNoParameter, kOptional,
+     "a PCCC command is refused with STS CODE and, behind F0, EXT STS CODE"},
+    {"wrong-requestor", FaultKind::wrongRequestor, FaultScope::pccc, Radix::hex, kOther,
+     kNoParameter, "serial number CODE (another one) in the requestor id of a PCCC reply"},
+    {"wrong-pccc-command", FaultKind::wrongPcccCommand, FaultScope::pccc, Radix::hex, kOther,
+     kNoParameter, "command CODE (another one) in a PCCC reply"},
+    {"wrong-transaction", FaultKind::wrongTransaction, FaultScope::pccc, Radix::decimal, 1,
+     kNoParameter, "transaction number of a PCCC reply larger by N (1)"},
+    {"wrong-pccc-type", FaultKind::wrongPcccType, FaultScope::pccc, Radix::hex, 0xFF, kNoParameter,
+     "first byte CODE (FF) of the type/data parameter of a typed read"},
 };
 
 const struct {
     const char* name;
     FaultScope scope;
 } kScopes[] = {
-    {"unit", FaultScope::unit}, {"rr", FaultScope::rr},
-    {"read", FaultScope::read}, {"write", FaultScope::write},
-    {"open", FaultScope::open}, {"close", FaultScope::close},
-    {"any", FaultScope::any},   {"register", FaultScope::registerSession},
+    {"unit", FaultScope::unit},
+    {"rr", FaultScope::rr},
+    {"read", FaultScope::read},
+    {"write", FaultScope::write},
+    {"open", FaultScope::open},
+    {"close", FaultScope::close},
+    {"pccc", FaultScope::pccc},
+    {"any", FaultScope::any},
+    {"register", FaultScope::registerSession},
 };
 
 const FaultName* findFault(const QString& name) {
@@ -179,7 +194,7 @@ bool parseQualifier(const QString& text, Fault* fault, QString* error) {
     if (!ok) {
         *error = QString(
                      "'@%1' is neither @N, @NxM, @tag=NAME nor @on=SCOPE "
-                     "(unit, rr, read, write, open, close, register, any)")
+                     "(unit, rr, read, write, open, close, register, pccc, any)")
                      .arg(text);
     }
     return ok;
@@ -201,6 +216,8 @@ bool inScope(FaultScope scope, const FaultTarget& target) {
             return target.service == kForwardClose;
         case FaultScope::registerSession:
             return target.command == kRegisterSession;
+        case FaultScope::pccc:
+            return target.pccc;
         case FaultScope::any:
             return true;
     }

@@ -37,17 +37,22 @@ enum class FaultKind {
     refuseRegister,
     refuseOpen,
     shortOpenReply,
+    pcccStatus,
+    wrongRequestor,
+    wrongPcccCommand,
+    wrongTransaction,
+    wrongPcccType,
 };
 
 /// Which requests a fault is for.
-enum class FaultScope { unit, rr, read, write, open, close, registerSession, any };
+enum class FaultScope { unit, rr, read, write, open, close, registerSession, pccc, any };
 
 const int64_t kNoParameter = -1;
 
 struct Fault {
     FaultKind kind = FaultKind::silence;
     FaultScope scope = FaultScope::unit;
-    std::string tag;  ///< upper-case name, empty for all
+    std::string tag;  ///< upper-case name or data-table address, empty for all
     /// What stands behind the name, its default where nothing does; kNoParameter without one.
     int64_t parameter = kNoParameter;
     int64_t parameter2 = kNoParameter;
@@ -66,8 +71,10 @@ QString faultHelp();
 /// The request that a fault may be for.
 struct FaultTarget {
     uint16_t command = 0;
-    int service = -1;                  ///< of CIP, -1 without one
-    const std::string* tag = nullptr;  ///< upper-case name without its last indices
+    int service = -1;  ///< of CIP, -1 without one
+    /// Upper-case name without its last indices, or address in the data table.
+    const std::string* tag = nullptr;
+    bool pccc = false;  ///< there is a PCCC command in it
 };
 
 /// The faults that are switched on.

@@ -69,10 +69,11 @@ std::vector<sim::Tag*> rampTags(const sim::Options& options, sim::TagTable& tabl
 
 int run(const sim::Options& options) {
     sim::TagTable table;
+    sim::DataTable files;
     sim::FaultPlan faults;
     sim::RequestLog log;
     QString error;
-    if (!loadTags(options, table, &error)) {
+    if (!loadTags(options, table, &error) || !loadFiles(options, files, &error)) {
         return complain(error, kExitUsage);
     }
     for (const QString& fault : options.faults) {
@@ -81,7 +82,7 @@ int run(const sim::Options& options) {
     if (!options.log.isEmpty() && !log.open(options.log, &error)) {
         return complain(error, kExitFailure);
     }
-    sim::Controller controller(options.controller, table, faults, monotonicMs);
+    sim::Controller controller(options.controller, table, files, faults, monotonicMs);
     sim::Server server(controller, log);
     server.setDelay(options.delayMs);
     if (!server.start(options.address, options.port, &error) ||
@@ -96,7 +97,7 @@ int run(const sim::Options& options) {
     std::unique_ptr<sim::Control> control;
     if (options.control) {
         control = std::make_unique<sim::Control>(
-            sim::ControlTargets{&table, &faults, &controller, &server});
+            sim::ControlTargets{&table, &files, &faults, &controller, &server});
         QObject::connect(control.get(), &sim::Control::quit, qApp, &QCoreApplication::quit,
                          Qt::QueuedConnection);
     }

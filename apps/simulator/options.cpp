@@ -2,7 +2,9 @@
 
 #include <QCommandLineParser>
 #include <QFile>
+#include <functional>
 
+#include "apps/simulator/data_table_text.h"
 #include "apps/simulator/fault.h"
 #include "apps/simulator/oracle.h"
 #include "apps/simulator/tag_text.h"
@@ -20,17 +22,24 @@ const char kExamples[] =
     "  micro800-sim --port 0 --tag 'GRID:INT[2..5,0..3]=1,2,3' --delay 6 --log requests.json\n"
     "  micro800-sim --tags plant.json --ramp 100\n"
     "  micro800-sim --tag A:DINT=1 --fault late:1500@10x1 --fault torn:7@tag=A\n"
+    "  micro800-sim --pccc-file N7[301]=1,2,3 --pccc-file T4[2]=0,1000,250 --accept-path 0100\n"
     "\n"
     "The first line on standard output is the TCP port. SIGINT and SIGTERM end the program.\n"
     "\n"
-    "Faults, NAME[:PARAM][@N][xM][@tag=NAME][@on=unit|rr|read|write|open|close|register|any]:\n";
+    "Faults, "
+    "NAME[:PARAM][@N][xM][@tag=NAME][@on=unit|rr|read|write|open|close|register|pccc|any]:\n";
 
 void addOptions(QCommandLineParser& parser) {
     parser.addOptions({
         {"address", "IP address to listen on (127.0.0.1).", "IP", "127.0.0.1"},
         {"port", "TCP port to listen on (44818); 0 takes a free one.", "N", "44818"},
         {"tag", "Declares a tag, NAME:TYPE[dims]=v1,v2,... May be given again.", "TAG"},
-        {"tags", "Declares the tags of a JSON file. May be given again.", "FILE"},
+        {"tags", "Declares the tags and data files of a JSON file. May be given again.", "FILE"},
+        {"pccc-file",
+         "Declares a file of the data table, N7[elements]=v1,v2,... May be given again.", "FILE"},
+        {"accept-path",
+         "Connection and route path (hexadecimal) that leads here as well. May be given again.",
+         "HEX"},
         {"delay", "Time that the controller takes for a request (0).", "MS", "0"},
         {"connections", "CIP connections at once (16).", "N", "16"},
         {"connection-timeout",
@@ -137,8 +146,28 @@ void readController(const QCommandLineParser& parser, OptionReader& reader, Opti
     }
 }
 
+/// Paths are whole words of at most 255.
+bool parsePath(const QString& text, Bytes* path) {
+    const QByteArray digits = text.toLatin1();
+    const QByteArray bytes = QByteArray::fromHex(digits);
+    path->assign(bytes.begin(), bytes.end());
+    return bytes.toHex() == digits.toLower() && !bytes.isEmpty() && bytes.size() % 2 == 0 &&
+           bytes.size() <= 255 * 2;
+}
+
+void readPaths(const QCommandLineParser& parser, OptionReader& reader, Options* options) {
+    for (const QString& text : parser.values("accept-path")) {
+        Bytes path;
+        if (!parsePath(text, &path)) {
+            reader.complain("accept-path", QString("'%1' is no path").arg(text));
+        }
+        options->controller.paths.push_back(path);
+    }
+}
+
 void readTags(const QCommandLineParser& parser, OptionReader& reader, Options* options) {
     options->tags = parser.values("tag");
+    options->files = parser.values("pccc-file");
     options->tagFiles = parser.values("tags");
     options->rampTags = parser.values("ramp-tag");
     if (parser.isSet("ramp")) {
@@ -149,6 +178,23 @@ void readTags(const QCommandLineParser& parser, OptionReader& reader, Options* o
     if (options->rampMs > 0 && options->controller.tags.oracle) {
         reader.complain("ramp", "oracle values do not count up by time");
     }
+}
+
+/// Hands the documents to `add` one after the other, until it says no.
+bool loadJson(const QStringList& paths, const std::function<bool(const QByteArray&, QString*)>& add,
+              QString* error) {
+    for (const QString& path : paths) {
+        QFile file(path);
+        QString why;
+        if (!file.open(QIODevice::ReadOnly)) {
+            why = file.errorString();
+        } else if (add(file.readAll(), &why)) {
+            continue;
+        }
+        *error = QString("--tags %1: %2").arg(path, why);
+        return false;
+    }
+    return true;
 }
 
 }  // namespace
@@ -171,6 +217,7 @@ ParseResult parseOptions(const QStringList& arguments, Options* options, QString
     OptionReader reader(parser);
     readNetwork(parser, reader, options);
     readController(parser, reader, options);
+    readPaths(parser, reader, options);
     readTags(parser, reader, options);
     if (!parser.positionalArguments().isEmpty()) {
         *text = QString("'%1' is no option").arg(parser.positionalArguments().first());
@@ -181,15 +228,10 @@ ParseResult parseOptions(const QStringList& arguments, Options* options, QString
 }
 
 bool loadTags(const Options& options, TagTable& table, QString* error) {
-    for (const QString& path : options.tagFiles) {
-        QFile file(path);
-        QString why;
-        if (!file.open(QIODevice::ReadOnly)) {
-            why = file.errorString();
-        } else if (addTagsFromJson(file.readAll(), table, &why)) {
-            continue;
-        }
-        *error = QString("--tags %1: %2").arg(path, why);
+    const auto add = [&table](const QByteArray& json, QString* why) {
+        return addTagsFromJson(json, table, why);
+    };
+    if (!loadJson(options.tagFiles, add, error)) {
         return false;
     }
     for (const QString& tag : options.tags) {
@@ -207,6 +249,22 @@ bool loadTags(const Options& options, TagTable& table, QString* error) {
     if (options.controller.tags.oracle && table.elements() > kMaxOracleElements) {
         *error = QString("--oracle: more than %1 elements").arg(kMaxOracleElements);
         return false;
+    }
+    return true;
+}
+
+bool loadFiles(const Options& options, DataTable& table, QString* error) {
+    table.putDefaultFiles();
+    const auto add = [&table](const QByteArray& json, QString* why) {
+        return addFilesFromJson(json, table, why);
+    };
+    if (!loadJson(options.tagFiles, add, error)) {
+        return false;
+    }
+    for (const QString& file : options.files) {
+        if (!addFileFromText(file, table, error)) {
+            return false;
+        }
     }
     return true;
 }

@@ -14,6 +14,7 @@ struct Options {
     quint16 port = 44818;
     QStringList tagFiles;
     QStringList tags;
+    QStringList files;  ///< data files
     QStringList faults;
     QString log;
     int delayMs = 0;
@@ -32,6 +33,9 @@ ParseResult parseOptions(const QStringList& arguments, Options* options, QString
 
 /// Puts the tags of all files and options into the table. False with the reason in `error`.
 bool loadTags(const Options& options, TagTable& table, QString* error);
+/// Puts the data files that a controller has at first into the table, then those of all JSON files
+/// and options. False with the reason in `error`.
+bool loadFiles(const Options& options, DataTable& table, QString* error);
 
 }  // namespace sim
 

@@ -56,8 +56,14 @@ void appendNames(std::string& line, const Exchange& exchange) {
     if (exchange.service < 0) {
         return;
     }
+    if (exchange.unconnectedSend) {
+        appendKey(line, "route");
+        line += '"';
+        appendHex(line, exchange.route);
+        line += '"';
+    }
     appendKey(line, "service");
-    if (const char* service = cipServiceName(uint8_t(exchange.service))) {
+    if (const char* service = cipServiceName(uint8_t(exchange.service), exchange.path.classId)) {
         appendString(line, service);
     } else {
         line += "\"0x";
@@ -92,6 +98,45 @@ void appendAccess(std::string& line, const Exchange& exchange) {
         appendHex(line, exchange.written);
         line += '"';
     }
+}
+
+void appendPcccStatus(std::string& line, const PcccStatus& status) {
+    appendKey(line, "sts");
+    line += '"';
+    appendHexCode(line, status.sts, 2);
+    if (status.sts == kPcccExtended) {
+        line += '/';
+        appendHexCode(line, status.ext, 2);
+    }
+    line += '"';
+}
+
+void appendPccc(std::string& line, const PcccCommand& pccc) {
+    if (pccc.function >= 0) {
+        appendKey(line, "function");
+        if (const char* name = pcccFunctionName(uint8_t(pccc.function))) {
+            appendString(line, name);
+        } else {
+            line += "\"0x";
+            appendHexCode(line, unsigned(pccc.function), 2);
+            line += '"';
+        }
+    }
+    if (!pccc.address.empty()) {
+        appendKey(line, "address");
+        appendString(line, pccc.address);
+    }
+    if (pccc.count >= 0) {
+        appendKey(line, "count");
+        line += std::to_string(pccc.count);
+    }
+    if (!pccc.written.empty()) {
+        appendKey(line, "data");
+        line += '"';
+        appendHex(line, pccc.written);
+        line += '"';
+    }
+    appendPcccStatus(line, pccc.status);
 }
 
 void appendStatus(std::string& line, const Exchange& exchange) {
@@ -145,6 +190,9 @@ void buildLine(std::string& line, double ms, const std::string& peer, const Exch
     appendString(line, peer);
     appendNames(line, exchange);
     appendAccess(line, exchange);
+    if (exchange.hasPccc) {
+        appendPccc(line, exchange.pccc);
+    }
     appendStatus(line, exchange);
     appendFaults(line, exchange);
     appendKey(line, "request");

@@ -99,6 +99,13 @@ bool takeSegment(ByteReader& reader, RequestPath& path) {
 
 }  // namespace
 
+void RequestPath::clear() {
+    name.clear();
+    indices.clear();
+    classId = 0;
+    instanceId = 0;
+}
+
 std::string RequestPath::text() const {
     std::string text = name;
     appendIndices(text, indices);
@@ -106,10 +113,7 @@ std::string RequestPath::text() const {
 }
 
 bool parseRequestPath(ByteView bytes, RequestPath& path) {
-    path.name.clear();
-    path.indices.clear();
-    path.classId = 0;
-    path.instanceId = 0;
+    path.clear();
     ByteReader reader(bytes);
     while (reader.left() > 0) {
         if (!takeSegment(reader, path)) {

@@ -18,6 +18,7 @@ struct RequestPath {
     uint32_t classId = 0;
     uint32_t instanceId = 0;
 
+    void clear();
     bool isSymbolic() const { return !name.empty(); }
     /// The name with its indices, as an operator would write it.
     std::string text() const;

@@ -43,8 +43,12 @@ TEST(ReplyHead, CarriesTheStatus) {
 }
 
 TEST(CipServiceName, IsNullForOthers) {
-    EXPECT_STREQ("WriteTag", sim::cipServiceName(0x4D));
-    EXPECT_EQ(nullptr, sim::cipServiceName(0x4B));
+    EXPECT_STREQ("WriteTag", sim::cipServiceName(0x4D, 0));
+    EXPECT_STREQ("ExecutePCCC", sim::cipServiceName(0x4B, 0x67));
+    EXPECT_STREQ("ListInstances", sim::cipServiceName(0x4B, 0x6B));
+    EXPECT_EQ(nullptr, sim::cipServiceName(0x4B, 0x06));
+    EXPECT_STREQ("UnconnectedSend", sim::cipServiceName(0x52, 0x06));
+    EXPECT_EQ(nullptr, sim::cipServiceName(0x52, 0));
 }
 
 }  // namespace

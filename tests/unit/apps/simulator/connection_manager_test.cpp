@@ -84,6 +84,36 @@ TEST(ForwardOpen, RefusesOtherPaths) {
     EXPECT_EQ(0u, manager.count(0));
 }
 
+TEST(ForwardOpen, TakesPathsThatWereNamed) {
+    ConnectionManager manager(16, 0,
+                              {hex("010020022401"), hex("0100"), hex("20A624012C01"),
+                               hex("010020A624022C01"), hex("20A624032C01")});
+    const struct {
+        const char* path;
+        bool toDhpProxy;
+    } rows[] = {
+        {"02 20022401", false},    {"03 010020022401", false},    {"01 0100", false},
+        {"03 20A624012C01", true}, {"04 010020A624022C01", true}, {"03 20A624032C01", false},
+    };
+    uint8_t serial = 0;
+    for (const auto& row : rows) {
+        Bytes data = openData(++serial);
+        data.resize(35);
+        sim::putBytes(data, hex(row.path));
+        Bytes reply;
+        ASSERT_EQ("00", text(manager.forwardOpen(kOwner, data, 0, reply))) << row.path;
+        EXPECT_EQ(row.toDhpProxy, manager.use(sim::get32(reply, 0), kOwner, 0)->toDhpProxy)
+            << row.path;
+    }
+    Bytes data = openData(++serial);
+    data.resize(35);
+    sim::putBytes(data, hex("03 010120022401"));
+    EXPECT_EQ("01/0311", open(manager, data));
+    EXPECT_TRUE(manager.accepts(hex("0100")));
+    EXPECT_FALSE(manager.accepts(hex("01000100")));
+    EXPECT_FALSE(manager.accepts(Bytes()));
+}
+
 TEST(ForwardOpen, RefusesOneConnectionTooMany) {
     ConnectionManager manager(2, 0);
     EXPECT_EQ("00", open(manager, openData(1)));

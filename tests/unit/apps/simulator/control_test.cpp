@@ -10,7 +10,8 @@ namespace {
 class ControlTest : public testing::Test {
  protected:
     ControlTest()
-        : m_controller(sim::ControllerSettings(), m_tags, m_faults, [] { return int64_t(0); }),
+        : m_controller(sim::ControllerSettings(), m_tags, m_files, m_faults,
+                       [] { return int64_t(0); }),
           m_server(m_controller, m_log) {
         QString error;
         EXPECT_TRUE(m_server.start(QHostAddress(QHostAddress::LocalHost), 0, &error))
@@ -20,11 +21,13 @@ class ControlTest : public testing::Test {
     }
 
     std::string run(const char* line) {
-        const sim::ControlTargets targets = {&m_tags, &m_faults, &m_controller, &m_server};
+        const sim::ControlTargets targets = {&m_tags, &m_files, &m_faults, &m_controller,
+                                             &m_server};
         return runCommand(line, targets, &m_quit).toStdString();
     }
 
     sim::TagTable m_tags;
+    sim::DataTable m_files;
     sim::FaultPlan m_faults;
     sim::RequestLog m_log;
     sim::Controller m_controller;
@@ -41,6 +44,14 @@ TEST_F(ControlTest, SetsAndGetsValues) {
     EXPECT_EQ("ok \"x  y, z\"", run("get S"));
     EXPECT_EQ("error: there is no 'B'", run("get B"));
     EXPECT_EQ("error: NAME=values is wanted", run("set A"));
+}
+
+TEST_F(ControlTest, SetsAndGetsTheDataTable) {
+    m_files.putDefaultFiles();
+    EXPECT_EQ("ok", run("set N7:300=5,6"));
+    EXPECT_EQ("ok 6", run("get n7:301"));
+    EXPECT_EQ("error: there is no 'N9:0'", run("get N9:0"));
+    EXPECT_EQ("error: there is no 'N9:0'", run("set N9:0=1"));
 }
 
 TEST_F(ControlTest, SwitchesFaults) {

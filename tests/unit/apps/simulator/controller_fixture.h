@@ -7,6 +7,7 @@
 #include <string>
 
 #include "apps/simulator/controller.h"
+#include "apps/simulator/data_table_text.h"
 #include "apps/simulator/tag_text.h"
 #include "unit/apps/simulator/hex.h"
 
@@ -40,12 +41,13 @@ class ControllerTest : public testing::Test {
         m_session.owner = 1;
         m_session.address = 0x7F000001;
         m_session.port = 44818;
+        m_files.putDefaultFiles();
         addTag("A:DINT=42");
         makeController();
     }
 
     void makeController() {
-        m_controller = std::make_unique<sim::Controller>(m_settings, m_tags, m_faults,
+        m_controller = std::make_unique<sim::Controller>(m_settings, m_tags, m_files, m_faults,
                                                          [this] { return m_nowMs; });
     }
 
@@ -99,6 +101,7 @@ class ControllerTest : public testing::Test {
 
     sim::ControllerSettings m_settings;
     sim::TagTable m_tags;
+    sim::DataTable m_files;
     sim::FaultPlan m_faults;
     int64_t m_nowMs = 0;
     std::unique_ptr<sim::Controller> m_controller;

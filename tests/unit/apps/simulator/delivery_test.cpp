@@ -25,6 +25,15 @@ const char kOpenReply[] =
     "00000000 0000 0200 0000 0000 B200 1E00"
     "D400 00 00 01000010 0100FE80 0200 1B50 44332211 80841E00 80841E00 00 00";
 
+const char kPcccReply[] =
+    "6F00 2200 01000000 00000000 0000000000000000 00000000"
+    "00000000 0000 0200 0000 0000 B200 1200"
+    "CB00 00 00 07 0604 89674523 4F 00 3412 42 2A00";
+const char kDhpReply[] =
+    "7000 2400 01000000 00000000 0000000000000000 00000000"
+    "00000000 0000 0200 A100 0400 0100FE80 B100 1000 0500"
+    "0000 0300 0700 0800 4F 00 3412 2A00";
+
 /// What goes out when these faults strike the reply.
 class Delivering : public testing::Test {
  protected:
@@ -43,6 +52,28 @@ class Delivering : public testing::Test {
         m_exchange.service = sim::kForwardOpen;
         m_exchange.dataItemAt = 24 + 6 + 2 + 4;
         m_exchange.cipAt = m_exchange.dataItemAt + 4;
+    }
+
+    void pcccReply() {
+        m_exchange.begin(sim::ByteView());
+        m_exchange.reply = hex(kPcccReply);
+        m_exchange.service = sim::kExecutePccc;
+        m_exchange.dataItemAt = 24 + 6 + 2 + 4;
+        m_exchange.cipAt = m_exchange.dataItemAt + 4;
+        m_exchange.requestorAt = m_exchange.cipAt + 4;
+        m_exchange.pcccAt = m_exchange.requestorAt + 7;
+        m_exchange.hasPccc = true;
+        m_exchange.pccc.function = sim::kTypedRead;
+    }
+
+    void dhpReply() {
+        m_exchange.begin(sim::ByteView());
+        m_exchange.reply = hex(kDhpReply);
+        m_exchange.connected = true;
+        m_exchange.dataItemAt = 24 + 6 + 2 + 8;
+        m_exchange.pcccAt = m_exchange.dataItemAt + 4 + 2 + 8;
+        m_exchange.hasPccc = true;
+        m_exchange.pccc.function = sim::kThreeAddressRead;
     }
 
     void strike(std::initializer_list<const char*> texts) {
@@ -245,6 +276,64 @@ TEST_F(Delivering, LeavesPlacesAloneThatAReplyDoesNotHave) {
     EXPECT_EQ(hexText("6500 0400 01000000 00000000 0000000000000000 00000000 0100 0000"), sent());
 }
 
+TEST_F(Delivering, DistortsFieldsOfAPcccReply) {
+    const std::string head =
+        "6F00 2200 01000000 00000000 0000000000000000 00000000"
+        "00000000 0000 0200 0000 0000 B200 1200 CB00 00 00";
+    const Row rows[] = {
+        {"wrong-requestor", "07 0604 8A674523 4F 00 3412 42 2A00"},
+        {"wrong-requestor:01020304", "07 0604 04030201 4F 00 3412 42 2A00"},
+        {"wrong-pccc-command", "07 0604 89674523 4E 00 3412 42 2A00"},
+        {"wrong-pccc-command:0F", "07 0604 89674523 0F 00 3412 42 2A00"},
+        {"wrong-transaction", "07 0604 89674523 4F 00 3512 42 2A00"},
+        {"wrong-transaction:256", "07 0604 89674523 4F 00 3413 42 2A00"},
+        {"wrong-pccc-type", "07 0604 89674523 4F 00 3412 FF 2A00"},
+        {"wrong-pccc-type:22", "07 0604 89674523 4F 00 3412 22 2A00"},
+    };
+    for (const Row& row : rows) {
+        pcccReply();
+        strike({row.fault});
+        EXPECT_EQ(hexText(head + row.sent), sent()) << row.fault;
+    }
+    pcccReply();
+    m_exchange.pccc.function = sim::kThreeAddressRead;
+    strike({"wrong-pccc-type"});
+    EXPECT_EQ(hexText(kPcccReply), sent()) << "no typed read";
+    pcccReply();
+    m_exchange.pccc.status.sts = 0xF0;
+    strike({"wrong-pccc-type"});
+    EXPECT_EQ(hexText(kPcccReply), sent()) << "refused";
+}
+
+TEST_F(Delivering, DistortsFieldsOfAReplyThroughADhpProxy) {
+    const Row rows[] = {
+        {"wrong-requestor",
+         "7000 2400 01000000 00000000 0000000000000000 00000000"
+         "00000000 0000 0200 A100 0400 0100FE80 B100 1000 0500"
+         "0000 0300 0700 0800 4F 00 3412 2A00"},
+        {"wrong-transaction",
+         "7000 2400 01000000 00000000 0000000000000000 00000000"
+         "00000000 0000 0200 A100 0400 0100FE80 B100 1000 0500"
+         "0000 0300 0700 0800 4F 00 3512 2A00"},
+        {"short-reply:5",
+         "7000 1F00 01000000 00000000 0000000000000000 00000000"
+         "00000000 0000 0200 A100 0400 0100FE80 B100 0B00 0500"
+         "0000 0300 0700 0800 4F"},
+        {"short-reply:999",
+         "7000 1600 01000000 00000000 0000000000000000 00000000"
+         "00000000 0000 0200 A100 0400 0100FE80 B100 0200 0500"},
+        {"wrong-service",
+         "7000 2400 01000000 00000000 0000000000000000 00000000"
+         "00000000 0000 0200 A100 0400 0100FE80 B100 1000 0500"
+         "0000 0300 0700 0800 4F 00 3412 2A00"},
+    };
+    for (const Row& row : rows) {
+        dhpReply();
+        strike({row.fault});
+        EXPECT_EQ(hexText(row.sent), sent()) << row.fault;
+    }
+}
+
 /// Any two faults on any reply leave something that can be sent; the sanitizers watch.
 TEST_F(Delivering, SurvivesAllPairsOfFaults) {
     const char* const faults[] = {"silence",
@@ -275,6 +364,11 @@ TEST_F(Delivering, SurvivesAllPairsOfFaults) {
                                   "string-length-past-end",
                                   "short-reply:0",
                                   "short-reply:999",
+                                  "pccc-status:F0",
+                                  "wrong-requestor",
+                                  "wrong-pccc-command",
+                                  "wrong-transaction",
+                                  "wrong-pccc-type",
                                   "refuse-register",
                                   "refuse-open",
                                   "short-open-reply:0",
@@ -286,6 +380,10 @@ TEST_F(Delivering, SurvivesAllPairsOfFaults) {
             readReply(kStringReply);
             strike({first, second});
             openReply();
+            strike({first, second});
+            pcccReply();
+            strike({first, second});
+            dhpReply();
             strike({first, second});
             m_exchange.begin(sim::ByteView());
             m_exchange.reply = hex("9900 0000 00000000 01000000 0000000000000000 00000000");

@@ -74,6 +74,9 @@ TEST(ParseFault, HasDefaults) {
         {"refuse-register", FaultKind::refuseRegister, FaultScope::registerSession, 1},
         {"refuse-open", FaultKind::refuseOpen, FaultScope::open, 0x0113},
         {"short-open-reply", FaultKind::shortOpenReply, FaultScope::open, 4},
+        {"pccc-status:F0", FaultKind::pcccStatus, FaultScope::pccc, 0xF0},
+        {"wrong-transaction", FaultKind::wrongTransaction, FaultScope::pccc, 1},
+        {"wrong-pccc-type", FaultKind::wrongPcccType, FaultScope::pccc, 0xFF},
     };
     for (const auto& row : rows) {
         const Fault fault = parsed(row.text);
@@ -81,8 +84,8 @@ TEST(ParseFault, HasDefaults) {
         EXPECT_EQ(row.scope, fault.scope) << row.text;
         EXPECT_EQ(row.parameter, fault.parameter) << row.text;
     }
-    for (const char* text :
-         {"cut", "wrong-session", "wrong-command", "wrong-connection", "wrong-service"}) {
+    for (const char* text : {"cut", "wrong-session", "wrong-command", "wrong-connection",
+                             "wrong-service", "wrong-requestor", "wrong-pccc-command"}) {
         EXPECT_GT(0, parsed(text).parameter) << text;
     }
 }
@@ -100,6 +103,8 @@ TEST(ParseFault, SaysWhatIsWrong) {
                              "truncate",
                              "status",
                              "encap-status",
+                             "pccc-status",
+                             "wrong-transaction:x",
                              "repeat:2@0",
                              "cut@x3",
                              "cut@tag=",
@@ -163,22 +168,25 @@ TEST(FaultPlan, StrikesItsScopeOnly) {
     const FaultTarget open = target(0x6F, 0x54);
     const FaultTarget close = target(0x6F, 0x4E);
     const FaultTarget registering = target(0x65, -1);
+    FaultTarget pccc = target(0x70, 0x4B);
+    pccc.pccc = true;
     const struct {
         const char* text;
-        const char* struck;  // read, write, open, close, register
+        const char* struck;  // read, write, open, close, register, pccc
     } rows[] = {
-        {"cut", "11000"},          {"cut@on=unit", "11000"},
-        {"cut@on=rr", "00110"},    {"cut@on=read", "10000"},
-        {"cut@on=write", "01000"}, {"cut@on=open", "00100"},
-        {"cut@on=close", "00010"}, {"cut@on=register", "00001"},
-        {"cut@on=any", "11111"},   {"refuse-register", "00001"},
-        {"refuse-open", "00100"},  {"unknown-type", "10000"},
+        {"cut", "110001"},          {"cut@on=unit", "110001"},
+        {"cut@on=rr", "001100"},    {"cut@on=read", "100000"},
+        {"cut@on=write", "010000"}, {"cut@on=open", "001000"},
+        {"cut@on=close", "000100"}, {"cut@on=register", "000010"},
+        {"cut@on=any", "111111"},   {"refuse-register", "000010"},
+        {"refuse-open", "001000"},  {"unknown-type", "100000"},
+        {"cut@on=pccc", "000001"},  {"pccc-status:10", "000001"},
     };
     for (const auto& row : rows) {
         FaultPlan plan;
         plan.add(parsed(row.text));
         std::string text;
-        for (const FaultTarget& one : {read, write, open, close, registering}) {
+        for (const FaultTarget& one : {read, write, open, close, registering, pccc}) {
             std::vector<const Fault*> faults;
             plan.select(one, faults);
             text += std::to_string(faults.size());

@@ -76,6 +76,15 @@ TEST(Options, AreTaken) {
     EXPECT_TRUE(options.discovery);
 }
 
+TEST(Options, TakePathsAndDataFiles) {
+    EXPECT_TRUE(parsed({}).controller.paths.empty());
+    const Options options = parsed({"--accept-path", "0100", "--accept-path", "20A624012c01",
+                                    "--pccc-file", "N7[3]=1,2", "--pccc-file", "F8"});
+    EXPECT_EQ((std::vector<sim::Bytes>{{0x01, 0x00}, {0x20, 0xA6, 0x24, 0x01, 0x2C, 0x01}}),
+              options.controller.paths);
+    EXPECT_EQ((QStringList{"N7[3]=1,2", "F8"}), options.files);
+}
+
 TEST(Options, RampNeedsNoTime) {
     EXPECT_EQ(100, parsed({"--ramp"}).rampMs);
     EXPECT_EQ(100, parsed({"--ramp", "--tag", "A:DINT"}).rampMs);
@@ -102,6 +111,10 @@ TEST(Options, SayWhatIsWrong) {
         {{"--unknown-tag-status", "06"}, "--unknown-tag-status: '06' is neither 04 nor 05"},
         {{"--bool-true", "2"}, "--bool-true: '2' is neither 01 nor ff"},
         {{"--fault", "sillence"}, "--fault: fault 'sillence': there is no fault 'sillence'"},
+        {{"--accept-path", "01"}, "--accept-path: '01' is no path"},
+        {{"--accept-path", "010"}, "--accept-path: '010' is no path"},
+        {{"--accept-path", ""}, "--accept-path: '' is no path"},
+        {{"--accept-path", "01 0x"}, "--accept-path: '01 0x' is no path"},
         {{"--oracle", "--ramp"}, "--ramp: oracle values do not count up by time"},
         {{"COUNTER:DINT"}, "'COUNTER:DINT' is no option"},
     };
@@ -118,7 +131,9 @@ TEST(Options, HelpNamesOptionsExamplesAndFaults) {
     Options options;
     QString text;
     EXPECT_EQ(ParseResult::exitOk, parseOptions({"micro800-sim", "--help"}, &options, &text));
-    for (const char* part : {"--connection-timeout <MS>", "Examples:", "string-length-past-end"}) {
+    for (const char* part :
+         {"--connection-timeout <MS>", "--pccc-file <FILE>", "--accept-path <HEX>",
+          "Examples:", "string-length-past-end", "pccc-status", "|pccc|any]"}) {
         EXPECT_TRUE(text.contains(part)) << part;
     }
     EXPECT_EQ(ParseResult::exitOk, parseOptions({"micro800-sim", "--version"}, &options, &text));
@@ -176,6 +191,32 @@ TEST(LoadTags, SaysWhatIsWrong) {
         EXPECT_FALSE(loadTags(row.options, table, &error));
         EXPECT_EQ(row.error.toStdString(), error.left(row.error.size()).toStdString());
     }
+}
+
+TEST(LoadFiles, TakesDefaultsThenJsonThenOptions) {
+    QTemporaryDir dir;
+    QFile file(dir.filePath("files.json"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(R"({"pccc": [{"file": "N7", "elements": 2}, {"file": "N9", "value": 5}]})");
+    file.close();
+    Options options;
+    options.tagFiles = QStringList(file.fileName());
+    options.files = QStringList("N9[3]=1");
+    sim::DataTable table;
+    sim::TagTable tags;
+    QString error;
+    EXPECT_TRUE(loadTags(options, tags, &error)) << error.toStdString();
+    ASSERT_TRUE(loadFiles(options, table, &error)) << error.toStdString();
+    EXPECT_EQ(2u, table.find(7)->elements);
+    EXPECT_EQ(3u, table.find(9)->elements);
+    EXPECT_TRUE(table.find(8));
+    options.files = QStringList("X9");
+    EXPECT_FALSE(loadFiles(options, table, &error));
+    EXPECT_EQ("file 'X9': 'X9' is no file: a letter of SBTCRNFL and a number up to 999",
+              error.toStdString());
+    options.files.clear();
+    options.tagFiles = QStringList(dir.filePath("none.json"));
+    EXPECT_FALSE(loadFiles(options, table, &error));
 }
 
 }  // namespace

@@ -67,6 +67,39 @@ TEST(RequestLogLine, TellsUnknownCodesAndWhyThereIsNoAnswer) {
         requestLogLine(1, kPeer, exchange, nullptr));
 }
 
+TEST(RequestLogLine, TellsAPcccCommand) {
+    Exchange exchange;
+    exchange.begin(sim::ByteView());
+    exchange.command = 0x6F;
+    exchange.service = 0x4B;
+    exchange.path.classId = 0x67;
+    exchange.unconnectedSend = true;
+    const sim::Bytes route = hex("0100");
+    exchange.route = route;
+    exchange.hasPccc = true;
+    exchange.pccc.function = 0xAA;
+    exchange.pccc.address = "N7:0";
+    exchange.pccc.count = 2;
+    const sim::Bytes written = hex("2A00");
+    exchange.pccc.written = written;
+    EXPECT_EQ(
+        "{\"ms\":1.000,\"peer\":\"127.0.0.1:50000\",\"command\":\"SendRRData\",\"route\":"
+        "\"0100\",\"service\":\"ExecutePCCC\",\"function\":\"ThreeAddressWrite\","
+        "\"address\":\"N7:0\",\"count\":2,\"data\":\"2a00\",\"sts\":\"00\","
+        "\"encap_status\":\"0000\",\"status\":\"00\",\"request\":\"\",\"reply\":\"\"}",
+        requestLogLine(1, kPeer, exchange, nullptr));
+    exchange.pccc = sim::PcccCommand();
+    exchange.pccc.function = 0x99;
+    exchange.pccc.status = {0xF0, 0x0A};
+    exchange.service = -1;
+    exchange.unconnectedSend = false;
+    EXPECT_EQ(
+        "{\"ms\":1.000,\"peer\":\"127.0.0.1:50000\",\"command\":\"SendRRData\","
+        "\"function\":\"0x99\",\"sts\":\"F0/0A\",\"encap_status\":\"0000\",\"request\":\"\","
+        "\"reply\":\"\"}",
+        requestLogLine(1, kPeer, exchange, nullptr));
+}
+
 TEST(RequestLogLine, TellsFaultsAndWhatGoesOut) {
     sim::Fault late;
     late.text = "late:5";
