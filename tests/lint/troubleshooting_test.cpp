@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <regex>
 #include <set>
@@ -17,17 +16,9 @@
 #include <vector>
 
 #include "eip/cip/cip_error.h"
+#include "lint/tree_files.h"
 
 namespace {
-
-const std::filesystem::path kRoot = PROJECT_ROOT;
-
-std::string contentOf(const std::filesystem::path& file) {
-    std::ifstream stream(file);
-    std::ostringstream content;
-    content << stream.rdbuf();
-    return content.str();
-}
 
 /// The rows of the page's tables: lines that begin with a bar.
 const std::vector<std::string>& rows() {
