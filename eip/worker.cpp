@@ -235,7 +235,11 @@ bool EipWorker::ensureConnection() {
         }
         closeConnection();
     }
-    return openConnection();
+    const bool opened = openConnection();
+    if (!opened && d->sessionHash.isEmpty()) {
+        clearErr();  // nothing polls the controller back: the next command has to try it
+    }
+    return opened;
 }
 
 void EipWorker::seedOriginator() {

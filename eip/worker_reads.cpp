@@ -41,7 +41,9 @@ bool EipWorker::finishFailedRequest(bool* broken) {
     const bool neverSent =
         type == CIP_ERR_INTERNAL && cip_errno() == CIP_INTERNAL_BUFFER_TOO_SMALL;
     const bool lost = type != CIP_ERR_AB && !neverSent;
-    d->setErrText(QString::fromLocal8Bit(cip_err_msg()), lost);
+    // The flag holds other requests back until the polling has the connection again; without
+    // polling the next one has to try.
+    d->setErrText(QString::fromLocal8Bit(cip_err_msg()), lost && !d->sessionHash.isEmpty());
     if (lost) {
         closeConnection();
         if (broken) {
@@ -54,6 +56,7 @@ bool EipWorker::finishFailedRequest(bool* broken) {
 }
 
 bool EipWorker::updateCache(const QString& name, int count, bool* broken) {
+    setOut(broken, false);
     const LgxReadPtr reply(_ReadLgxData(d->session, d->connection, name.toLatin1().constData(),
                                         static_cast<uint16_t>(count & 0xFFFF)));
     if (reply) {
@@ -69,6 +72,7 @@ bool EipWorker::updateCache(const QString& name, int count, bool* broken) {
 }
 
 QByteArray EipWorker::readFromPLC(const QString& name, int count, bool* broken) {
+    setOut(broken, false);
     const LgxReadPtr reply(_ReadLgxData(d->session, d->connection, name.toLatin1().constData(),
                                         static_cast<uint16_t>(count & 0xFFFF)));
     if (!reply) {
@@ -83,6 +87,7 @@ QByteArray EipWorker::readFromPLC(const QString& name, int count, bool* broken) 
 
 bool EipWorker::writeToPLC(const QString& name, _LGX_Data_Type type, QByteArray& data,
                            unsigned short count, bool* broken) {
+    setOut(broken, false);
     const int replies = _WriteLgxData(d->session, d->connection, name.toLatin1().constData(), type,
                                       data.constData(), count);
     if (replies < 0) {
@@ -241,6 +246,9 @@ bool EipWorker::processDriverReadArrayElementCmd(bool* broken, QString* servedNa
     }
     answerArrayElement(request.pipe, request.tid, value);
     setOut(servedName, refreshed);
+    if (refreshed.isEmpty()) {
+        sleep(kAfterRequestSleepMs);  // what goes into the cache has had its pause
+    }
     return true;
 }
 

@@ -182,4 +182,111 @@ TEST_F(Write, ControllerDown) {
     EXPECT_EQ(QString("write DINT0:D> Connection refused(111)"), driver->getLastError());
 }
 
+TEST_F(Write, WithoutADatabaseNothingIsSent) {
+    start({"--tag", "D:DINT=0"});
+    removeProjectDatabase();
+    EXPECT_FALSE(write("DINT0:D", hex("2a000000")));
+    EXPECT_TRUE(driver->hasError());
+    EXPECT_EQ(QString("can not open database"), driver->getLastError());
+    EXPECT_TRUE(simulator->requests().isEmpty());
+}
+
+TEST_F(Write, WorkerThatCannotTakeItsListFailsTheWrite) {
+    start({"--tag", "D:DINT=0"});
+    Commands tooLong;
+    for (int i = 0; i < 1000; ++i) {
+        tooLong << dint(QString("TAG_NUMBER_%1").arg(i));
+    }
+    driver->setSessionCommand(tooLong);
+    EXPECT_FALSE(write("DINT0:D", hex("2a000000")));
+    EXPECT_TRUE(driver->hasError());
+    EXPECT_EQ(QString("write DINT0:D> session commands not accepted"), driver->getLastError());
+    EXPECT_TRUE(simulator->requests().isEmpty());
+}
+
+/// While the polling cannot reach the controller, a write is refused without being tried.
+TEST_F(Write, WorkerInErrorRefusesAtOnce) {
+    writeProjectDatabase(QStringList());
+    device.reset(new TestDevice(freePort()));
+    driver = createDriver();
+    driver->setSessionCommand(Commands() << dint("D"));
+    EXPECT_FALSE(write("DINT0:D", hex("2a000000")));
+    ASSERT_TRUE(waitFor([&] {
+        driver->read(device.get(), dint("D"));
+        return driver->hasError();
+    }));
+    EXPECT_FALSE(write("DINT0:D", hex("2a000000")));
+    EXPECT_TRUE(driver->hasError());
+    EXPECT_EQ(QString("write DINT0:D> Connection refused(111)"), driver->getLastError());
+}
+
+TEST_F(Write, NoAnswerInTimeLeavesTheTextOfAnEarlierFailure) {
+    start({"--tag", "D:DINT=0", "--fault", "silence@tag=D"});
+    EXPECT_FALSE(write("DINT0:NOPE", hex("2a000000")));
+    EXPECT_FALSE(write("DINT0:D", hex("2a000000")));
+    EXPECT_FALSE(driver->hasError());
+    EXPECT_EQ(QString("write DINT0:NOPE> AB error: 0005H"), driver->getLastError());
+}
+
+TEST_F(Write, RefusedReadingAnewFailsTheWriteThatWasDone) {
+    start({"--tag", "D:DINT=0"});
+    driver->setSessionCommand(Commands() << dint("D"));
+    EXPECT_EQ(0, readDint(driver.get(), device.get(), "D"));
+    ASSERT_TRUE(polled("D"));
+    ASSERT_EQ("ok", simulator->command("fault status:1A@tag=D@on=read"));
+    EXPECT_FALSE(write("DINT0:D", hex("2a000000")));
+    EXPECT_TRUE(driver->hasError());
+    EXPECT_EQ(QString("write DINT0:D> AB error: 001AH"), driver->getLastError());
+    EXPECT_EQ("ok 42", simulator->command("get D"));
+    EXPECT_EQ(1, simulator->connectionsOpened());
+}
+
+TEST_F(Write, RefusedReadingAnewOfAnArrayFailsTheWriteThatWasDone) {
+    start({"--tag", "A:DINT[0..3]"}, {"DINT0:A[0..3]"});
+    driver->setSessionCommand(Commands() << dint("A[0]"));
+    EXPECT_EQ(0, readDint(driver.get(), device.get(), "A[0]"));
+    ASSERT_TRUE(polled("A"));
+    ASSERT_EQ("ok", simulator->command("fault status:1A@tag=A@on=read"));
+    EXPECT_FALSE(write("DINT0:A[2]", hex("2a000000")));
+    EXPECT_EQ(QString("write DINT0:A[2]> AB error: 001AH"), driver->getLastError());
+    EXPECT_EQ("ok 42", simulator->command("get A[2]"));
+}
+
+struct LossRow {
+    const char* fault;
+    const char* error;
+};
+
+void PrintTo(const LossRow& row, std::ostream* out) { *out << row.fault; }
+
+class WriteLoss : public ::testing::TestWithParam<LossRow> {};
+
+/// The answer to a write is lost or spoilt: the caller hears why, the write is not repeated, and the
+/// next one goes out on a new connection.
+TEST_P(WriteLoss, IsReportedAndNotRepeated) {
+    writeProjectDatabase(QStringList());
+    Controller simulator({"--tag", "D:DINT=0", "--fault", GetParam().fault});
+    TestDevice device(simulator.port(), 400, 3);
+    const std::unique_ptr<DriverInterface> driver = createDriver();
+    EXPECT_FALSE(driver->write(&device, dint("D"), dintBytes(1)));
+    EXPECT_TRUE(driver->hasError());
+    EXPECT_EQ(QString("write DINT0:D> ") + GetParam().error, driver->getLastError());
+    EXPECT_EQ(1, simulator.countRequests("D"));
+    EXPECT_TRUE(driver->write(&device, dint("D"), dintBytes(2)));
+    EXPECT_EQ(2, readDint(driver.get(), &device, "D"));
+    EXPECT_EQ(3, simulator.countRequests("D"));
+    EXPECT_EQ(2, simulator.connectionsOpened());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, WriteLoss,
+    ::testing::Values(LossRow{"silencex1@on=write", "Internal: receive timeout"},
+                      LossRow{"resetx1@on=write", "Internal: receive error"},
+                      LossRow{"cut:10x1@on=write", "Internal: receive error"},
+                      LossRow{"torn-headerx1@on=write", "Internal: receive error"},
+                      LossRow{"truncate:30x1@on=write", "Internal: receive timeout"},
+                      LossRow{"wrong-sequencex1@on=write", "Internal: unsolicited message"},
+                      LossRow{"wrong-commandx1@on=write", "Internal: unsolicited message"},
+                      LossRow{"item-length-longx1@on=write", "Internal: invalid reply"}));
+
 }  // namespace

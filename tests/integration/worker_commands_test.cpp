@@ -1,0 +1,338 @@
+// The worker's command handlers against a controller, one call at a time on the test's thread: what
+// they answer, what they report to the loop, and what they leave of the connection.
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "drivers/ab_micro800_ethernet/micro800_worker.h"
+#include "eip/cip_plc_driver_callback.h"
+#include "eip/lgx_data_cache.h"
+#include "integration/driver_rig.h"
+
+namespace {
+
+/// The handlers, open to the test; the thread is never started.
+class OpenWorker : public Micro800Worker {
+  public:
+    explicit OpenWorker(quint16 port) : Micro800Worker("127.0.0.1", port, 400) {}
+    using EipWorker::processDriverIpSettingChangedCmd;
+    using EipWorker::processDriverReadArrayElementCmd;
+    using EipWorker::processDriverReadCmd;
+    using EipWorker::readFromPLC;
+    using EipWorker::receiver;
+    using EipWorker::updateCache;
+    using EipWorker::writeToPLC;
+    using Micro800Worker::processDriverWriteCmd;
+};
+
+struct Outcome {
+    bool served;
+    bool broken;
+    QString name;
+    QByteArray answer;
+};
+
+class WorkerCommands : public ::testing::Test {
+  protected:
+    void start(const QStringList& options) {
+        simulator.reset(new Controller(options));
+        worker.reset(new OpenWorker(simulator->port()));
+    }
+
+    /// Puts the line into pipe 0 and lets the transport take it in.
+    void take(const char* line) {
+        worker->sendCmd(0, line, int(std::strlen(line)));
+        worker->receiver()->sleep(1000);
+        // What is not there when the handler has run never comes.
+        worker->receiver()->setClientPipeRxTimeout(0, 20);
+    }
+    QByteArray answer() {
+        char line[4096];
+        int received = 0;
+        const bool whole = worker->recvRsp(0, line, sizeof line, &received);
+        return whole ? QByteArray(line, received) : QByteArray();
+    }
+    Outcome read(const char* line) {
+        take(line);
+        // Wrong on purpose: the handler has to set both.
+        Outcome outcome = {false, true, "stale", QByteArray()};
+        outcome.served = worker->processDriverReadCmd(&outcome.broken, &outcome.name);
+        outcome.answer = answer();
+        return outcome;
+    }
+    Outcome readElements(const char* line) {
+        take(line);
+        Outcome outcome = {false, true, "stale", QByteArray()};
+        outcome.served = worker->processDriverReadArrayElementCmd(&outcome.broken, &outcome.name);
+        outcome.answer = answer();
+        return outcome;
+    }
+    Outcome write(const char* line) {
+        take(line);
+        Outcome outcome = {false, true, "stale", QByteArray()};
+        outcome.served = worker->processDriverWriteCmd(&outcome.name, &outcome.broken);
+        outcome.answer = answer();
+        return outcome;
+    }
+    bool open() const { return worker->connectionIsOpened(); }
+
+    std::unique_ptr<Controller> simulator;
+    std::unique_ptr<OpenWorker> worker;
+};
+
+// ---- reads -------------------------------------------------------------------------------------
+
+TEST_F(WorkerCommands, ReadOfATagNamesIt) {
+    start({"--tag", "D:DINT=42"});
+    const Outcome outcome = read("02\t0001\tD\t1\n");
+    EXPECT_TRUE(outcome.served);
+    EXPECT_FALSE(outcome.broken);
+    EXPECT_EQ(QString("D"), outcome.name);
+    EXPECT_EQ(QByteArray("02\t0001\t2a000000\n"), outcome.answer);
+    QByteArray value;
+    EXPECT_FALSE(worker->cacheValue("D_1", value));
+}
+
+TEST_F(WorkerCommands, ReadFromTheCacheNamesNothing) {
+    start({"--tag", "D:DINT=42"});
+    worker->receiver()->cacheInsert("D_1", QByteArray::fromHex("07000000"));
+    const Outcome outcome = read("02\t0002\tD\t1\n");
+    EXPECT_TRUE(outcome.served);
+    EXPECT_TRUE(outcome.name.isEmpty());
+    EXPECT_EQ(QByteArray("02\t0002\t07000000\n"), outcome.answer);
+    EXPECT_FALSE(open());
+}
+
+TEST_F(WorkerCommands, RefusedReadKeepsTheConnection) {
+    start({"--tag", "D:DINT=42"});
+    const Outcome outcome = read("02\t0003\tNOPE\t1\n");
+    EXPECT_FALSE(outcome.served);
+    EXPECT_FALSE(outcome.broken);
+    EXPECT_TRUE(outcome.name.isEmpty());
+    EXPECT_EQ(QByteArray("82\t0003\tAB error: 0005H\n"), outcome.answer);
+    EXPECT_TRUE(open());
+    EXPECT_FALSE(worker->hasErr());
+}
+
+TEST_F(WorkerCommands, BrokenReadClosesTheConnection) {
+    start({"--tag", "D:DINT=42", "--fault", "resetx1@tag=D"});
+    const Outcome outcome = read("02\t0004\tD\t1\n");
+    EXPECT_FALSE(outcome.served);
+    EXPECT_TRUE(outcome.broken);
+    EXPECT_EQ(QByteArray("82\t0004\tInternal: receive error\n"), outcome.answer);
+    EXPECT_FALSE(open());
+    // Nothing is polled: the flag would only fail the next request untried.
+    EXPECT_FALSE(worker->hasErr());
+    EXPECT_EQ(QString("Internal: receive error"), worker->errStr());
+}
+
+TEST_F(WorkerCommands, ReadWithoutAControllerIsBroken) {
+    worker.reset(new OpenWorker(freePort()));
+    const Outcome outcome = read("02\t0005\tD\t1\n");
+    EXPECT_FALSE(outcome.served);
+    EXPECT_TRUE(outcome.broken);
+    EXPECT_EQ(QByteArray("82\t0005\tConnection refused(111)\n"), outcome.answer);
+}
+
+TEST_F(WorkerCommands, ReadThatDoesNotParseGetsNoAnswer) {
+    start({"--tag", "D:DINT=42"});
+    const Outcome outcome = read("02\t0006\tD\tmany\n");
+    EXPECT_FALSE(outcome.served);
+    EXPECT_FALSE(outcome.broken);
+    EXPECT_TRUE(outcome.answer.isEmpty());
+    EXPECT_FALSE(worker->receiver()->hasDriverReadCmd());
+    EXPECT_FALSE(open());
+}
+
+TEST_F(WorkerCommands, OutParametersMayBeNull) {
+    start({"--tag", "D:DINT=42", "--tag", "A:DINT[0..2]=1,2,3"});
+    take("02\t0007\tD\t1\n");
+    EXPECT_TRUE(worker->processDriverReadCmd(nullptr, nullptr));
+    EXPECT_EQ(QByteArray("02\t0007\t2a000000\n"), answer());
+    take("04\t0008\tA\t[1]\tC4\t1\t3\t4\n");
+    EXPECT_TRUE(worker->processDriverReadArrayElementCmd(nullptr, nullptr));
+    EXPECT_EQ(QByteArray("04\t0008\t02000000\n"), answer());
+    take("03\t0009\tD\tC4\t01000000\n");
+    EXPECT_TRUE(worker->processDriverWriteCmd(nullptr, nullptr));
+    EXPECT_EQ(QByteArray("03\t0009\n"), answer());
+}
+
+TEST_F(WorkerCommands, ElementsOfAnArrayThatIsNotPolledAreReadAlone) {
+    start({"--tag", "A:DINT[0..4]=1,2,3,4,5"});
+    const Outcome outcome = readElements("04\t000A\tA\t[3]\tC4\t2\t5\t12\n");
+    EXPECT_TRUE(outcome.served);
+    EXPECT_TRUE(outcome.name.isEmpty());
+    EXPECT_EQ(QByteArray("04\t000A\t0400000005000000\n"), outcome.answer);
+    EXPECT_EQ(1, simulator->countRequests("A[3]"));
+}
+
+TEST_F(WorkerCommands, RefusedElementsKeepTheConnection) {
+    start({"--tag", "A:DINT[0..4]"});
+    const Outcome outcome = readElements("04\t000B\tA\t[4]\tC4\t2\t5\t16\n");
+    EXPECT_FALSE(outcome.served);
+    EXPECT_FALSE(outcome.broken);
+    EXPECT_EQ(QByteArray("84\t000B\tAB error: 01FFH, 2105H\n"), outcome.answer);
+    EXPECT_TRUE(open());
+}
+
+TEST_F(WorkerCommands, BrokenElementReadClosesTheConnection) {
+    start({"--tag", "A:DINT[0..4]", "--fault", "wrong-sequencex1@tag=A"});
+    const Outcome outcome = readElements("04\t000C\tA\t[0]\tC4\t1\t5\t0\n");
+    EXPECT_FALSE(outcome.served);
+    EXPECT_TRUE(outcome.broken);
+    EXPECT_EQ(QByteArray("84\t000C\tInternal: unsolicited message\n"), outcome.answer);
+    EXPECT_FALSE(open());
+}
+
+TEST_F(WorkerCommands, ElementsWithoutAControllerAreBroken) {
+    worker.reset(new OpenWorker(freePort()));
+    const Outcome outcome = readElements("04\t000D\tA\t[0]\tC4\t1\t5\t0\n");
+    EXPECT_TRUE(outcome.broken);
+    EXPECT_EQ(QByteArray("84\t000D\tConnection refused(111)\n"), outcome.answer);
+}
+
+TEST_F(WorkerCommands, CacheIsFilledByUpdatesOnly) {
+    start({"--tag", "A:DINT[0..1]=1,2"});
+    ASSERT_TRUE(worker->openConnection());
+    bool broken = true;
+    EXPECT_EQ(QByteArray::fromHex("0100000002000000"), worker->readFromPLC("A", 2, &broken));
+    EXPECT_FALSE(broken);
+    QByteArray value;
+    EXPECT_FALSE(worker->cacheValue("A_2", value));
+    EXPECT_TRUE(worker->updateCache("A", 2, &broken));
+    EXPECT_TRUE(worker->cacheValue("A_2", value));
+    EXPECT_EQ(QByteArray::fromHex("0100000002000000"), value);
+}
+
+// ---- writes ------------------------------------------------------------------------------------
+
+TEST_F(WorkerCommands, WriteOfATagNamesIt) {
+    start({"--tag", "D:DINT=0"});
+    const Outcome outcome = write("03\t0010\tD\tC4\t2a000000\n");
+    EXPECT_TRUE(outcome.served);
+    EXPECT_FALSE(outcome.broken);
+    EXPECT_EQ(QString("D"), outcome.name);
+    EXPECT_EQ(QByteArray("03\t0010\n"), outcome.answer);
+    EXPECT_EQ("ok 42", simulator->command("get D"));
+    EXPECT_EQ(1, simulator->countRequests("D"));
+}
+
+TEST_F(WorkerCommands, WriteOfAnElementThatIsNotCachedNamesTheElement) {
+    start({"--tag", "A:DINT[0..3]"});
+    const Outcome outcome = write("03\t0011\tA[2]\tC4\t2a000000\n");
+    EXPECT_TRUE(outcome.served);
+    EXPECT_EQ(QString("A[2]"), outcome.name);
+    EXPECT_EQ(QByteArray("03\t0011\n"), outcome.answer);
+}
+
+TEST_F(WorkerCommands, SizeThatIsNoWholeNumberOfElementsIsRefusedUnsent) {
+    start({"--tag", "I:INT=7"});
+    for (const char* bytes : {"01", "010203"}) {
+        const Outcome outcome = write((std::string("03\t0012\tI\tC3\t") + bytes + "\n").c_str());
+        EXPECT_FALSE(outcome.served);
+        EXPECT_FALSE(outcome.broken);
+        EXPECT_EQ(QByteArray("83\t0012\tinvalid data size\n"), outcome.answer);
+    }
+    EXPECT_EQ(0, simulator->countRequests("I"));
+    EXPECT_TRUE(open());
+}
+
+TEST_F(WorkerCommands, TypeWithoutASizeIsRefusedUnsent) {
+    start({"--tag", "D:DINT=0"});
+    EXPECT_EQ(QByteArray("83\t0013\tinvalid data size\n"),
+              write("03\t0013\tD\t00\t2a000000\n").answer);
+    EXPECT_EQ(0, simulator->countRequests("D"));
+}
+
+/// A value without a single hexadecimal digit is the one empty value that a line can carry.
+TEST_F(WorkerCommands, EmptyShortStringIsSent) {
+    start({"--tag", "NAME:STRING=old"});
+    EXPECT_EQ(QByteArray("03\t0014\n"), write("03\t0014\tNAME\tDA\t-\n").answer);
+    ASSERT_EQ(1, simulator->countRequests("NAME"));
+    // Service, path, type DA, one element, length byte 0.
+    EXPECT_EQ(QByteArray("4d0391044e414d45da00010000"),
+              Controller::rawRequest(simulator->requests().last()).mid(46).toHex());
+}
+
+TEST_F(WorkerCommands, RefusedWriteKeepsTheConnection) {
+    start({"--tag", "I:INT=7"});
+    const Outcome outcome = write("03\t0015\tI\tC4\t2a000000\n");
+    EXPECT_FALSE(outcome.served);
+    EXPECT_FALSE(outcome.broken);
+    EXPECT_TRUE(outcome.name.isEmpty());
+    EXPECT_EQ(QByteArray("83\t0015\tAB error: 01FFH, 2107H\n"), outcome.answer);
+    EXPECT_TRUE(open());
+    EXPECT_FALSE(worker->hasErr());
+}
+
+TEST_F(WorkerCommands, BrokenWriteClosesTheConnection) {
+    start({"--tag", "D:DINT=0", "--fault", "silencex1@tag=D"});
+    const Outcome outcome = write("03\t0016\tD\tC4\t2a000000\n");
+    EXPECT_FALSE(outcome.served);
+    EXPECT_TRUE(outcome.broken);
+    EXPECT_EQ(QByteArray("83\t0016\tInternal: receive timeout\n"), outcome.answer);
+    EXPECT_FALSE(open());
+    EXPECT_EQ(1, simulator->countRequests("D"));
+}
+
+TEST_F(WorkerCommands, WriteWithoutAControllerIsBroken) {
+    worker.reset(new OpenWorker(freePort()));
+    const Outcome outcome = write("03\t0017\tD\tC4\t2a000000\n");
+    EXPECT_FALSE(outcome.served);
+    EXPECT_TRUE(outcome.broken);
+    EXPECT_EQ(QByteArray("83\t0017\tConnection refused(111)\n"), outcome.answer);
+}
+
+TEST_F(WorkerCommands, WriteThatDoesNotParseGetsNoAnswer) {
+    start({"--tag", "D:DINT=0"});
+    for (const char* line : {"03\t0018\tD\tXY\t2a000000\n", "03\tXYZ\tD\tC4\t2a000000\n",
+                             "03\t0018\tD\tC4\t2a000000\t1\t1\n", "03\t0018\tD\tC4\n"}) {
+        const Outcome outcome = write(line);
+        EXPECT_FALSE(outcome.served) << line;
+        EXPECT_FALSE(outcome.broken) << line;
+        EXPECT_TRUE(outcome.answer.isEmpty()) << line;
+    }
+    EXPECT_EQ(0, simulator->countRequests("D"));
+}
+
+/// The host gets to know the value that the controller holds now, never the one from before.
+TEST_F(WorkerCommands, CachedArrayIsReadAnewBeforeTheWriteIsConfirmed) {
+    start({"--tag", "A:DINT[0..3]=1,2,3,4"});
+    // Without a session list an entry of count 0 is what the base name stands for.
+    worker->receiver()->cacheInsert("A_0", QByteArray());
+    const Outcome outcome = write("03\t0019\tA[2]\tC4\t2a000000\n");
+    // A read of no elements is refused; the write itself has happened.
+    EXPECT_FALSE(outcome.served);
+    EXPECT_TRUE(outcome.name.isEmpty());
+    EXPECT_TRUE(outcome.answer.startsWith("83\t0019\t")) << outcome.answer.constData();
+    EXPECT_EQ("ok 42", simulator->command("get A[2]"));
+    EXPECT_EQ(1, simulator->countRequests("A[2]"));
+}
+
+// ---- change of address -------------------------------------------------------------------------
+
+TEST_F(WorkerCommands, AddressChangeTakesTheNextRequestToTheNewController) {
+    start({"--tag", "D:DINT=1"});
+    Controller other({"--tag", "D:DINT=2"});
+    EXPECT_EQ(QByteArray("02\t0020\t01000000\n"), read("02\t0020\tD\t1\n").answer);
+    worker->receiver()->cacheInsert("X_1", QByteArray("x"));
+    take(QString("05\t0021\t127.0.0.1\t%1\n").arg(other.port()).toLatin1().constData());
+    EXPECT_TRUE(worker->processDriverIpSettingChangedCmd());
+    EXPECT_EQ(QByteArray("05\t0021\n"), answer());
+    EXPECT_FALSE(open());
+    QByteArray value;
+    EXPECT_FALSE(worker->cacheValue("X_1", value));
+    EXPECT_EQ(QByteArray("02\t0022\t02000000\n"), read("02\t0022\tD\t1\n").answer);
+}
+
+TEST_F(WorkerCommands, AddressChangeThatDoesNotParseIsDropped) {
+    start({"--tag", "D:DINT=1"});
+    take("05\t0023\t127.0.0.1\t70000\n");
+    EXPECT_FALSE(worker->processDriverIpSettingChangedCmd());
+    EXPECT_FALSE(worker->receiver()->hasDriverIpSettingChangedCmd());
+    EXPECT_TRUE(answer().isEmpty());
+    EXPECT_EQ(QByteArray("02\t0024\t01000000\n"), read("02\t0024\tD\t1\n").answer);
+}
+
+}  // namespace
