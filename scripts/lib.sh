@@ -23,7 +23,7 @@ install() {
         $sudo apt-get -qq -y --no-install-recommends install $missing >/dev/null
 }
 
-build_packages='g++ cmake ninja-build qtbase5-dev libqt5sql5-sqlite libncurses-dev pkg-config'
-test_packages='libgtest-dev libgmock-dev sqlite3 make dpkg-dev'
-sanitizer_packages='clang-14 libclang-rt-14-dev'
+build_packages='g++ cmake ninja-build qtbase5-dev libqt5sql5-sqlite libncurses-dev'
+test_packages='libgtest-dev libgmock-dev make dpkg-dev file'
+sanitizer_packages='clang-14 libclang-rt-14-dev llvm'
 bench_packages='libbenchmark-dev'

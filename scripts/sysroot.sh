@@ -3,7 +3,7 @@
 
 sysroot_packages='libc6-dev libstdc++-12-dev qtbase5-dev libqt5sql5-sqlite libgtest-dev libgmock-dev
     libncurses-dev'
-panel_packages='qemu-user-static mmdebstrap help2man'
+panel_packages='qemu-user-static mmdebstrap'
 
 # sysroot_sources: one-line sources of the Debian release that this machine runs, from the mirrors that
 # its apt is configured with. Other archives that apt knows have nothing for ARM and are left out.
