@@ -20,6 +20,10 @@ if(NOT CMAKE_BUILD_TYPE)
 endif()
 
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+if(EXISTS /etc/debian_version AND CMAKE_LIBRARY_ARCHITECTURE)
+  # Debian's place for what is of one processor. CMake would take it only for a prefix of /usr.
+  set(CMAKE_INSTALL_LIBDIR "lib/${CMAKE_LIBRARY_ARCHITECTURE}" CACHE PATH "Folder for libraries below the prefix")
+endif()
 
 add_compile_options(-Wall -Wextra -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")

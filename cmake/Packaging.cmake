@@ -7,12 +7,10 @@ set(documents "${CMAKE_INSTALL_DATAROOTDIR}/doc/micro800")
 set(CPACK_PACKAGE_NAME micro800)
 set(CPACK_PACKAGE_VENDOR "Micro800 driver")
 set(CPACK_PACKAGE_CONTACT "Micro800 driver maintainers <micro800-driver@localhost>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_VERBATIM_VARIABLES ON)
 
 if(CMAKE_CROSSCOMPILING OR MICRO800_QT4)
-  set(packaged_for panel)
   set(qt_generation qt5)
   if(MICRO800_QT4)
     set(qt_generation qt4)
@@ -42,21 +40,25 @@ if(CMAKE_CROSSCOMPILING OR MICRO800_QT4)
 elseif(MICRO800_HOST_PROGRAMS AND NOT MICRO800_SANITIZE)
   install(TARGETS micro800 micro800-sim RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
   install(TARGETS ab_micro800_ethernet LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/micro800")
-  install(FILES README.md CHANGELOG.md SECURITY.md DESTINATION "${documents}")
+  install(FILES README.md SECURITY.md packaging/deb/copyright DESTINATION "${documents}")
   install(DIRECTORY docs DESTINATION "${documents}" FILES_MATCHING PATTERN "*.md")
-  install(FILES packaging/deb/copyright DESTINATION "${documents}")
 
-  # Manual pages are what the programs themselves say with --help.
-  set(man_folder "${PROJECT_BINARY_DIR}/man")
-  add_custom_command(OUTPUT "${man_folder}/made"
-    COMMAND "${CMAKE_COMMAND}" -E rm -rf "${man_folder}"
-    COMMAND "${PROJECT_SOURCE_DIR}/packaging/man-pages" "$<TARGET_FILE:micro800>" "${PROJECT_VERSION}" "${man_folder}"
-    COMMAND "${PROJECT_SOURCE_DIR}/packaging/man-pages" "$<TARGET_FILE:micro800-sim>" "${PROJECT_VERSION}" "${man_folder}"
-    COMMAND "${CMAKE_COMMAND}" -E touch "${man_folder}/made"
-    DEPENDS micro800 micro800-sim "${PROJECT_SOURCE_DIR}/packaging/man-pages"
+  # Manual pages are what the programs themselves say with --help. They and the changes are packed, as
+  # Debian's packages have them.
+  set(made "${PROJECT_BINARY_DIR}/documents")
+  set(man_pages "${PROJECT_SOURCE_DIR}/packaging/man-pages")
+  add_custom_command(OUTPUT "${made}/made"
+    COMMAND "${CMAKE_COMMAND}" -E rm -rf "${made}"
+    COMMAND "${man_pages}" "$<TARGET_FILE:micro800>" "${PROJECT_VERSION}" "${made}/man1"
+    COMMAND "${man_pages}" "$<TARGET_FILE:micro800-sim>" "${PROJECT_VERSION}" "${made}/man1"
+    COMMAND "${CMAKE_COMMAND}" -E copy "${PROJECT_SOURCE_DIR}/CHANGELOG.md" "${made}/changelog"
+    COMMAND gzip -9nr "${made}"
+    COMMAND "${CMAKE_COMMAND}" -E touch "${made}/made"
+    DEPENDS micro800 micro800-sim "${man_pages}" "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
     COMMENT "Writing the manual pages" VERBATIM)
-  add_custom_target(man ALL DEPENDS "${man_folder}/made")
-  install(DIRECTORY "${man_folder}/" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" FILES_MATCHING PATTERN "*.1")
+  add_custom_target(documents ALL DEPENDS "${made}/made")
+  install(DIRECTORY "${made}/man1" DESTINATION "${CMAKE_INSTALL_MANDIR}")
+  install(FILES "${made}/changelog.gz" DESTINATION "${documents}")
 
   set(completions "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
   install(FILES packaging/completion/micro800 DESTINATION "${completions}")
@@ -74,6 +76,8 @@ elseif(MICRO800_HOST_PROGRAMS AND NOT MICRO800_SANITIZE)
 "Reads and writes the tags of an Allen-Bradley Micro800 controller over
 EtherNet/IP, through the same plugin file that operator panels load, and
 plays a controller for trying things out.")
+else()
+  return()
 endif()
 
 include(CPack)

@@ -1,10 +1,11 @@
 #!/bin/sh
 # The Debian package, unpacked into an empty root, reads a tag there with what it brought along.
 #
-#   deb.sh BUILD CPACK
+#   deb.sh SOURCE BUILD CPACK
 set -eu
-build=$1
-cpack=$2
+source=$1
+build=$2
+cpack=$3
 
 work=$(mktemp -d)
 simulator=
@@ -31,23 +32,42 @@ usr/bin/micro800-sim
 $lib/libab_micro800_ethernet.so
 usr/share/bash-completion/completions/micro800
 usr/share/bash-completion/completions/micro800-sim
-usr/share/man/man1/micro800-identify.1
-usr/share/man/man1/micro800-info.1
-usr/share/man/man1/micro800-project.1
-usr/share/man/man1/micro800-read.1
-usr/share/man/man1/micro800-sim.1
-usr/share/man/man1/micro800-watch.1
-usr/share/man/man1/micro800-write.1
-usr/share/man/man1/micro800.1
+usr/share/man/man1/micro800-identify.1.gz
+usr/share/man/man1/micro800-info.1.gz
+usr/share/man/man1/micro800-project.1.gz
+usr/share/man/man1/micro800-read.1.gz
+usr/share/man/man1/micro800-sim.1.gz
+usr/share/man/man1/micro800-watch.1.gz
+usr/share/man/man1/micro800-write.1.gz
+usr/share/man/man1/micro800.1.gz
 LIST
 diff "$work/expected" "$work/files" || fail 'files of the package: < expected, > found'
-for document in README.md CHANGELOG.md copyright docs/troubleshooting.md docs/panel.md; do
+for document in README.md SECURITY.md changelog.gz copyright docs/troubleshooting.md docs/panel.md; do
     [ -s "$root/usr/share/doc/micro800/$document" ] || fail "no $document in the package"
 done
 for needed in libqt5core5a libqt5sql5 libqt5network5 libqt5sql5-sqlite libc6; do
     grep -q "^Depends:.*$needed" "$work/control" || fail "the package does not depend on $needed"
 done
 grep -q '^Package: micro800$' "$work/control" || fail 'the package has another name'
+case $lib in
+    usr/lib/micro800 | usr/lib/*-linux-gnu*/micro800) ;;
+    *) fail "the plugin is in $lib" ;;
+esac
+
+# What Debian asks of any package. A folder of the building machine in a file would be looked into, or be
+# shown to somebody, on another.
+[ -z "$(dpkg-deb --ctrl-tarfile "$package" | tar -t | grep -E '(pre|post)(inst|rm)')" ] || fail 'it runs scripts when it is installed'
+dpkg-deb -c "$package" | awk '
+    { kind = substr($1, 1, 1); program = $6 ~ /^\.\/usr\/bin\// }
+    $2 != "root/root" { print "owner:", $0; bad = 1 }
+    kind == "d" && $1 != "drwxr-xr-x" { print "mode:", $0; bad = 1 }
+    kind != "d" && $1 != (program && $6 !~ /\/$/ ? "-rwxr-xr-x" : "-rw-r--r--") { print "mode:", $0; bad = 1 }
+    END { exit bad }' || fail 'owners or modes'
+for binary in usr/bin/micro800 usr/bin/micro800-sim "$lib/libab_micro800_ethernet.so"; do
+    ! readelf -dW "$root/$binary" | grep -E 'RPATH|RUNPATH' || fail "$binary looks for libraries in places of its own"
+    ! readelf -SW "$root/$binary" | grep -E '\.debug_|\.symtab' || fail "$binary is not stripped"
+    ! grep -aqF -e "$build" -e "$source" "$root/$binary" || fail "$binary names folders of the building machine"
+done
 
 # A read, with the installed programs and the installed plugin. HOME and the build are out of reach.
 unset MICRO800_PLUGIN LD_LIBRARY_PATH
@@ -75,6 +95,7 @@ mv elsewhere.so "$root/$lib/libab_micro800_ethernet.so"
 
 # Manual pages: the name line that indexes are made of, and every option of --help.
 pages=$root/usr/share/man/man1
+gzip -d "$pages"/*.gz
 for page in "$pages"/*.1; do
     name=$(basename "$page" .1)
     grep -A 1 '^\.SH "NAME"' "$page" | sed 's/\\//g' | grep -q "^$name - ." || fail "$name.1 has no name line"
