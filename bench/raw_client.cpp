@@ -28,8 +28,8 @@ QByteArray message(int command, const QByteArray& session, const QByteArray& bod
 
 }  // namespace
 
-RawClient::RawClient(quint16 port)
-    : m_socket(socket(AF_INET, SOCK_STREAM, 0)), m_session(4, 0), m_sequence(0) {
+RawClient::RawClient(quint16 port, quint16 number)
+    : m_socket(::socket(AF_INET, SOCK_STREAM, 0)), m_sequence(0), m_session(4, 0) {
     sockaddr_in address;
     std::memset(&address, 0, sizeof address);
     address.sin_family = AF_INET;
@@ -45,7 +45,8 @@ RawClient::RawClient(quint16 port)
     // Forward Open to the connection manager: class 3, path to the message router.
     const QByteArray open = hex(
         "54022006240105f7"  // service, path, priority, ticks
-        "02000080 0100fe80 0300 1b50 44332211 02 000000"
+        "02000080 0100fe80") + word(number) + hex(  // connection ids, serial number
+        "1b50 44332211 02 000000"                   // originator, time-out multiplier
         "80841e00 f843 80841e00 f843 a3 02 20022401");
     const QByteArray reply = exchange(message(
         0x6F, m_session, QByteArray(6, 0) + hex("0200 0000 0000 b200") + word(open.size()) + open));
@@ -58,18 +59,23 @@ RawClient::RawClient(quint16 port)
 
 RawClient::~RawClient() { close(m_socket); }
 
-QByteArray RawClient::exchange(const QByteArray& request) {
-    if (send(m_socket, request.constData(), size_t(request.size()), MSG_NOSIGNAL) !=
-        request.size()) {
-        return QByteArray();
-    }
+bool RawClient::send(const QByteArray& request) {
+    return ::send(m_socket, request.constData(), size_t(request.size()), MSG_NOSIGNAL) ==
+           request.size();
+}
+
+QByteArray RawClient::receive() {
     QByteArray reply(1024, 0);
     const ssize_t got = recv(m_socket, reply.data(), size_t(reply.size()), 0);
     reply.truncate(got > 0 ? int(got) : 0);
     return reply;
 }
 
-bool RawClient::readTag(const char* name) {
+QByteArray RawClient::exchange(const QByteArray& request) {
+    return send(request) ? receive() : QByteArray();
+}
+
+bool RawClient::sendRead(const char* name) {
     const int length = int(std::strlen(name));
     QByteArray path = hex("91") + QByteArray(1, char(length)) + name;
     if (length % 2 != 0) {
@@ -78,9 +84,12 @@ bool RawClient::readTag(const char* name) {
     const QByteArray service =
         hex("4c") + QByteArray(1, char(path.size() / 2)) + path + hex("0100");
     const QByteArray item = word(++m_sequence) + service;
-    const QByteArray reply =
-        exchange(message(0x70, m_session,
-                         QByteArray(6, 0) + hex("0200 a100 0400") + m_connection + hex("b100") +
-                             word(item.size()) + item));
-    return reply.size() == 56 && reply.at(48) == 0;
+    return send(message(0x70, m_session,
+                        QByteArray(6, 0) + hex("0200 a100 0400") + m_connection + hex("b100") +
+                            word(item.size()) + item));
+}
+
+bool RawClient::receiveRead() {
+    const QByteArray reply = receive();
+    return reply.size() == 56 && reply.at(48) == 0 && reply.mid(44, 2) == word(m_sequence);
 }

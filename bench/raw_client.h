@@ -7,22 +7,30 @@
 /// and waits for the reply. No library of the project is in it.
 class RawClient {
   public:
-    /// Connects, registers a session and opens a class 3 connection. Ends the program on failure.
-    explicit RawClient(quint16 port);
+    /// Connects, registers a session and opens a class 3 connection. `number` is the connection's
+    /// serial number and sets it apart from the others. Ends the program on failure.
+    explicit RawClient(quint16 port, quint16 number = 1);
     ~RawClient();
     RawClient(const RawClient&) = delete;
     RawClient& operator=(const RawClient&) = delete;
 
     /// One Read Tag of a DINT tag; true when the reply is whole and its status is good.
-    bool readTag(const char* name);
+    bool readTag(const char* name) { return sendRead(name) && receiveRead(); }
+    /// The two halves of it.
+    bool sendRead(const char* name);
+    bool receiveRead();
+
+    int socket() const { return m_socket; }
 
   private:
+    bool send(const QByteArray& request);
+    QByteArray receive();
     QByteArray exchange(const QByteArray& request);
 
     int m_socket;
+    quint16 m_sequence;
     QByteArray m_session;     // 4 bytes as received
     QByteArray m_connection;  // O->T connection id, 4 bytes as received
-    unsigned short m_sequence;
 };
 
 #endif

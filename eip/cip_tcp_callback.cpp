@@ -33,15 +33,24 @@ unsigned long positive(int ms) {
 
 }  // namespace
 
+/// One round of waiting for something to read, on the pipes or the socket; the result of select().
+int CipTcpCallback::Impl::waitReadable(Countdown* countdown, fd_set* readable) {
+    *readable = readFds;
+    timeval time = countdown->beginRound();
+    const int ready = select(maxFd + 1, readable, 0, 0, &time);
+    if (ready < 0) {
+        lastErrno = errno;
+        CIPERROR(CIP_ERR_SYSTEM, lastErrno, 0);
+    }
+    return ready;
+}
+
 bool CipTcpCallback::Impl::awaitReply(int timeoutMs) {
     Countdown countdown(positive(timeoutMs));
     do {
-        fd_set readable = readFds;
-        timeval time = countdown.beginRound();
-        const int ready = select(maxFd + 1, &readable, 0, 0, &time);
+        fd_set readable;
+        const int ready = waitReadable(&countdown, &readable);
         if (ready < 0) {
-            lastErrno = errno;
-            CIPERROR(CIP_ERR_SYSTEM, lastErrno, 0);
             return false;
         }
         if (ready == 0) {
@@ -64,12 +73,9 @@ bool CipTcpCallback::Impl::recvBody(unsigned char* at, size_t length, int timeou
     }
     Countdown countdown(positive(timeoutMs));
     while (at != end) {
-        fd_set readable = readFds;
-        timeval time = countdown.beginRound();
-        const int ready = select(maxFd + 1, &readable, 0, 0, &time);
+        fd_set readable;
+        const int ready = waitReadable(&countdown, &readable);
         if (ready < 0) {
-            lastErrno = errno;
-            CIPERROR(CIP_ERR_SYSTEM, lastErrno, 0);
             return false;
         }
         if (ready == 0) {

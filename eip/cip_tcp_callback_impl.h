@@ -7,6 +7,8 @@
 #include "eip/cip_tcp_callback.h"
 #include "eip/quick_answer.h"
 
+class Countdown;
+
 /// State of CipTcpCallback. The client ends, their time-outs and pace belong to the driver's thread
 /// once the object is constructed, everything else to the worker's; the descriptors of the pipes are
 /// constant until the end.
@@ -43,6 +45,7 @@ class CipTcpCallback::Impl {
     /// Whether select() reported the socket.
     bool socketIn(const fd_set& set) const { return sock >= 0 && FD_ISSET(sock, &set); }
 
+    int waitReadable(Countdown* countdown, fd_set* readable);
     /// Waits for a reply to begin; on failure the error record is set as recvData() has it.
     bool awaitReply(int timeoutMs);
     /// Receives exactly `length` bytes; on failure the error record is set.
