@@ -60,15 +60,7 @@ DeviceSetting::DeviceSetting(device_type type, const QString& name, int baudrate
 
 DeviceSetting::DeviceSetting(device_type type, const QString& name, int baudrate, int databits,
                              int stopbits, int parity)
-    : type(type),
-      name(name),
-      baudrate(baudrate),
-      databits(databits),
-      stopbits(stopbits),
-      parity(parity),
-      extraValue(0),
-      linkID(-1),
-      currentIPIndex(0) {}
+    : DeviceSetting(type, name, baudrate, databits, stopbits, parity, 0, QString()) {}
 
 int DeviceSetting::entryAt(int index) const {
     return index == -1 ? currentIPIndex : index;
