@@ -10,4 +10,6 @@ if(MICRO800_STATIC_RUNTIME)
   target_link_options(ab_micro800_ethernet PRIVATE
     -static-libstdc++ -static-libgcc LINKER:--as-needed LINKER:-z,defs)
   target_link_libraries(ab_micro800_ethernet PRIVATE rt)
+  # The SDK's folders mean nothing on the panel.
+  set_target_properties(ab_micro800_ethernet PROPERTIES SKIP_BUILD_RPATH ON)
 endif()

@@ -53,6 +53,10 @@ if grep -q 'Qt5\|/qt5' "$commands"; then
     echo 'Qt 5 is in a build for Qt 4' >&2
     exit 1
 fi
+if grep -rq -e -rpath "$work/build" --include=link.txt --include=build.ninja; then
+    echo 'the plugin would look for libraries in folders of the SDK' >&2
+    exit 1
+fi
 
 # moc of the SDK, told about the SDK's headers.
 must "$cmake" --build "$work/build" --target ab_micro800_ethernet_driver_autogen >>"$work/log" 2>&1
