@@ -41,7 +41,7 @@ elseif(MICRO800_HOST_PROGRAMS AND NOT MICRO800_SANITIZE)
   install(TARGETS micro800 micro800-sim RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
   install(TARGETS ab_micro800_ethernet LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/micro800")
   install(FILES README.md SECURITY.md packaging/deb/copyright DESTINATION "${documents}")
-  install(DIRECTORY docs DESTINATION "${documents}" FILES_MATCHING PATTERN "*.md")
+  install(DIRECTORY docs DESTINATION "${documents}")
 
   # Manual pages are what the programs themselves say with --help. They and the changes are packed, as
   # Debian's packages have them.
