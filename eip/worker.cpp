@@ -310,8 +310,17 @@ void EipWorker::pollSession() {
     // A copy: a command served below may bring a new list.
     const QHash<QString, int> entries = d->sessionHash;
     QSet<QString> done;
-    for (QHash<QString, int>::const_iterator entry = entries.constBegin();
-         entry != entries.constEnd() && !d->stop.load(); ++entry) {
+    // The entry that broke the last pass comes last in this one: were it always before the others,
+    // they would never be read again.
+    QHash<QString, int>::const_iterator entry = entries.constFind(d->brokenAt);
+    if (entry != entries.constEnd()) {
+        ++entry;
+    }
+    d->brokenAt.clear();
+    for (int left = entries.size(); left > 0 && !d->stop.load(); --left, ++entry) {
+        if (entry == entries.constEnd()) {
+            entry = entries.constBegin();
+        }
         Served served;
         d->refreshedName.clear();
         serveOneDriverCommand(&served);
@@ -332,6 +341,7 @@ void EipWorker::pollSession() {
         }
         done.insert(entry.key());
         if (!pollEntry(entry.key(), entry.value())) {
+            d->brokenAt = entry.key();
             return;
         }
     }

@@ -45,6 +45,7 @@ struct EipWorker::Impl {
     uint32_t originatorSalt;
     qint64 lastTraffic;  ///< when the controller last answered, milliseconds since boot
     QString refreshedName;  ///< the tag whose cache entry was refreshed last
+    QString brokenAt;       ///< the session entry over which the last pass broke
 };
 
 /// A copy that shares no storage, for texts that cross threads.

@@ -42,8 +42,10 @@ bool EipWorker::finishFailedRequest(bool* broken) {
         type == CIP_ERR_INTERNAL && cip_errno() == CIP_INTERNAL_BUFFER_TOO_SMALL;
     const bool lost = type != CIP_ERR_AB && !neverSent;
     // The flag holds other requests back until the polling has the connection again; without
-    // polling the next one has to try.
-    d->setErrText(QString::fromLocal8Bit(cip_err_msg()), lost && !d->sessionHash.isEmpty());
+    // polling the next one has to try. A value that nobody can decode is the tag's trouble alone.
+    const bool undecodable = type == CIP_ERR_INTERNAL && cip_errno() == CIP_INTERNAL_BAD_DATA;
+    d->setErrText(QString::fromLocal8Bit(cip_err_msg()),
+                  lost && !undecodable && !d->sessionHash.isEmpty());
     if (lost) {
         closeConnection();
         if (broken) {

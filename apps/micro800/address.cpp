@@ -47,6 +47,14 @@ QString unknownPrefix(const QString& text, const QString& prefix) {
         .arg(text, prefix, tagPrefixes().join(QLatin1String(", ")));
 }
 
+/// Brackets that hold indexes, wherever they stand. The driver sends other brackets on as they are, and
+/// the path would name an element that nobody meant: 0 for a word, 255 for -1.
+bool bracketsHoldIndexes(const QString& name) {
+    static const QRegularExpression pattern(
+        QStringLiteral(R"(^[^\[\]]*(?:\[ *\d+ *(?:, *\d+ *)*\][^\[\]]*)*$)"));
+    return pattern.match(name).hasMatch();
+}
+
 /// The driver reads an index that is no 32-bit number as 0.
 bool indexesFit(const QString& indexes) {
     for (const QString& index : indexes.split(QLatin1Char(','))) {
@@ -95,6 +103,11 @@ bool parseTagAddress(const QString& text, TagAddress* address, QString* problem)
     if (name.trimmed().isEmpty())
         return fail(problem, QStringLiteral("%1: no tag name after the prefix").arg(text));
 
+    if (!bracketsHoldIndexes(name)) {
+        return fail(problem, QStringLiteral("%1: brackets hold one to three indexes, whole numbers "
+                                            "from 0 on with commas between, as in GRID[2,3]")
+                                 .arg(text));
+    }
     const QRegularExpressionMatch element = elementPattern().match(text);
     if (element.hasMatch() && element.captured(0) != text) {
         return fail(problem, QStringLiteral("%1: the driver would access %2 and ignore the rest")

@@ -27,8 +27,8 @@ const int kSequenceSize = 2;
 const int kSockaddrSkip = 28;
 
 /// The checks of _BuildMRRequest; records the error.
-bool fitsRequest(int pathLength, int dataLength) {
-    if (pathLength < 0 || dataLength < 0) {
+bool fitsRequest(const void* path, int pathLength, const void* data, int dataLength) {
+    if (pathLength < 0 || dataLength < 0 || (pathLength > 0 && !path) || (dataLength > 0 && !data)) {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_ERROR, 0);
         return false;
     }
@@ -149,7 +149,7 @@ void cip::recordNoDataItem(const _Encap_Header* reply, bool broken) {
 unsigned char* _BuildMRRequest(uint8_t service, const void* path, int pathLength, const void* data,
                                int dataLength, int* size) {
     *size = 0;
-    if (!fitsRequest(pathLength, dataLength)) {
+    if (!fitsRequest(path, pathLength, data, dataLength)) {
         return nullptr;
     }
     const int total = kMRRequestHeadSize + pathLength + dataLength;
@@ -173,7 +173,7 @@ unsigned char* _BuildMRRequest(uint8_t service, const void* path, int pathLength
 
 _Encap_Header* _ExSendMRRequest(_Eip_Session* session, const void* request, int requestLength) {
     CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
-    if (!cip::isUsable(request) || !fitsRequest(0, requestLength)) {
+    if (!cip::isUsable(request) || !fitsRequest(nullptr, 0, request, requestLength)) {
         return nullptr;
     }
     _Eip_Item address;

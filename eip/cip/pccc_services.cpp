@@ -139,6 +139,16 @@ int pick(_PCCC_Reply* reply, int replySize, const Span& span, uint16_t count) {
     return kPcccReplyHead + count * span.pickedSize;
 }
 
+/// Whole words are written: with the word that a bit stands in, its other bits would be overwritten.
+bool namesNoBit(const char* address) {
+    _PLC_Address parsed;
+    if (_ParsePLCAddress(address, &parsed) && parsed.bit >= 0) {
+        CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_OUT_OF_RANGE, 0);
+        return false;
+    }
+    return true;  // what is no address at all, the request's builder says
+}
+
 }  // namespace
 
 _PLC_Read* _ReadPLCData(const _PCCC_Target* target, int plcKind, uint16_t transaction,
@@ -191,6 +201,9 @@ int _WritePLCData(const _PCCC_Target* target, uint16_t transaction, const char* 
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_UNSUPPORTED_TYPE, 0);
         return -1;
     }
+    if (!namesNoBit(address)) {
+        return -1;
+    }
     int size = 0;
     const RequestPtr request(_BuildPLCWriteDataRequest(
         transaction, address, type, isWord ? kWord : kLongWord, data, count, &size));
@@ -207,6 +220,9 @@ int WriteMaskAndDataToPLC(const _PCCC_Target* target, uint16_t transaction, cons
 
 int WriteBytesToPLC(const _PCCC_Target* target, uint16_t transaction, const char* address,
                     const void* data, int byteCount) {
+    if (!namesNoBit(address)) {
+        return -1;
+    }
     int size = 0;
     const RequestPtr request(
         _BuildPLCWriteBytesRequest(transaction, address, data, byteCount, &size));

@@ -141,6 +141,9 @@ int CipSendData(CipCallback* transport, const _Encap_Header* request) {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_CONNECTION_FAILED, 0);
         return -1;
     }
+    if (!cip::isUsable(request)) {
+        return -1;
+    }
     return transport->sendData(request);
 }
 
@@ -156,6 +159,9 @@ _Encap_Header* CipSendData_WaitReply(CipCallback* transport, const _Encap_Header
                                      uint32_t unused, uint32_t timeoutMs) {
     if (!transport) {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_CONNECTION_FAILED, 0);
+        return nullptr;
+    }
+    if (!cip::isUsable(request)) {
         return nullptr;
     }
     return transport->sendDataWaitReply(request, asTransportTimeout(unused),

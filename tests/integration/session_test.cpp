@@ -204,6 +204,25 @@ TEST_F(Session, RefusedTagLeavesTheOthersAlone) {
     EXPECT_EQ(1, simulator->connectionsOpened());
 }
 
+/// A value of a type that nobody can decode ends every pass at its tag, wherever that stands.
+TEST_F(Session, UndecodableTagLeavesTheOthersAlone) {
+    start({"--tag", "A:DINT=1", "--tag", "B:DINT=2", "--tag", "C:DINT=3", "--fault",
+           "unknown-type:DB@tag=B"});
+    driver->setSessionCommand(Commands() << dint("A") << dint("B") << dint("C"));
+    EXPECT_EQ(1, readDint(driver.get(), device.get(), "A"));
+    ASSERT_TRUE(polled("B", 3));
+    EXPECT_TRUE(driver->read(device.get(), dint("B")).isEmpty());
+    EXPECT_EQ(QString("read DINT0:B> Internal: unknown error"), driver->getLastError());
+    ASSERT_EQ("ok", simulator->command("set A=11"));
+    ASSERT_EQ("ok", simulator->command("set C=13"));
+    EXPECT_TRUE(waitFor([&] { return readDint(driver.get(), device.get(), "A") == 11; }));
+    EXPECT_TRUE(waitFor([&] { return readDint(driver.get(), device.get(), "C") == 13; }));
+    for (int i = 0; i < 200; ++i) {
+        ASSERT_EQ(11, readDint(driver.get(), device.get(), "A"));
+        ASSERT_EQ(13, readDint(driver.get(), device.get(), "C"));
+    }
+}
+
 TEST_F(Session, TagPolledWithAnotherCountIsReadDirectlyAndNotCached) {
     start({"--tag", "LEVELS:DINT[0..4]=1,2,3,4,5"});
     driver->setSessionCommand(Commands() << CommunicatorCommand(3, 1, "DINT0:LEVELS[1]"));

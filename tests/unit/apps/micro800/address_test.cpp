@@ -64,6 +64,31 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"INT0:DINT0:X[1]",
                 "INT0:DINT0:X[1]: the driver would access X[1] and ignore the rest"},
         Refused{"DINT0:X[1][2]", "DINT0:X[1][2]: the driver would access X[1] and ignore the rest"},
+        // The path would name an element that nobody meant.
+        Refused{"DINT0:ARR[-1]",
+                "DINT0:ARR[-1]: brackets hold one to three indexes, whole numbers "
+                "from 0 on with commas between, as in GRID[2,3]"},
+        Refused{"DINT0:ARR[i]",
+                "DINT0:ARR[i]: brackets hold one to three indexes, whole numbers "
+                "from 0 on with commas between, as in GRID[2,3]"},
+        Refused{"DINT0:ARR[1.5]",
+                "DINT0:ARR[1.5]: brackets hold one to three indexes, whole numbers "
+                "from 0 on with commas between, as in GRID[2,3]"},
+        Refused{"DINT0:ARR[1",
+                "DINT0:ARR[1: brackets hold one to three indexes, whole numbers "
+                "from 0 on with commas between, as in GRID[2,3]"},
+        Refused{"DINT0:ARR1]",
+                "DINT0:ARR1]: brackets hold one to three indexes, whole numbers "
+                "from 0 on with commas between, as in GRID[2,3]"},
+        Refused{"DINT0:ARR[]",
+                "DINT0:ARR[]: brackets hold one to three indexes, whole numbers "
+                "from 0 on with commas between, as in GRID[2,3]"},
+        Refused{"DINT0:ARR[1,]",
+                "DINT0:ARR[1,]: brackets hold one to three indexes, whole numbers "
+                "from 0 on with commas between, as in GRID[2,3]"},
+        Refused{"DINT0:ARR[[1]]",
+                "DINT0:ARR[[1]]: brackets hold one to three indexes, whole numbers "
+                "from 0 on with commas between, as in GRID[2,3]"},
         // An index that the driver would read as 0.
         Refused{"DINT0:X[2147483648]", "DINT0:X[2147483648]: an index is at most 2147483647"},
         Refused{"DINT0:X[0,99999999999]",

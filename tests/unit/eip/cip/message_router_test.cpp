@@ -67,7 +67,12 @@ TEST_F(MessageRouter, BuildRequestRefusesWhatDoesNotFit) {
         EXPECT_EQ((CipError{0, row.error, 0}), lastError());
         EXPECT_EQ(0, size);
     }
-    int size = 0;
+    int size = 77;
+    EXPECT_EQ(nullptr, _BuildMRRequest(1, nullptr, 4, data.data(), 2, &size));
+    EXPECT_EQ((CipError{0, -1, 0}), lastError());
+    EXPECT_EQ(nullptr, _BuildMRRequest(1, path.data(), 4, nullptr, 2, &size));
+    EXPECT_EQ((CipError{0, -1, 0}), lastError());
+    EXPECT_EQ(0, size);
     unsigned char* request = _BuildMRRequest(1, path.data(), 510, data.data(), 488, &size);
     ASSERT_TRUE(request);
     EXPECT_EQ(1000, size);

@@ -252,6 +252,16 @@ TEST_F(PcccServices, NothingGoesOutThatIsNoRequest) {
     EXPECT_TRUE(transport.requests.empty());
 }
 
+TEST_F(PcccServices, BitsAreWrittenWithAMaskOnly) {
+    for (const char* address : {"N7:0/5", "B3:2/5", "T4:0/DN"}) {
+        EXPECT_EQ(-1, _WritePLCData(&target, 1, address, PLC_TYPE_INTEGER, "\x01\x00", 1));
+        EXPECT_EQ((CipError{0, -21, 0}), lastError()) << address;
+        EXPECT_EQ(-1, WriteBytesToPLC(&target, 1, address, "\x01\x00", 2));
+        EXPECT_EQ((CipError{0, -21, 0}), lastError()) << address;
+    }
+    EXPECT_TRUE(transport.requests.empty());
+}
+
 TEST_F(PcccServices, OverAConnection) {
     target.connection = &connection;
     transport.play(connectedReply(0x77, 1, std::string(kRequestor) + "4F 00 34 12 42 2A 00"));

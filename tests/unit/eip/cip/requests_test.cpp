@@ -156,6 +156,10 @@ TEST_F(RequestsTest, NoTransport) {
     EXPECT_EQ(-1, CipSendData(nullptr, nullptr));
     EXPECT_EQ(nullptr, CipRecvData(nullptr, 1));
     EXPECT_EQ(nullptr, CipSendData_WaitReply(nullptr, nullptr, 1, 1));
+    EXPECT_EQ(-1, CipSendData(&transport, nullptr));
+    EXPECT_EQ((CipError{0, -1, 0}), lastError());
+    EXPECT_EQ(nullptr, CipSendData_WaitReply(&transport, nullptr, 1, 1));
+    EXPECT_EQ((CipError{0, -1, 0}), lastError());
     EXPECT_EQ(0, _CipOpenSock());
 }
 
