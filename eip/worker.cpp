@@ -160,6 +160,14 @@ bool EipWorker::hasDriverCommand() const {
 
 bool EipWorker::connectionIsOpened() const { return d->session && d->connection; }
 
+/// Gives an opening up halfway, without a word to the controller. Always false.
+bool EipWorker::dropSession() {
+    DeleteSession(d->session);
+    d->session = 0;
+    d->receiver->disconnect();
+    return false;
+}
+
 bool EipWorker::openConnection() {
     if (!d->receiver->connect(d->ip.toLatin1().constData(), d->port, d->timeout)) {
         setErrStr(d->receiver->lastError());
@@ -174,12 +182,15 @@ bool EipWorker::openConnection() {
         d->receiver->disconnect();
         return false;
     }
+    if (d->stop.load()) {
+        return dropSession();
+    }
     if (_RegisterSession(d->session) != 0) {
         setErrStr(QString::fromLocal8Bit(cip_err_msg()));
-        DeleteSession(d->session);
-        d->session = 0;
-        d->receiver->disconnect();
-        return false;
+        return dropSession();
+    }
+    if (d->stop.load()) {
+        return dropSession();
     }
     if (d->connection) {
         DeleteConnection(&d->connection);
@@ -193,10 +204,7 @@ bool EipWorker::openConnection() {
     if (!d->connection) {
         setErrStr(QString::fromLocal8Bit(cip_err_msg()));
         _UnRegisterSession(d->session);
-        DeleteSession(d->session);
-        d->session = 0;
-        d->receiver->disconnect();
-        return false;
+        return dropSession();
     }
     d->lastTraffic = CurrentMSecsSinceBoot();
     clearErr();
@@ -251,6 +259,9 @@ void EipWorker::run() {
     // The host's signals are for the host: one that ended a wait here would look like a lost reply.
     sigset_t all;
     sigfillset(&all);
+    for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS}) {
+        sigdelset(&all, fault);  // what this thread itself brings about
+    }
     pthread_sigmask(SIG_BLOCK, &all, 0);
     // The pause between two polls is a millisecond; the system's default lateness is a part of it.
     prctl(PR_SET_TIMERSLACK, kTimerSlackNs);
@@ -300,6 +311,9 @@ bool EipWorker::takeSessionList() {
 /// One pass over the session entries. Ends early when the connection breaks, when the list or the
 /// controller's address changes, and when the worker is to stop.
 void EipWorker::pollSession() {
+    if (d->stop.load()) {
+        return;
+    }
     if (!ensureConnection()) {
         // A connect that is refused at once never waits; the pipes must be served all the same,
         // or a corrected address could not get in.

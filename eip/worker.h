@@ -119,6 +119,7 @@ class EipWorker : public QThread {
     struct ArrayRequest;
 
     void seedOriginator();
+    bool dropSession();
     bool hasDriverCommand() const;
     bool serveOneDriverCommand(Served* served);
     bool takeSessionList();

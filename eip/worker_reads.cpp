@@ -183,7 +183,8 @@ struct EipWorker::ArrayRequest {
     int elementCount;
     int arraySize;
     int byteOffset;
-    int wantedBytes;
+    int wantedBytes;  ///< -1 without a size, or with one that no answer carries
+    bool tooLong;
     QString arrayKey;
     QString elementKey;
 };
@@ -204,8 +205,9 @@ bool EipWorker::takeArrayRequest(ArrayRequest* request) {
     request->arrayKey = LgxDataCache::keyFrom(request->arrayName, request->arraySize);
     request->elementKey = LgxDataCache::keyFrom(request->elementName, request->elementCount);
     const qint64 wanted = qint64(_GetLGXDataSize(type)) * request->elementCount;
-    // Outside what one answer carries nothing can be cut out of a cached array.
-    request->wantedBytes = wanted > 0 && wanted <= kLargestAnswer ? static_cast<int>(wanted) : -1;
+    // Without a size nothing can be cut out of a cached array.
+    request->tooLong = wanted > kLargestAnswer;
+    request->wantedBytes = wanted > 0 && !request->tooLong ? static_cast<int>(wanted) : -1;
     return true;
 }
 
@@ -226,6 +228,11 @@ bool EipWorker::processDriverReadArrayElementCmd(bool* broken, QString* servedNa
     setOut(servedName, QString());
     ArrayRequest request;
     if (!takeArrayRequest(&request)) {
+        return false;
+    }
+    if (request.tooLong) {
+        d->receiver->sendDriverReadArrayElementFailRsp(request.pipe, request.tid,
+                                                       QLatin1String(tooLongForAnswer()));
         return false;
     }
     QByteArray value;

@@ -124,6 +124,17 @@ TEST_F(Session, UndeclaredArrayIsPolledByElement) {
     EXPECT_EQ(1, countOf("LEVELS[2]"));
 }
 
+TEST_F(Session, PolledEmptyStringIsOneZeroByte) {
+    start({"--tag", "NAME:STRING=", "--tag", "A:DINT=1"});
+    driver->setSessionCommand(Commands() << CommunicatorCommand(kUnitBlock, 4, "STRING0:NAME"));
+    EXPECT_EQ(1, readDint(driver.get(), device.get(), "A"));
+    ASSERT_TRUE(polled("NAME"));
+    // Padded to the command's size, as every short value is.
+    EXPECT_EQ(QByteArray(4, 0), read("STRING0:NAME", kUnitBlock, 4));
+    EXPECT_EQ(QByteArray(1, 0), read("STRING0:NAME", kUnitBlock, 1));
+    EXPECT_FALSE(driver->hasError());
+}
+
 TEST_F(Session, DeclaredStringArrayIsPolledByElement) {
     start({"--tag", "NAMES:STRING[0..2]=one,two,three"}, {"STRING0:NAMES[0..2]"});
     driver->setSessionCommand(Commands() << CommunicatorCommand(5, 3, "STRING0:NAMES[1]"));

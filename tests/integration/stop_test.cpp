@@ -68,6 +68,21 @@ TEST_F(Stop, Connecting) {
     EXPECT_LT(stopTime(std::move(driver)), kTimeoutMs + kSlackMs);
 }
 
+/// The opening goes no further than the step that it is at.
+TEST_F(Stop, BetweenTheStepsOfAnOpening) {
+    Controller simulator({"--tag", "D:DINT=42", "--fault", "late:600@on=register", "--fault",
+                          "silence@on=open"});
+    TestDevice device(simulator.port(), kTimeoutMs);
+    std::unique_ptr<DriverInterface> driver = createDriver();
+    driver->setSessionCommand(QList<CommunicatorCommand>() << dint("D"));
+    driver->read(&device, CommunicatorCommand(7, 1, "DINT0:D"));
+    ASSERT_TRUE(waitFor([&] { return !simulator.log().isEmpty(); }));
+    EXPECT_LT(stopTime(std::move(driver)), 600 + kSlackMs);
+    for (const QJsonObject& entry : simulator.log()) {
+        EXPECT_NE(QString("ForwardOpen"), entry.value("service").toString());
+    }
+}
+
 TEST_F(Stop, WaitingForAReply) {
     Controller simulator({"--tag", "D:DINT=42", "--fault", "silence"});
     TestDevice device(simulator.port(), 2 * kTimeoutMs);

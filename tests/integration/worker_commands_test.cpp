@@ -167,6 +167,15 @@ TEST_F(WorkerCommands, ElementsOfAnArrayThatIsNotPolledAreReadAlone) {
     EXPECT_EQ(1, simulator->countRequests("A[3]"));
 }
 
+TEST_F(WorkerCommands, MoreThanAnAnswerCarriesIsRefusedUnsent) {
+    start({"--tag", "BIG:DINT[0..999]"});
+    const Outcome outcome = readElements("04\t000E\tBIG\t[0]\tC4\t600\t1000\t0\n");
+    EXPECT_FALSE(outcome.served);
+    EXPECT_FALSE(outcome.broken);
+    EXPECT_EQ(QByteArray("84\t000E\tInternal: buffer too small\n"), outcome.answer);
+    EXPECT_TRUE(simulator->requests().isEmpty());
+}
+
 TEST_F(WorkerCommands, RefusedElementsKeepTheConnection) {
     start({"--tag", "A:DINT[0..4]"});
     const Outcome outcome = readElements("04\t000B\tA\t[4]\tC4\t2\t5\t16\n");

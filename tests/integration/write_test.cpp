@@ -202,6 +202,9 @@ TEST_F(Write, WorkerThatCannotTakeItsListFailsTheWrite) {
     EXPECT_TRUE(driver->hasError());
     EXPECT_EQ(QString("write DINT0:D> session commands not accepted"), driver->getLastError());
     EXPECT_TRUE(simulator->requests().isEmpty());
+    // The list is offered once; the tags themselves stay within reach.
+    EXPECT_TRUE(write("DINT0:D", hex("2a000000")));
+    EXPECT_EQ(hex("2a000000"), read("DINT0:D"));
 }
 
 /// While the polling cannot reach the controller, a write is refused without being tried.

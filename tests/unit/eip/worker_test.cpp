@@ -114,10 +114,11 @@ TEST_F(Worker, SliceOutsideTheArrayIsNotTakenFromIt) {
     for (const char* line : {"04\t0001\tARR\t[3]\tC4\t1\t3\t12\n", "04\t0001\tARR\t[9]\tC4\t1\t3\t-4\n",
                              "04\t0001\tARR\t[2]\tC4\t2\t3\t8\n",
                              "04\t0001\tARR\t[2]\tC4\t1\t3\t2147483647\n",
-                             "04\t0001\tARR\t[2]\tC4\t2147483647\t3\t0\n",
                              "04\t0001\tARR\t[2]\tC4\t-1\t3\t0\n", "04\t0001\tARR\t[2]\t00\t1\t3\t0\n"}) {
         EXPECT_EQ(QByteArray("84\t0001\tConnection refused(111)\n"), exchange(line)) << line;
     }
+    EXPECT_EQ(QByteArray("84\t0001\tInternal: buffer too small\n"),
+              exchange("04\t0001\tARR\t[2]\tC4\t2147483647\t3\t0\n"));
 }
 
 TEST_F(Worker, AddressChangeEmptiesTheCacheAndIsAlwaysConfirmed) {
