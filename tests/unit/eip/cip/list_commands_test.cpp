@@ -13,6 +13,10 @@ struct List {
     const char* request;
 };
 
+void PrintTo(const List& list, std::ostream* out) {
+    *out << "command " << list.command;
+}
+
 class ListCommands : public testing::TestWithParam<List> {
  protected:
     ListCommands() : session(NewSession(300, &transport)) { session->sessionHandle = 0x11223344; }
