@@ -3,6 +3,8 @@
 #include <QtGlobal>
 #include <cstring>
 
+#include "common/digits.h"
+
 namespace {
 
 const qint64 kLargestRecord = 0x7FFFFFFF;
@@ -51,10 +53,6 @@ struct Item {
         return !counted || (count >= 1 && letter != nullptr && letter->countable);
     }
 };
-
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 /// Reads the next item and moves the format behind it; false at the format's end. A count at the
 /// very end has no letter.

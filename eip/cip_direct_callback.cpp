@@ -1,21 +1,13 @@
 #include "eip/cip_direct_callback.h"
 
 #include <errno.h>
-#include <stdlib.h>
-#include <string.h>
-
-#include <memory>
 
 #include "eip/byte_stream_device.h"
 #include "eip/cip/cip_error.h"
 #include "eip/cip/encap_header.h"
+#include "eip/reply_buffer.h"
 
 namespace {
-
-struct Free {
-    void operator()(void* buffer) const { free(buffer); }
-};
-typedef std::unique_ptr<char, Free> Buffer;
 
 /// Reads all of it or records why not.
 bool readWhole(ByteStreamDevice* device, char* at, int length) {
@@ -50,13 +42,12 @@ _Encap_Header* CipDirectCallback::recvData(int timeoutMs) {
         return 0;
     }
     const int length = _GetEncapLength(&header);
-    Buffer reply(static_cast<char*>(malloc(static_cast<size_t>(kEncapHeaderSize + length))));
+    cip::MallocPtr<unsigned char> reply = replyBuffer(header);
     if (!reply) {
-        CIPERROR(CIP_ERR_SYSTEM, errno, 0);
         return 0;
     }
-    memcpy(reply.get(), &header, sizeof header);
-    if (length > 0 && !readWhole(device, reply.get() + kEncapHeaderSize, length)) {
+    char* const body = reinterpret_cast<char*>(reply.get() + kEncapHeaderSize);
+    if (length > 0 && !readWhole(device, body, length)) {
         return 0;
     }
     return reinterpret_cast<_Encap_Header*>(reply.release());

@@ -3,8 +3,6 @@
 #include "eip/cip_tcp_callback.h"
 
 #include <errno.h>
-#include <stdlib.h>
-#include <string.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -14,6 +12,7 @@
 #include "eip/cip/encap_header.h"
 #include "eip/cip_tcp_callback_impl.h"
 #include "eip/countdown.h"
+#include "eip/reply_buffer.h"
 #include "eip/socket_tools.h"
 
 namespace {
@@ -21,11 +20,6 @@ namespace {
 // How much a drain takes at most: a peer that never stops sending must not hold the worker.
 const size_t kDrainPiece = 1400;
 const int kDrainPieces = 1000;
-
-struct Free {
-    void operator()(void* buffer) const { free(buffer); }
-};
-typedef std::unique_ptr<unsigned char, Free> Buffer;
 
 unsigned long positive(int ms) {
     return ms > 0 ? static_cast<unsigned long>(ms) : 0;
@@ -172,14 +166,9 @@ _Encap_Header* CipTcpCallback::recvData(int timeoutMs) {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_RECEIVE_ERROR, 0);
         return 0;
     }
-    const size_t length = _GetEncapLength(&header);
-    Buffer reply(static_cast<unsigned char*>(malloc(sizeof header + length)));
-    if (!reply) {
-        CIPERROR(CIP_ERR_SYSTEM, errno, 0);
-        return 0;
-    }
-    memcpy(reply.get(), &header, sizeof header);
-    if (!d->recvBody(reply.get() + sizeof header, length, timeoutMs)) {
+    cip::MallocPtr<unsigned char> reply = replyBuffer(header);
+    if (!reply ||
+        !d->recvBody(reply.get() + sizeof header, _GetEncapLength(&header), timeoutMs)) {
         return 0;
     }
     return reinterpret_cast<_Encap_Header*>(reply.release());

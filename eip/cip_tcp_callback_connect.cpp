@@ -5,7 +5,6 @@
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <string.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -29,16 +28,8 @@ int tcpProtocol() {
 
 /// The first IPv4 address of a host; false with errno when there is none.
 bool lookUp(const char* host, in_addr* address) {
-    struct addrinfo hints = addrinfo();
-    hints.ai_family = AF_INET;
-    hints.ai_socktype = SOCK_STREAM;
-    struct addrinfo* found = 0;
     errno = 0;
-    if (getaddrinfo(host, 0, &hints, &found) == 0 && found) {
-        struct sockaddr_in first;
-        memcpy(&first, found->ai_addr, sizeof first);
-        freeaddrinfo(found);
-        *address = first.sin_addr;
+    if (KLookUpHost(host, address) == 0) {
         return true;
     }
     address->s_addr = inet_addr(host);

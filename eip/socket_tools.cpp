@@ -2,6 +2,8 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <netdb.h>
+#include <string.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -36,6 +38,21 @@ int KSetNonBlockingMode(int fd, bool on) {
     }
     const int wanted = on ? flags | O_NONBLOCK : flags & ~O_NONBLOCK;
     return wanted == flags || fcntl(fd, F_SETFL, wanted) == 0;
+}
+
+int KLookUpHost(const char* host, in_addr* address) {
+    struct addrinfo hints = addrinfo();
+    hints.ai_family = AF_INET;
+    hints.ai_socktype = SOCK_STREAM;
+    struct addrinfo* found = 0;
+    const int failure = getaddrinfo(host, 0, &hints, &found);
+    if (failure == 0) {
+        struct sockaddr_in first;
+        memcpy(&first, found->ai_addr, sizeof first);
+        *address = first.sin_addr;
+        freeaddrinfo(found);
+    }
+    return failure;
 }
 
 void KCloseSocket(int fd) {

@@ -1,6 +1,7 @@
 #ifndef EIP_SOCKET_TOOLS_H
 #define EIP_SOCKET_TOOLS_H
 
+#include <netinet/in.h>
 #include <sys/time.h>
 
 /// Small operations on sockets. Free of state: any thread, as far as the descriptor allows it.
@@ -22,6 +23,10 @@ int KCreateSocketPair(int* fds);
 /// Sets or clears O_NONBLOCK and keeps the other flags. Returns 1 on success, 0 on failure
 /// (errno).
 int KSetNonBlockingMode(int fd, bool on);
+
+/// Looks the first IPv4 address of a host (dotted text or a name) up, which takes the system's own
+/// time. 0, or what getaddrinfo() gives as its reason, with `address` untouched.
+int KLookUpHost(const char* host, in_addr* address);
 
 /// Closes the descriptor.
 void KCloseSocket(int fd);

@@ -3,6 +3,9 @@
 #include <QRegularExpression>
 #include <QStringList>
 
+#include "apps/micro800/problem.h"
+#include "common/index_list.h"
+
 namespace {
 
 /// What the driver takes for an array element, wherever in the address it stands.
@@ -33,11 +36,6 @@ QString quotedForMessage(const QString& text) {
     return QLatin1Char('"') + shown + QLatin1Char('"');
 }
 
-bool fail(QString* problem, const QString& text) {
-    *problem = text;
-    return false;
-}
-
 QString unknownPrefix(const QString& text, const QString& prefix) {
     if (tagTypeByPrefix(prefix.toUpper())) {
         return QStringLiteral("%1: the type prefix is written in upper case: %2:%3")
@@ -53,17 +51,6 @@ bool bracketsHoldIndexes(const QString& name) {
     static const QRegularExpression pattern(
         QStringLiteral(R"(^[^\[\]]*(?:\[ *\d+ *(?:, *\d+ *)*\][^\[\]]*)*$)"));
     return pattern.match(name).hasMatch();
-}
-
-/// The driver reads an index that is no 32-bit number as 0.
-bool indexesFit(const QString& indexes) {
-    for (const QString& index : indexes.split(QLatin1Char(','))) {
-        bool ok = false;
-        index.toInt(&ok);
-        if (!ok)
-            return false;
-    }
-    return true;
 }
 
 UnitKind unitKindFor(const TagType& type, int count) {

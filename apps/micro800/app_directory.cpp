@@ -16,6 +16,7 @@
 #include <cstring>
 #include <vector>
 
+#include "apps/micro800/problem.h"
 #include "apps/micro800/project_store.h"
 #include "apps/micro800/signals.h"
 
@@ -112,11 +113,6 @@ void unblockSignals() {
 char** g_argv = nullptr;
 QString g_programDirectory;
 bool g_isCopy = false;
-
-bool fail(QString* problem, const QString& text) {
-    *problem = text;
-    return false;
-}
 
 // ---- starting the copy --------------------------------------------------------------------------
 

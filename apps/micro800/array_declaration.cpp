@@ -3,14 +3,10 @@
 #include <QRegularExpression>
 #include <QStringList>
 
+#include "apps/micro800/problem.h"
 #include "apps/micro800/tag_type.h"
 
 namespace {
-
-bool fail(QString* problem, const QString& text) {
-    *problem = text;
-    return false;
-}
 
 /// "0..9"; the text has that form already.
 bool parseRange(const QString& text, ArrayDeclaration::Range* range) {

@@ -2,26 +2,19 @@
 
 #include <arpa/inet.h>
 #include <netdb.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 
 #include <QByteArray>
 #include <QElapsedTimer>
-#include <cstdlib>
 #include <memory>
 
+#include "apps/micro800/problem.h"
 #include "eip/cip/cip_error.h"
+#include "eip/cip/malloc_ptr.h"
 #include "eip/cip/session.h"
 #include "eip/cip_tcp_callback.h"
+#include "eip/socket_tools.h"
 
 namespace {
-
-struct FreeReply {
-    void operator()(_Encap_Header* reply) const { std::free(reply); }
-};
-struct FreeSession {
-    void operator()(_Eip_Session* session) const { DeleteSession(session); }
-};
 
 QString endpointText(const Connection& connection) {
     return QStringLiteral("%1 port %2").arg(connection.host).arg(connection.port);
@@ -30,23 +23,15 @@ QString endpointText(const Connection& connection) {
 /// The host's first IPv4 address as text, which the transport takes without another look-up.
 /// The transport itself does not tell an unknown host from one that is out of reach.
 bool lookUp(const QString& host, QByteArray* address, QString* problem) {
-    addrinfo hints = {};
-    hints.ai_family = AF_INET;
-    hints.ai_socktype = SOCK_STREAM;
-    addrinfo* found = nullptr;
-    const int failure = getaddrinfo(host.toLatin1().constData(), nullptr, &hints, &found);
-    if (failure != 0 || !found) {
-        *problem = QStringLiteral(
-                       "host %1 is unknown: %2; check the name, or give the controller's IP "
-                       "address")
-                       .arg(host, QString::fromLocal8Bit(gai_strerror(failure)));
-        return false;
+    in_addr found;
+    const int failure = KLookUpHost(host.toLatin1().constData(), &found);
+    if (failure != 0) {
+        return fail(problem, QStringLiteral("host %1 is unknown: %2; check the name, or give the "
+                                            "controller's IP address")
+                                 .arg(host, QString::fromLocal8Bit(gai_strerror(failure))));
     }
-    char text[INET_ADDRSTRLEN] = "";
-    inet_ntop(AF_INET, &reinterpret_cast<sockaddr_in*>(found->ai_addr)->sin_addr, text,
-              sizeof text);
-    freeaddrinfo(found);
-    *address = text;
+    char text[INET_ADDRSTRLEN];
+    *address = inet_ntop(AF_INET, &found, text, sizeof text);
     return true;
 }
 
@@ -81,18 +66,17 @@ bool queryIdentity(const Connection& connection, CipIdentity* identity, QString*
     CipTcpCallback transport;
     const auto timeoutMs = static_cast<unsigned long>(connection.timeoutMs);
     if (!transport.connect(address.constData(), connection.port, timeoutMs)) {
-        *problem = QStringLiteral(
-                       "nothing answers at %1: %2; check address, port and cable, and that the "
-                       "controller has power")
-                       .arg(endpointText(connection), transport.lastError());
-        return false;
+        return fail(problem,
+                    QStringLiteral("nothing answers at %1: %2; check address, port and cable, and "
+                                   "that the controller has power")
+                        .arg(endpointText(connection), transport.lastError()));
     }
-    const std::unique_ptr<_Eip_Session, FreeSession> session(NewSession(timeoutMs, &transport));
+    const std::unique_ptr<_Eip_Session, void (*)(_Eip_Session*)> session(
+        NewSession(timeoutMs, &transport), DeleteSession);
     QElapsedTimer clock;
     clock.start();
-    const std::unique_ptr<_Encap_Header, FreeReply> reply(_ListIdentity(session.get()));
+    const cip::MallocPtr<_Encap_Header> reply(_ListIdentity(session.get()));
     if (reply && DecodeIdentity(reply.get(), identity))
         return true;
-    *problem = replyProblem(connection, clock.elapsed());
-    return false;
+    return fail(problem, replyProblem(connection, clock.elapsed()));
 }

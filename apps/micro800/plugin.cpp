@@ -4,14 +4,11 @@
 #include <QFileInfo>
 #include <QJsonObject>
 
+#include "apps/micro800/problem.h"
+
 namespace {
 
 const char kPluginFile[] = "libab_micro800_ethernet.so";
-
-bool fail(QString* problem, const QString& text) {
-    *problem = text;
-    return false;
-}
 
 }  // namespace
 

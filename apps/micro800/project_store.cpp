@@ -7,6 +7,8 @@
 #include <QSqlQuery>
 #include <QVariant>
 
+#include "apps/micro800/problem.h"
+
 namespace {
 
 const char* const kTables[] = {
@@ -16,11 +18,6 @@ const char* const kTables[] = {
     "CREATE TABLE IF NOT EXISTS NODE (LINKID INTEGER NOT NULL, STATIONID INTEGER NOT NULL, "
     "IP TEXT, PORT INTEGER, ISDEFAULT INTEGER NOT NULL DEFAULT 0)",
 };
-
-bool fail(QString* problem, const QString& text) {
-    *problem = text;
-    return false;
-}
 
 }  // namespace
 

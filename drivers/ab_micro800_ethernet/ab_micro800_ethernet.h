@@ -166,6 +166,13 @@ class DriverABMicro800Eth : public QObject, public DriverInterface {
     const ReadTarget& readTarget(const CommunicatorCommand& command);
     ReadTarget makeReadTarget(const CommunicatorCommand& command);
     bool sendToWorker(const char* line, int length);
+    typedef bool (*AnswerCheck)(const char* line, unsigned short id, QString& error);
+    typedef QByteArray (*AnswerDecoder)(const char* line, unsigned short id, QString& error);
+    /// Sends the line in the command buffer on pipe 0 and looks at the answer with one of the pipe
+    /// protocol's functions. False or empty on failure; what a failure answer says becomes the
+    /// error.
+    bool workerConfirms(int length, AnswerCheck check);
+    QByteArray workersValue(int length, AnswerDecoder decode);
     void awaitOutstandingAnswer();
     bool sessionEntryFrom(const CommunicatorCommand& command, LgxReadCmd* entry);
     bool deliverSession(const QList<LgxReadCmd>& entries);

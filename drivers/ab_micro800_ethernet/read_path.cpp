@@ -1,9 +1,9 @@
 // How the runtime gets a value: from the worker's cache, else from the controller.
 
-#include <QStringList>
 #include <algorithm>
 #include <cstring>
 
+#include "common/index_list.h"
 #include "drivers/ab_micro800_ethernet/ab_micro800_ethernet.h"
 #include "drivers/ab_micro800_ethernet/micro800_worker.h"
 #include "eip/lgx_data_cache.h"
@@ -20,19 +20,6 @@ const int kMaxReadTargets = 4096;
 
 /// Where the transaction id stands in a line: behind the code and a tab.
 const int kIdPos = 3;
-
-/// Whether each of the indexes fits the 32 bits that a path segment has for it.
-bool indexesFit(const QString& indexes) {
-    const QStringList parts = indexes.split(QLatin1Char(','));
-    for (int i = 0; i < parts.size(); ++i) {
-        bool fits = false;
-        parts.at(i).toInt(&fits);
-        if (!fits) {
-            return false;
-        }
-    }
-    return true;
-}
 
 }  // namespace
 
@@ -180,15 +167,7 @@ DriverABMicro800Eth::ReadTarget DriverABMicro800Eth::makeReadTarget(
 QByteArray DriverABMicro800Eth::directRead(const QString& name, int count) {
     const int length = LgxDriverPackReadCmd(cmdBuf.data(), static_cast<int>(cmdBuf.size()),
                                             nextTID(0), name, count);
-    if (!sendToWorker(cmdBuf.data(), length) || !recvRspFromWorker()) {
-        return QByteArray();
-    }
-    QString errorText;
-    const QByteArray data = LgxDriverReadRspToByteArray(rspBuf.data(), tid(0), errorText);
-    if (data.isEmpty()) {
-        setCommError(errorText);
-    }
-    return data;
+    return workersValue(length, LgxDriverReadRspToByteArray);
 }
 
 QByteArray DriverABMicro800Eth::directReadArrayElements(const QString& arrayName,
@@ -198,12 +177,15 @@ QByteArray DriverABMicro800Eth::directReadArrayElements(const QString& arrayName
     const int length = LgxDriverPackMicro800ReadArrayElementsCmd(
         cmdBuf.data(), static_cast<int>(cmdBuf.size()), nextTID(0), arrayName, indexText, type,
         elementCount, arraySize, byteOffset);
+    return workersValue(length, LgxDriverReadArrayElementRspToByteArray);
+}
+
+QByteArray DriverABMicro800Eth::workersValue(int length, AnswerDecoder decode) {
     if (!sendToWorker(cmdBuf.data(), length) || !recvRspFromWorker()) {
         return QByteArray();
     }
     QString errorText;
-    const QByteArray data =
-        LgxDriverReadArrayElementRspToByteArray(rspBuf.data(), tid(0), errorText);
+    const QByteArray data = decode(rspBuf.data(), tid(0), errorText);
     if (data.isEmpty()) {
         setCommError(errorText);
     }

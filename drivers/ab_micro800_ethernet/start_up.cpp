@@ -135,15 +135,7 @@ bool DriverABMicro800Eth::notifyWorkerDeviceSettingChanged(const QString& ip,
                                                            unsigned short port) {
     const int length = LgxDriverPackIpSettingChangedCmd(
         cmdBuf.data(), static_cast<int>(cmdBuf.size()), nextTID(0), ip, port);
-    if (!sendToWorker(cmdBuf.data(), length) || !recvRspFromWorker()) {
-        return false;
-    }
-    QString errorText;
-    if (!LgxDriverCheckIpSettingChangedRsp(rspBuf.data(), tid(0), errorText)) {
-        setCommError(errorText);
-        return false;
-    }
-    return true;
+    return workerConfirms(length, LgxDriverCheckIpSettingChangedRsp);
 }
 
 unsigned short DriverABMicro800Eth::nextTID(int pipe) {

@@ -77,11 +77,15 @@ bool DriverABMicro800Eth::directWrite(const QString& name, _LGX_Data_Type type,
     const int length = LgxDriverPackMicro800WriteCmd(
         cmdBuf.data(), static_cast<int>(cmdBuf.size()), nextTID(0), name.toLatin1().constData(),
         type, data);
+    return workerConfirms(length, LgxDriverCheckWriteRsp);
+}
+
+bool DriverABMicro800Eth::workerConfirms(int length, AnswerCheck check) {
     if (!sendToWorker(cmdBuf.data(), length) || !recvRspFromWorker()) {
         return false;
     }
     QString errorText;
-    if (!LgxDriverCheckWriteRsp(rspBuf.data(), tid(0), errorText)) {
+    if (!check(rspBuf.data(), tid(0), errorText)) {
         setCommError(errorText);
         return false;
     }

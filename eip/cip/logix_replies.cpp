@@ -26,10 +26,6 @@ const int32_t kStatusWordExtended = 0x01FF;
 const int32_t kNoElementSize = 236;
 const int32_t kNoElement = 248;
 
-void recordInternal(int32_t code) {
-    CIPERROR(CIP_ERR_INTERNAL, code, 0);
-}
-
 bool isSingleReply(uint8_t service) {
     return service == kPcccReply || service == kReadTagReply || service == kWriteTagReply;
 }
@@ -38,12 +34,12 @@ bool isSingleReply(uint8_t service) {
 cip::MRView replyOf(const _Eip_Item* item) {
     if (item && _GetItemType(item) != CPF_CONNECTED_DATA &&
         _GetItemType(item) != CPF_UNCONNECTED_DATA) {
-        recordInternal(CIP_INTERNAL_ITEM_TYPE);
+        CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_ITEM_TYPE, 0);
         return cip::viewMR(nullptr, 0);
     }
     const cip::MRView outer = cip::viewMRItem(item);
     if (!outer.reply) {
-        recordInternal(CIP_INTERNAL_INVALID_REPLY);
+        CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_INVALID_REPLY, 0);
     }
     return outer;
 }
@@ -61,7 +57,7 @@ bool findTable(const cip::MRView& outer, MultipleReplies* table) {
     table->count = _GetMRData(outer.reply);
     table->size = outer.size - cip::mrHeadSize(outer.reply);
     if (table->size < 2) {
-        recordInternal(CIP_INTERNAL_INVALID_REPLY);
+        CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_INVALID_REPLY, 0);
         return false;
     }
     table->replies = cip::getUInt16(table->count);
@@ -103,19 +99,19 @@ cip::MRView findService(const _Eip_Item* item, int index) {
     MultipleReplies table = {nullptr, 0, 1};
     const bool isMultiple = outer.reply->service == kMultipleReply;
     if (!isMultiple && !isSingleReply(outer.reply->service)) {
-        recordInternal(CIP_INTERNAL_UNSUPPORTED_SERVICE);
+        CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_UNSUPPORTED_SERVICE, 0);
         return none;
     }
     if (isMultiple && !findTable(outer, &table)) {
         return none;
     }
     if (index < 0 || index >= table.replies) {
-        recordInternal(CIP_INTERNAL_OUT_OF_RANGE);
+        CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_OUT_OF_RANGE, 0);
         return none;
     }
     const cip::MRView found = isMultiple ? pickReply(table, index) : outer;
     if (!isWhole(found)) {
-        recordInternal(CIP_INTERNAL_INVALID_REPLY);
+        CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_INVALID_REPLY, 0);
         return none;
     }
     return found;
@@ -145,7 +141,7 @@ bool findData(const _MR_Reply* reply, int length, DataLayout* layout) {
     const bool isString = layout->type == LGX_TYPE_SHORT_STRING;
     const int lengthByte = isString ? 1 : 0;
     if (isString && length < kReadTagHeadSize + lengthByte) {
-        recordInternal(CIP_INTERNAL_INVALID_REPLY);
+        CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_INVALID_REPLY, 0);
         return false;
     }
     const unsigned char* start = _GetData(reply);
@@ -163,7 +159,7 @@ bool findData(const _MR_Reply* reply, int length, DataLayout* layout) {
 bool countElements(DataLayout* layout) {
     if (layout->type == LGX_TYPE_SHORT_STRING) {
         if (layout->elementSize > layout->size) {
-            recordInternal(CIP_INTERNAL_INVALID_REPLY);
+            CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_INVALID_REPLY, 0);
             return false;
         }
         layout->count = layout->elementSize < 1 ? 1 : layout->size / layout->elementSize;
@@ -175,7 +171,7 @@ bool countElements(DataLayout* layout) {
         return false;
     }
     if (layout->size % layout->elementSize != 0) {
-        recordInternal(CIP_INTERNAL_INVALID_REPLY);
+        CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_INVALID_REPLY, 0);
         return false;
     }
     return true;
@@ -192,7 +188,7 @@ int _GetService_ReplyNumber(const _Eip_Item* item) {
         return 1;
     }
     if (outer.reply->service != kMultipleReply) {
-        recordInternal(CIP_INTERNAL_UNSUPPORTED_SERVICE);
+        CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_UNSUPPORTED_SERVICE, 0);
         return 0;
     }
     MultipleReplies table;
@@ -221,14 +217,14 @@ int32_t _GetExtendedStatus(const _MR_Reply* reply) {
 
 int32_t _GetLGXDataType(const _MR_Reply* reply) {
     if (!reply) {
-        recordInternal(CIP_INTERNAL_INVALID_REPLY);
+        CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_INVALID_REPLY, 0);
         return 0;
     }
     if (isRefused(reply)) {
         return 0;
     }
     if (reply->service != kReadTagReply) {
-        recordInternal(CIP_INTERNAL_UNSUPPORTED_TYPE);
+        CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_UNSUPPORTED_TYPE, 0);
         return 0;
     }
     return static_cast<int16_t>(
@@ -237,7 +233,7 @@ int32_t _GetLGXDataType(const _MR_Reply* reply) {
 
 const unsigned char* _GetData(const _MR_Reply* reply) {
     if (!reply) {
-        recordInternal(CIP_INTERNAL_INVALID_REPLY);
+        CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_INVALID_REPLY, 0);
         return nullptr;
     }
     if (isRefused(reply)) {
@@ -261,7 +257,7 @@ _LGX_Read* _DecodeLGX(const _MR_Reply* reply, int length) {
     const cip::MRView whole =
         cip::viewMR(reinterpret_cast<const unsigned char*>(reply), reply ? length : 0);
     if (!isWhole(whole)) {
-        recordInternal(CIP_INTERNAL_INVALID_REPLY);
+        CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_INVALID_REPLY, 0);
         return nullptr;
     }
     DataLayout layout = {0, 0, nullptr, 0, 0};

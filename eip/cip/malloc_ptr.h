@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <memory>
 
-// Owners for the malloc()ed buffers of the client's interface. Internal to eip/cip.
+// Owners for the malloc()ed buffers of the client's interface. Internal to eip.
 
 namespace cip {
 

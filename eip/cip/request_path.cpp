@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstring>
 
+#include "common/digits.h"
 #include "eip/cip/wire.h"
 
 namespace {
@@ -27,10 +28,6 @@ int asInt(size_t length) {
 
 bool isSpace(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
 }
 
 /// The decimal number that `text` begins with, as strtol reads it but for 32 bits on every machine

@@ -64,6 +64,20 @@ cip::MallocPtr<_Encap_Header> buildRequest(_Eip_Session* session, _Eip_Item* add
     return request;
 }
 
+/// A request that only has to be sent; null with the error traced as _SendData has it.
+cip::MallocPtr<_Encap_Header> buildCommand(_Eip_Session* session, uint16_t command,
+                                           _Eip_Item* addressItem, const void* addressData,
+                                           _Eip_Item* dataItem, const void* data) {
+    cip::MallocPtr<_Encap_Header> request(_BuildRequest(
+        session, addressItem, addressData, dataItem, data, session ? session->timeoutMs : 0));
+    if (request) {
+        _SetEncapCommand(request.get(), command);
+    } else {
+        LogCip(kTraceCalls, "!Exiting SendData with error : %s\n", cip_err_msg());
+    }
+    return request;
+}
+
 }  // namespace
 
 //  0  24  header
@@ -91,13 +105,11 @@ _Encap_Header* _SendData_WaitReply(_Eip_Session* session, uint16_t command, _Eip
                                    const void* addressData, _Eip_Item* dataItem, const void* data) {
     CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     LogCip(kTraceCalls, "->Entering SendData_WaitReply\n");
-    const cip::MallocPtr<_Encap_Header> request(_BuildRequest(
-        session, addressItem, addressData, dataItem, data, session ? session->timeoutMs : 0));
+    const cip::MallocPtr<_Encap_Header> request =
+        buildCommand(session, command, addressItem, addressData, dataItem, data);
     if (!request) {
-        LogCip(kTraceCalls, "!Exiting SendData with error : %s\n", cip_err_msg());
         return nullptr;
     }
-    _SetEncapCommand(request.get(), command);
     _Encap_Header* reply = CipSendData_WaitReply(session->transport, request.get(),
                                                  session->timeoutMs, session->timeoutMs);
     if (!reply && cip_err_type() == CIP_ERR_INTERNAL && cip_errno() == CIP_INTERNAL_SUCCESS) {
@@ -124,13 +136,11 @@ int _SendData(_Eip_Session* session, uint16_t command, _Eip_Item* addressItem,
               const void* addressData, _Eip_Item* dataItem, const void* data) {
     CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     LogCip(kTraceCalls, "->Entering SendData \n");
-    const cip::MallocPtr<_Encap_Header> request(_BuildRequest(
-        session, addressItem, addressData, dataItem, data, session ? session->timeoutMs : 0));
+    const cip::MallocPtr<_Encap_Header> request =
+        buildCommand(session, command, addressItem, addressData, dataItem, data);
     if (!request) {
-        LogCip(kTraceCalls, "!Exiting SendData with error : %s\n", cip_err_msg());
         return -1;
     }
-    _SetEncapCommand(request.get(), command);
     const int sent = CipSendData(session->transport, request.get());
     LogCip(kTraceCalls, "<-Exiting SendData\n");
     return sent;

@@ -1,47 +1,12 @@
 #include "integration/driver_rig.h"
 
-#include <arpa/inet.h>
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <QElapsedTimer>
 #include <QLibrary>
 #include <chrono>
 #include <cstring>
 #include <thread>
-
-namespace {
-
-/// A listening socket on a port of the system's choice.
-int listenOnLoopback(int backlog, quint16* port) {
-    const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address;
-    std::memset(&address, 0, sizeof address);
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    EXPECT_EQ(0, bind(fd, reinterpret_cast<sockaddr*>(&address), size));
-    EXPECT_EQ(0, listen(fd, backlog));
-    EXPECT_EQ(0, getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size));
-    *port = ntohs(address.sin_port);
-    return fd;
-}
-
-int startConnecting(quint16 port) {
-    const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    sockaddr_in address;
-    std::memset(&address, 0, sizeof address);
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address);
-    return fd;
-}
-
-}  // namespace
 
 Controller::Controller(const QStringList& options, quint16 port) : SimulatorProcess(options) {
     if (!start(port)) {
@@ -141,23 +106,4 @@ bool waitFor(const std::function<bool()>& done, int ms) {
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
     return true;
-}
-
-quint16 freePort() {
-    quint16 port = 0;
-    close(listenOnLoopback(1, &port));
-    return port;
-}
-
-DeafListener::DeafListener() : m_listener(listenOnLoopback(0, &m_port)) {
-    for (int& fd : m_filler) {
-        fd = startConnecting(m_port);
-    }
-}
-
-DeafListener::~DeafListener() {
-    for (int fd : m_filler) {
-        close(fd);
-    }
-    close(m_listener);
 }

@@ -12,6 +12,7 @@
 #include "common/driver_setting.h"
 #include "runtime/abstract_device_interface.h"
 #include "runtime/driver_interface.h"
+#include "support/loopback.h"
 #include "support/simulator_process.h"
 
 /// A simulated controller that has started when it is constructed, and questions to its log.
@@ -59,21 +60,5 @@ QByteArray dintBytes(int value);
 
 /// Calls `done` until it is true; false after `ms`.
 bool waitFor(const std::function<bool()>& done, int ms = 10000);
-
-/// A port on loopback that nobody listens on (just taken and given back).
-quint16 freePort();
-
-/// A listener on loopback whose queue is full: a connect to it gets no answer.
-class DeafListener {
-  public:
-    DeafListener();
-    ~DeafListener();
-    quint16 port() const { return m_port; }
-
-  private:
-    int m_listener;
-    int m_filler[3];
-    quint16 m_port;
-};
 
 #endif

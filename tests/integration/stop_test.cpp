@@ -59,7 +59,7 @@ TEST_F(Stop, Polling) {
 }
 
 TEST_F(Stop, Connecting) {
-    DeafListener listener;
+    DeafServer listener;
     TestDevice device(listener.port(), kTimeoutMs);
     std::unique_ptr<DriverInterface> driver = createDriver();
     // The read's answer does not come in time: the worker is connecting, and again after that.

@@ -17,6 +17,8 @@
 #include <thread>
 #include <vector>
 
+#include "support/descriptor.h"
+
 extern char** environ;
 
 namespace {
@@ -40,13 +42,6 @@ struct Stream {
         return true;
     }
 };
-
-void closeIfOpen(int* fd) {
-    if (*fd >= 0) {
-        ::close(*fd);
-        *fd = -1;
-    }
-}
 
 /// Starts the program; `errors` below 0 leaves it our standard error. -1 when it does not start.
 pid_t spawn(const QStringList& arguments, int input, int output, int errors) {

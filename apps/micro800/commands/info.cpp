@@ -11,7 +11,7 @@
 
 namespace {
 
-QVector<Fact> identityFacts(const Plugin& plugin) {
+QVector<Fact> pluginFacts(const Plugin& plugin) {
     DriverInterface* driver = plugin.driver();
     return {
         textFact("Plugin", "plugin", plugin.fileName()),
@@ -116,7 +116,7 @@ int runInfo(const CommandLine& line, Console& console) {
         return kExitFailed;
     }
     DriverInterface* driver = plugin.driver();
-    printFacts(identityFacts(plugin) + defaultFacts(driver) + capabilityFacts(driver),
+    printFacts(pluginFacts(plugin) + defaultFacts(driver) + capabilityFacts(driver),
                line.isSet(QStringLiteral("json")), console);
     return kExitOk;
 }

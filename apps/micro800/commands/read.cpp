@@ -1,7 +1,7 @@
 #include <QElapsedTimer>
 #include <QThread>
 
-#include "apps/micro800/address.h"
+#include "apps/micro800/commands/addresses.h"
 #include "apps/micro800/commands/command.h"
 #include "apps/micro800/commands/connection_options.h"
 #include "apps/micro800/tag_json.h"
@@ -32,21 +32,7 @@ bool planRead(const CommandLine& line, ReadPlan* plan, QString* problem) {
         return false;
     }
     plan->json = line.isSet(QStringLiteral("json"));
-    if (line.positional().isEmpty()) {
-        *problem = QStringLiteral("no address given");
-        return false;
-    }
-    for (const QString& text : line.positional()) {
-        TagAddress address;
-        CommunicatorCommand command;
-        if (!parseTagAddress(text, &address, problem) ||
-            !commandFor(address, plan->count, &command, problem)) {
-            return false;
-        }
-        plan->addresses.append(address);
-        plan->commands.append(command);
-    }
-    return true;
+    return addressesFrom(line, plan->count, &plan->addresses, &plan->commands, problem);
 }
 
 /// Reads one address and prints it. False when the read failed.

@@ -1,6 +1,7 @@
 #include <QElapsedTimer>
 #include <algorithm>
 
+#include "apps/micro800/commands/addresses.h"
 #include "apps/micro800/commands/command.h"
 #include "apps/micro800/commands/connection_options.h"
 #include "apps/micro800/signals.h"
@@ -41,21 +42,9 @@ bool durationFrom(const CommandLine& line, WatchPlan* plan, QString* problem) {
     return true;
 }
 
-bool addressesFrom(const CommandLine& line, WatchPlan* plan, QString* problem) {
-    if (line.positional().isEmpty()) {
-        *problem = QStringLiteral("no address given");
+bool sessionFrom(const CommandLine& line, WatchPlan* plan, QString* problem) {
+    if (!addressesFrom(line, 1, &plan->addresses, &plan->commands, problem))
         return false;
-    }
-    for (const QString& text : line.positional()) {
-        TagAddress address;
-        CommunicatorCommand command;
-        if (!parseTagAddress(text, &address, problem) ||
-            !commandFor(address, 1, &command, problem)) {
-            return false;
-        }
-        plan->addresses.append(address);
-        plan->commands.append(command);
-    }
     if (!sessionListFits(plan->addresses, !plan->options.project.isEmpty())) {
         *problem = QStringLiteral(
                        "%1 addresses are more than the driver's list holds (some 4000 "
@@ -74,7 +63,7 @@ bool planWatch(const CommandLine& line, WatchPlan* plan, QString* problem) {
     return connectionOptionsFrom(line, &plan->options, problem) &&
            line.number(QStringLiteral("interval"), 1, kLongestIntervalMs, kDefaultIntervalMs,
                        &plan->intervalMs, problem) &&
-           durationFrom(line, plan, problem) && addressesFrom(line, plan, problem);
+           durationFrom(line, plan, problem) && sessionFrom(line, plan, problem);
 }
 
 std::unique_ptr<WatchView> makeView(const WatchPlan& plan, Console& console) {

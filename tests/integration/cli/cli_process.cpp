@@ -1,4 +1,5 @@
 #include "integration/cli/cli_process.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
@@ -9,6 +10,8 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
+
+#include "support/descriptor.h"
 
 namespace {
 
@@ -22,12 +25,6 @@ void takeFrom(int* descriptor, QByteArray* text) {
         close(*descriptor);
         *descriptor = -1;
     }
-}
-
-void closeIfOpen(int* descriptor) {
-    if (*descriptor >= 0)
-        close(*descriptor);
-    *descriptor = -1;
 }
 
 }  // namespace

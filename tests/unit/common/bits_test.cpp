@@ -5,11 +5,9 @@
 #include <random>
 #include <vector>
 
-namespace {
+#include "support/hex_bytes.h"
 
-QByteArray hex(const char* digits) {
-    return QByteArray::fromHex(digits);
-}
+namespace {
 
 unsigned char* bytesOf(QByteArray& data) {
     return reinterpret_cast<unsigned char*>(data.data());

@@ -4,11 +4,9 @@
 
 #include <cstring>
 
-namespace {
+#include "support/hex_bytes.h"
 
-QByteArray hex(const char* digits) {
-    return QByteArray::fromHex(digits);
-}
+namespace {
 
 TEST(Bytes, ValuesOfBytes) {
     EXPECT_EQ(0x04030201, QByteArrayToInt(hex("01020304")));

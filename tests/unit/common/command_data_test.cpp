@@ -3,15 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "runtime/communicator_command.h"
+#include "support/hex_bytes.h"
 
 namespace {
 
 CommunicatorCommand command(qint32 kind, quint32 count) {
     return CommunicatorCommand(kind, count, "DINT0:A");
-}
-
-QByteArray hex(const char* digits) {
-    return QByteArray::fromHex(digits);
 }
 
 TEST(CommandData, Classification) {

@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "eip/cip_tcp_callback.h"
-#include "unit/eip/loopback.h"
+#include "support/loopback.h"
 
 namespace {
 

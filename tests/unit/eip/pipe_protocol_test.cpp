@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "support/hex_bytes.h"
+
 namespace {
 
 typedef std::function<int(char*, int)> Builder;
@@ -20,10 +22,6 @@ struct Row {
 
 _LGX_Data_Type typeCode(int code) {
     return static_cast<_LGX_Data_Type>(code);
-}
-
-QByteArray hex(const char* digits) {
-    return QByteArray::fromHex(digits);
 }
 
 QList<LgxReadCmd> session(std::initializer_list<LgxReadCmd> entries) {

@@ -11,7 +11,7 @@
 #include <string>
 #include <thread>
 
-#include "unit/eip/loopback.h"
+#include "support/loopback.h"
 
 namespace {
 
@@ -208,6 +208,24 @@ TEST(KReceiveLine, GoesOnAfterASignal) {
     pair.write("ok\n");
     reader.join();
     EXPECT_EQ(3, count);
+}
+
+TEST(KLookUpHost, TextAndName) {
+    in_addr address = {};
+    EXPECT_EQ(0, KLookUpHost("192.168.1.20", &address));
+    EXPECT_EQ(htonl(0xC0A80114), address.s_addr);
+    EXPECT_EQ(0, KLookUpHost("localhost", &address));
+    EXPECT_EQ(htonl(0x7F000001), address.s_addr);
+}
+
+TEST(KLookUpHost, WhatIsNoHost) {
+    in_addr address = {};
+    address.s_addr = 0x12345678;
+    const std::string tooLong(70, 'a');  // a label has 63 characters at most: no server is asked
+    for (const char* host : {"", tooLong.c_str(), "a..b"}) {
+        EXPECT_NE(0, KLookUpHost(host, &address)) << host;
+    }
+    EXPECT_EQ(0x12345678u, address.s_addr);
 }
 
 }  // namespace

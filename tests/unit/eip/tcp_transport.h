@@ -16,7 +16,7 @@
 #include "eip/cip/cip_error.h"
 #include "eip/cip/encap_header.h"
 #include "eip/cip_tcp_callback.h"
-#include "unit/eip/loopback.h"
+#include "support/loopback.h"
 
 /// A transport whose pipe handler a test can choose; it reads nothing by itself.
 class Transport : public CipTcpCallback {

@@ -2,16 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include "parsed_address.h"
 #include "qt_printers.h"
 
 namespace {
-
-TagAddress parsed(const char* text) {
-    TagAddress address;
-    QString problem;
-    EXPECT_TRUE(parseTagAddress(text, &address, &problem)) << qPrintable(problem);
-    return address;
-}
 
 struct Refused {
     const char* text;

@@ -8,7 +8,7 @@
 #include <thread>
 
 #include "qt_printers.h"
-#include "unit/eip/loopback.h"
+#include "support/loopback.h"
 
 namespace {
 
@@ -99,10 +99,7 @@ TEST(QueryIdentity, UnknownHost) {
 TEST(QueryIdentity, NobodyListens) {
     Connection connection;
     connection.host = "127.0.0.1";
-    {
-        LoopbackServer server;
-        connection.port = server.port();
-    }
+    connection.port = freePort();
     const Outcome outcome = outcomeOf(connection);
     EXPECT_FALSE(outcome.ok);
     EXPECT_EQ(outcome.problem,

@@ -4,16 +4,10 @@
 
 #include <QJsonDocument>
 
+#include "parsed_address.h"
 #include "qt_printers.h"
 
 namespace {
-
-TagAddress parsed(const char* text) {
-    TagAddress address;
-    QString problem;
-    EXPECT_TRUE(parseTagAddress(text, &address, &problem)) << qPrintable(problem);
-    return address;
-}
 
 QByteArray line(const QJsonObject& object) {
     return QJsonDocument(object).toJson(QJsonDocument::Compact);

@@ -4,17 +4,10 @@
 
 #include <cstring>
 
+#include "unit/eip/cip/request_buffer.h"
 #include "unit/eip/cip/scripted_transport.h"
 
 namespace {
-
-struct Buffer {
-    Buffer() { memset(memory, 0, sizeof(memory)); }
-    _Encap_Header* header() { return reinterpret_cast<_Encap_Header*>(memory); }
-    Bytes all() const { return bytesAt(memory, sizeof(memory)); }
-    Bytes body() { return bytesAt(memory + 24, _GetEncapLength(header())); }
-    unsigned char memory[24 + 1000];
-};
 
 _Eip_FixedItem item(uint16_t type, uint16_t length) {
     _Eip_FixedItem made = {};
@@ -51,7 +44,7 @@ TEST(CommonPacket, UnknownTypesHaveNoSize) {
 
 TEST(CommonPacket, AddItemCountsItsFixedPart) {
     const unsigned char data[] = {0xD1, 0xD2, 0xD3};
-    Buffer buffer;
+    RequestBuffer buffer;
     _Eip_FixedItem connected = item(0x00B1, 3);
     EXPECT_EQ(5, _AddItem(buffer.header(), &connected.head, data));
     EXPECT_EQ("B1 00 05 00 10 11 D1 D2 D3", hexOf(buffer.body()));
@@ -63,12 +56,12 @@ TEST(CommonPacket, AddItemCountsItsFixedPart) {
 }
 
 TEST(CommonPacket, AddItemWithoutDataTakesTheRecord) {
-    Buffer buffer;
+    RequestBuffer buffer;
     _Eip_FixedItem address = item(0x00A1, 0);
     EXPECT_EQ(4, _AddItem(buffer.header(), &address.head, nullptr));
     EXPECT_EQ("A1 00 04 00 10 11 12 13", hexOf(buffer.body()));
 
-    Buffer second;
+    RequestBuffer second;
     _Eip_FixedItem data = item(0x00B1, 3);
     EXPECT_EQ(5, _AddItem(second.header(), &data.head, nullptr));
     EXPECT_EQ("B1 00 05 00 10 11 12 13 14", hexOf(second.body()));
@@ -88,7 +81,7 @@ TEST(CommonPacket, AddItemOfEveryType) {
          "01 80 18 00 10 11 12 13 14 15 16 17 18 19 1A 1B 1C 1D 1E 1F 20 21 22 23 24 25 26 27"},
     };
     for (const auto& row : rows) {
-        Buffer buffer;
+        RequestBuffer buffer;
         _Eip_FixedItem made = item(row.type, 0);
         EXPECT_EQ(row.length, _AddItem(buffer.header(), &made.head, "unused"));
         EXPECT_EQ(row.body, hexOf(buffer.body()));
@@ -96,7 +89,7 @@ TEST(CommonPacket, AddItemOfEveryType) {
 }
 
 TEST(CommonPacket, AddItemOfUnknownType) {
-    Buffer buffer;
+    RequestBuffer buffer;
     _Eip_FixedItem made = item(0x1234, 2);
     EXPECT_EQ(-1, _AddItem(buffer.header(), &made.head, "xx"));
     EXPECT_EQ((CipError{0, -10, 0}), lastError());
@@ -107,21 +100,21 @@ TEST(CommonPacket, AddItemOfUnknownType) {
 TEST(CommonPacket, AddItemBehindTheLimit) {
     const Bytes data = filled(70000, 0x55);
     for (int length : {995, 996, 0xFFFF}) {
-        Buffer buffer;
+        RequestBuffer buffer;
         _Eip_FixedItem made = item(0x00B1, static_cast<uint16_t>(length));
         EXPECT_EQ(-1, _AddItem(buffer.header(), &made.head, data.data())) << length;
         EXPECT_EQ((CipError{0, -31, 0}), lastError());
         EXPECT_EQ(filled(1024, 0), buffer.all());
         EXPECT_EQ(length, _GetItemLength(&made.head));
     }
-    Buffer buffer;
+    RequestBuffer buffer;
     _Eip_FixedItem made = item(0x00B1, 994);
     EXPECT_EQ(996, _AddItem(buffer.header(), &made.head, data.data()));
     EXPECT_EQ(1000, _GetEncapLength(buffer.header()));
 }
 
 TEST(CommonPacket, AddCPF) {
-    Buffer buffer;
+    RequestBuffer buffer;
     _Eip_FixedItem address = item(0x0000, 0);
     _Eip_FixedItem data = item(0x00B2, 2);
     EXPECT_EQ(12, _AddCPF(buffer.header(), &address.head, nullptr, &data.head, "AB"));
@@ -140,7 +133,7 @@ TEST(CommonPacket, AddCPFIsAllOrNothing) {
                 {0x0000, 0x00B2, 991, -31},
                 {0x0000, 0x00B2, 0xFFFF, -31}};
     for (const auto& row : rows) {
-        Buffer buffer;
+        RequestBuffer buffer;
         _Eip_FixedItem address = item(row.addressType, 0);
         _Eip_FixedItem second = item(row.dataType, row.dataLength);
         EXPECT_EQ(-1, _AddCPF(buffer.header(), &address.head, nullptr, &second.head, data.data()));

@@ -5,21 +5,13 @@
 #include <cstring>
 #include <set>
 
+#include "unit/eip/cip/request_buffer.h"
 #include "unit/eip/cip/scripted_transport.h"
 
 namespace {
 
-/// The largest message there is.
-struct Buffer {
-    Buffer() { memset(memory, 0, sizeof(memory)); }
-    _Encap_Header* header() { return reinterpret_cast<_Encap_Header*>(memory); }
-    Bytes all() const { return bytesAt(memory, sizeof(memory)); }
-    Bytes body() { return bytesAt(memory + 24, _GetEncapLength(header())); }
-    unsigned char memory[24 + 1000];
-};
-
 TEST(EncapHeader, InitZeroesAndFills) {
-    Buffer buffer;
+    RequestBuffer buffer;
     memset(buffer.memory, 0xEE, 24);
     _InitHeader(buffer.header(), 0x11223344, 0x55667788, 0x99AABBCC);
     EXPECT_EQ("00 00 00 00 44 33 22 11 00 00 00 00 88 77 66 55 CC BB AA 99 00 00 00 00",
@@ -27,7 +19,7 @@ TEST(EncapHeader, InitZeroesAndFills) {
 }
 
 TEST(EncapHeader, FillLeavesTheOtherFields) {
-    Buffer buffer;
+    RequestBuffer buffer;
     memset(buffer.memory, 0xEE, 24);
     _FillHeader(buffer.header(), 0x11223344, 0x55667788, 0x99AABBCC);
     EXPECT_EQ("EE EE EE EE 44 33 22 11 EE EE EE EE 88 77 66 55 CC BB AA 99 EE EE EE EE",
@@ -35,7 +27,7 @@ TEST(EncapHeader, FillLeavesTheOtherFields) {
 }
 
 TEST(EncapHeader, AppendsAreLittleEndianAndCounted) {
-    Buffer buffer;
+    RequestBuffer buffer;
     EXPECT_EQ(1, _AddBYTE2Header(buffer.header(), 0xA1));
     EXPECT_EQ(3, _AddINT2Header(buffer.header(), 0xB1B2));
     EXPECT_EQ(7, _AddDINT2Header(buffer.header(), 0xC1C2C3C4));
@@ -48,7 +40,7 @@ TEST(EncapHeader, AppendsAreLittleEndianAndCounted) {
 }
 
 TEST(EncapHeader, NothingFitsBehind1000Bytes) {
-    Buffer buffer;
+    RequestBuffer buffer;
     const Bytes data = filled(2000, 0x77);
     EXPECT_EQ(0, _AddHeader(buffer.header(), data.data(), 1001));
     EXPECT_EQ(filled(1024, 0), buffer.all()) << "unchanged";
@@ -67,7 +59,7 @@ TEST(EncapHeader, NothingFitsBehind1000Bytes) {
 }
 
 TEST(EncapHeader, LengthFieldAboveTheLimitTakesNothing) {
-    Buffer buffer;
+    RequestBuffer buffer;
     buffer.memory[2] = 0xFF;
     buffer.memory[3] = 0xFF;
     EXPECT_EQ(0, _AddBYTE2Header(buffer.header(), 1));

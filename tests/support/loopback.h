@@ -1,5 +1,5 @@
-#ifndef TESTS_UNIT_EIP_LOOPBACK_H
-#define TESTS_UNIT_EIP_LOOPBACK_H
+#ifndef TESTS_SUPPORT_LOOPBACK_H
+#define TESTS_SUPPORT_LOOPBACK_H
 
 #include <arpa/inet.h>
 #include <dirent.h>
@@ -222,6 +222,11 @@ class LoopbackServer {
     int peer;
     unsigned short tcpPort;
 };
+
+/// A port on loopback that nobody listens on (just taken and given back).
+inline unsigned short freePort() {
+    return LoopbackServer().port();
+}
 
 /// A host that does not answer: its queue of connections is full and nobody empties it.
 class DeafServer {
