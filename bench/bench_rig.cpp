@@ -18,6 +18,8 @@ namespace {
 
 const int kStartMs = 10000;
 
+const int kLink = 1;
+
 [[noreturn]] void giveUp(const QString& why) {
     std::fprintf(stderr, "driver_bench: %s\n", qPrintable(why));
     std::exit(1);
@@ -25,26 +27,27 @@ const int kStartMs = 10000;
 
 }  // namespace
 
-Simulator::Simulator(const QStringList& options) : m_port(0) {
-    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_process.start(BENCH_SIMULATOR, QStringList() << "--port"
-                                                   << "0" << options);
-    while (!m_process.canReadLine()) {
-        if (!m_process.waitForReadyRead(kStartMs)) {
+Simulator::Simulator(const QStringList& options) : printedPort(0) {
+    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    process.start(BENCH_SIMULATOR, QStringList() << "--port"
+                                                 << "0" << options);
+    while (!process.canReadLine()) {
+        if (!process.waitForReadyRead(kStartMs)) {
             giveUp("the simulator did not start");
         }
     }
-    m_port = m_process.readLine().trimmed().toUShort();
+    printedPort = process.readLine().trimmed().toUShort();
 }
 
 Simulator::~Simulator() {
-    m_process.terminate();
-    m_process.waitForFinished();
+    process.terminate();
+    process.waitForFinished();
 }
 
 LoopbackDevice::LoopbackDevice(quint16 port)
-    : m_device(device_type(32), "COM2", 9600, 8, 0, 0), m_driver(3000, 0, 0, 0) {
-    m_device.socketList.append(qMakePair(QString("127.0.0.1"), port));
+    : device(device_type(32), "COM2", 9600, 8, 0, 0), driver(3000, 0, 0, 0) {
+    device.linkID = kLink;
+    device.socketList.append(qMakePair(QString("127.0.0.1"), port));
 }
 
 std::unique_ptr<DriverInterface> newDriver() {
@@ -56,7 +59,17 @@ std::unique_ptr<DriverInterface> newDriver() {
     return std::unique_ptr<DriverInterface>(driver);
 }
 
-void makeEmptyProject() {
+RecorderIn::RecorderIn(const QString& folder) {
+    if (!folder.isEmpty()) {
+        qputenv("MICRO800_RECORD", QFile::encodeName(folder));
+    }
+}
+
+RecorderIn::~RecorderIn() {
+    qunsetenv("MICRO800_RECORD");
+}
+
+void makeProject(const QStringList& arrays) {
     const QString path = QCoreApplication::applicationDirPath() + "/compile/database/database";
     QDir().mkpath(QFileInfo(path).path());
     QFile::remove(path);
@@ -66,7 +79,14 @@ void makeEmptyProject() {
         if (!database.open()) {
             giveUp("can not write " + path);
         }
-        QSqlQuery(database).exec("CREATE TABLE custom_tag_table (address TEXT, connector_id INT)");
+        QSqlQuery query(database);
+        query.exec("CREATE TABLE custom_tag_table (address TEXT, connector_id INT)");
+        query.prepare("INSERT INTO custom_tag_table VALUES (?, ?)");
+        for (const QString& array : arrays) {
+            query.addBindValue(array);
+            query.addBindValue(kLink);
+            query.exec();
+        }
     }
     QSqlDatabase::removeDatabase("bench");
 }
@@ -104,4 +124,6 @@ double processorSeconds() {
     return double(now.tv_sec) + double(now.tv_nsec) / 1e9;
 }
 
-size_t heapInUse() { return mallinfo2().uordblks; }
+size_t heapInUse() {
+    return mallinfo2().uordblks;
+}

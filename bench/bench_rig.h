@@ -17,35 +17,45 @@
 
 /// A simulated controller in a process of its own, stopped with the object.
 class Simulator {
-  public:
+ public:
     explicit Simulator(const QStringList& options);
     ~Simulator();
-    quint16 port() const { return m_port; }
+    quint16 port() const { return printedPort; }
 
-  private:
-    QProcess m_process;
-    quint16 m_port;
+ private:
+    QProcess process;
+    quint16 printedPort;
 };
 
 /// The device object of a controller on loopback.
 class LoopbackDevice : public AbstractDeviceInterface {
-  public:
+ public:
     explicit LoopbackDevice(quint16 port);
-    DeviceSetting* deviceSetting() override { return &m_device; }
-    DriverSetting* driverSetting() override { return &m_driver; }
+    DeviceSetting* deviceSetting() override { return &device; }
+    DriverSetting* driverSetting() override { return &driver; }
     int retryCount() override { return 0; }
     int stationNumber() override { return 0; }
 
-  private:
-    DeviceSetting m_device;
-    DriverSetting m_driver;
+ private:
+    DeviceSetting device;
+    DriverSetting driver;
 };
 
 /// A new driver out of the plugin file. Ends the program when there is none.
 std::unique_ptr<DriverInterface> newDriver();
 
-/// An empty project in the application directory, so that the driver's first read works.
-void makeEmptyProject();
+/// While it lives, new drivers record into this folder; an empty one: they do not record.
+class RecorderIn {
+ public:
+    explicit RecorderIn(const QString& folder);
+    ~RecorderIn();
+    RecorderIn(const RecorderIn&) = delete;
+    RecorderIn& operator=(const RecorderIn&) = delete;
+};
+
+/// A project in the application directory, so that the driver's first read works. It declares these
+/// arrays, each as "DINT0:A[0..9]".
+void makeProject(const QStringList& arrays = QStringList());
 
 /// The tag options of a simulator with `count` DINT tags T0, T1, ...
 QStringList dintTags(int count);
@@ -58,8 +68,8 @@ void waitUntilCached(DriverInterface* driver, AbstractDeviceInterface* device,
 
 /// Single latencies, for the figures that a mean would hide.
 class Latencies {
-  public:
-    void add(std::chrono::nanoseconds value) { m_values.push_back(double(value.count())); }
+ public:
+    void add(std::chrono::nanoseconds value) { values.push_back(double(value.count())); }
     template <typename Operation>
     void time(Operation operation) {
         const auto start = std::chrono::steady_clock::now();
@@ -68,16 +78,16 @@ class Latencies {
     }
     /// In nanoseconds; `part` from 0 to 1.
     double percentile(double part) {
-        if (m_values.empty()) {
+        if (values.empty()) {
             return 0;
         }
-        const size_t at = std::min(m_values.size() - 1, size_t(part * double(m_values.size())));
-        std::nth_element(m_values.begin(), m_values.begin() + long(at), m_values.end());
-        return m_values[at];
+        const size_t at = std::min(values.size() - 1, size_t(part * double(values.size())));
+        std::nth_element(values.begin(), values.begin() + long(at), values.end());
+        return values[at];
     }
 
-  private:
-    std::vector<double> m_values;
+ private:
+    std::vector<double> values;
 };
 
 /// Processor time of this process so far, in seconds.

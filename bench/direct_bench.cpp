@@ -3,6 +3,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <QTemporaryDir>
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -17,7 +18,9 @@ typedef std::chrono::steady_clock Clock;
 /// Reads of a bare socket and operations of the driver, a block of each in turn and all against one
 /// simulator, so that where the scheduler has put whom moves both alike.
 template <typename Operation>
-void measureBesideFloor(benchmark::State& state, Operation operation) {
+void measureBesideFloor(benchmark::State& state, Operation operation, bool recording = false) {
+    QTemporaryDir dir;
+    const RecorderIn recorder(recording ? dir.path() : QString());
     Simulator simulator(dintTags(1));
     RawClient client(simulator.port());
     LoopbackDevice device(simulator.port());
@@ -53,6 +56,17 @@ void directRead(benchmark::State& state) {
 }
 BENCHMARK(directRead)->Name("direct read")->UseRealTime();
 
+void recordedRead(benchmark::State& state) {
+    measureBesideFloor(
+        state,
+        [](DriverInterface* driver, AbstractDeviceInterface* device,
+           const CommunicatorCommand& command) {
+            return driver->read(device, command).size() == 4;
+        },
+        true);
+}
+BENCHMARK(recordedRead)->Name("direct read, recording")->UseRealTime();
+
 void directWrite(benchmark::State& state) {
     const QByteArray value = QByteArray::fromHex("2a000000");
     measureBesideFloor(state, [&value](DriverInterface* driver, AbstractDeviceInterface* device,
@@ -83,9 +97,11 @@ void cachedRead(benchmark::State& state) {
 }
 BENCHMARK(cachedRead)->Name("cached read")->UseRealTime();
 
-/// 900,000 cached and 100,000 direct reads a round. The heap counts what a thread keeps for its next
-/// allocations as handed out, and that comes and goes once; a leak shows in every round.
+/// 900,000 cached and 100,000 direct reads a round. The heap counts what a thread keeps for its
+/// next allocations as handed out, and that comes and goes once; a leak shows in every round.
 void millionReads(benchmark::State& state) {
+    QTemporaryDir dir;
+    const RecorderIn recorder(state.range(0) != 0 ? dir.path() : QString());
     Simulator simulator(dintTags(2));
     LoopbackDevice device(simulator.port());
     const std::unique_ptr<DriverInterface> driver = newDriver();
@@ -115,6 +131,15 @@ void millionReads(benchmark::State& state) {
 }
 BENCHMARK(millionReads)
     ->Name("a million reads")
+    ->Arg(0)
+    ->Iterations(1)
+    ->Repetitions(1)
+    ->Unit(benchmark::kSecond)
+    ->UseRealTime();
+
+BENCHMARK(millionReads)
+    ->Name("a million reads, recording")
+    ->Arg(1)
     ->Iterations(1)
     ->Repetitions(1)
     ->Unit(benchmark::kSecond)

@@ -24,9 +24,10 @@ QList<CommunicatorCommand> hundredCommands() {
     return list;
 }
 
-int linesOf(const QString& path) {
+/// Lines of the simulator's log that have this text.
+int linesOf(const QString& path, const char* text = "\n") {
     QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll().count('\n') : 0;
+    return file.open(QIODevice::ReadOnly) ? file.readAll().count(text) : 0;
 }
 
 /// Round trip of a bare socket to this simulator, in seconds: the median of some hundred.
@@ -43,6 +44,7 @@ double roundTrip(quint16 port) {
 
 void pollingPass(benchmark::State& state) {
     QTemporaryDir dir;
+    const RecorderIn recorder(state.range(0) != 0 ? dir.filePath("record") : QString());
     const QString log = dir.filePath("requests");
     Simulator simulator(dintTags(kTags) << "--log" << log);
     const double trip = roundTrip(simulator.port());
@@ -61,7 +63,19 @@ void pollingPass(benchmark::State& state) {
         state.counters["of_limit_%"] = 100 * rate * (0.001 + trip);
     }
 }
-BENCHMARK(pollingPass)->Name("polling pass, 100 tags")->Iterations(1)->Repetitions(3)->UseRealTime();
+BENCHMARK(pollingPass)
+    ->Name("polling pass, 100 tags")
+    ->Arg(0)
+    ->Iterations(1)
+    ->Repetitions(3)
+    ->UseRealTime();
+
+BENCHMARK(pollingPass)
+    ->Name("polling pass, recording")
+    ->Arg(1)
+    ->Iterations(1)
+    ->Repetitions(3)
+    ->UseRealTime();
 
 /// A direct read while a pass over a hundred tags is running, beside one without a pass; the
 /// controller takes 2 ms a request, as a real one takes some.
@@ -95,7 +109,53 @@ void requestDuringPass(benchmark::State& state) {
         state.counters["extra_reads"] = (during - alone) / alone;
     }
 }
-BENCHMARK(requestDuringPass)->Name("request during a pass")->Iterations(1)->Repetitions(3)->UseRealTime();
+BENCHMARK(requestDuringPass)
+    ->Name("request during a pass")
+    ->Iterations(1)
+    ->Repetitions(3)
+    ->UseRealTime();
+
+const int kLargeArray = 1000;
+
+/// Read Tags a second while the session polls these; the simulator keeps to 504 bytes.
+double readTagsPerSecond(const QStringList& options, const QList<CommunicatorCommand>& session) {
+    const char readTag[] = "\"service\":\"ReadTag\"";
+    QTemporaryDir dir;
+    const QString log = dir.filePath("requests");
+    Simulator simulator(QStringList(options) << "--connection-size"
+                                             << "504"
+                                             << "--log" << log);
+    LoopbackDevice device(simulator.port());
+    const std::unique_ptr<DriverInterface> driver = newDriver();
+    driver->setSessionCommand(session);
+    waitUntilCached(driver.get(), &device, session.first());
+    const int before = linesOf(log, readTag);
+    const Clock::time_point start = Clock::now();
+    usleep(3000000);
+    const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
+    return (linesOf(log, readTag) - before) / seconds;
+}
+
+/// A pass over one declared array, which begins with one Read Tag and goes on in fragments, beside
+/// as many reads of single tags (of which no session list holds so many).
+void refreshOfLargeArray(benchmark::State& state) {
+    const QString range = QString("[0..%1]").arg(kLargeArray - 1);
+    for (auto _ : state) {
+        const double singles = kLargeArray / readTagsPerSecond(dintTags(kTags), hundredCommands());
+        makeProject(QStringList("DINT0:BIG" + range));
+        const double array =
+            1 / readTagsPerSecond({"--tag", "BIG:DINT" + range}, {dintCommand("BIG[0]")});
+        makeProject();
+        state.counters["array_ms"] = array * 1000;
+        state.counters["singles_ms"] = singles * 1000;
+        state.counters["of_singles_%"] = 100 * array / singles;
+    }
+}
+BENCHMARK(refreshOfLargeArray)
+    ->Name("refresh of a large array")
+    ->Iterations(1)
+    ->Repetitions(3)
+    ->UseRealTime();
 
 void processorUse(benchmark::State& state) {
     const bool polling = state.range(0) != 0;
@@ -117,6 +177,11 @@ void processorUse(benchmark::State& state) {
     }
 }
 BENCHMARK(processorUse)->Name("idle worker")->Arg(0)->Iterations(1)->Repetitions(3)->UseRealTime();
-BENCHMARK(processorUse)->Name("worker polling 100 tags")->Arg(1)->Iterations(1)->Repetitions(3)->UseRealTime();
+BENCHMARK(processorUse)
+    ->Name("worker polling 100 tags")
+    ->Arg(1)
+    ->Iterations(1)
+    ->Repetitions(3)
+    ->UseRealTime();
 
 }  // namespace

@@ -12,7 +12,9 @@
 
 namespace {
 
-QByteArray hex(const char* text) { return QByteArray::fromHex(text); }
+QByteArray hex(const char* text) {
+    return QByteArray::fromHex(text);
+}
 
 QByteArray word(int value) {
     QByteArray bytes;
@@ -29,44 +31,47 @@ QByteArray message(int command, const QByteArray& session, const QByteArray& bod
 }  // namespace
 
 RawClient::RawClient(quint16 port, quint16 number)
-    : m_socket(::socket(AF_INET, SOCK_STREAM, 0)), m_sequence(0), m_session(4, 0) {
+    : descriptor(::socket(AF_INET, SOCK_STREAM, 0)), sequence(0), session(4, 0) {
     sockaddr_in address;
     std::memset(&address, 0, sizeof address);
     address.sin_family = AF_INET;
     address.sin_port = htons(port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     const int on = 1;
-    setsockopt(m_socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    if (connect(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
+    setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    if (connect(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
         std::perror("connect");
         std::exit(1);
     }
-    m_session = exchange(message(0x65, m_session, hex("01000000"))).mid(4, 4);
+    session = exchange(message(0x65, session, hex("01000000"))).mid(4, 4);
     // Forward Open to the connection manager: class 3, path to the message router.
-    const QByteArray open = hex(
-        "54022006240105f7"  // service, path, priority, ticks
-        "02000080 0100fe80") + word(number) + hex(  // connection ids, serial number
-        "1b50 44332211 02 000000"                   // originator, time-out multiplier
-        "80841e00 f843 80841e00 f843 a3 02 20022401");
+    const QByteArray open = hex("54022006240105f7"  // service, path, priority, ticks
+                                "02000080 0100fe80") +
+                            word(number) +
+                            hex(                           // connection ids, serial number
+                                "1b50 44332211 02 000000"  // originator, time-out multiplier
+                                "80841e00 f843 80841e00 f843 a3 02 20022401");
     const QByteArray reply = exchange(message(
-        0x6F, m_session, QByteArray(6, 0) + hex("0200 0000 0000 b200") + word(open.size()) + open));
+        0x6F, session, QByteArray(6, 0) + hex("0200 0000 0000 b200") + word(open.size()) + open));
     if (reply.size() < 52 || reply.at(42) != 0) {
         std::fprintf(stderr, "driver_bench: the raw client's Forward Open was refused\n");
         std::exit(1);
     }
-    m_connection = reply.mid(44, 4);
+    connection = reply.mid(44, 4);
 }
 
-RawClient::~RawClient() { close(m_socket); }
+RawClient::~RawClient() {
+    close(descriptor);
+}
 
 bool RawClient::send(const QByteArray& request) {
-    return ::send(m_socket, request.constData(), size_t(request.size()), MSG_NOSIGNAL) ==
+    return ::send(descriptor, request.constData(), size_t(request.size()), MSG_NOSIGNAL) ==
            request.size();
 }
 
 QByteArray RawClient::receive() {
     QByteArray reply(1024, 0);
-    const ssize_t got = recv(m_socket, reply.data(), size_t(reply.size()), 0);
+    const ssize_t got = recv(descriptor, reply.data(), size_t(reply.size()), 0);
     reply.truncate(got > 0 ? int(got) : 0);
     return reply;
 }
@@ -83,13 +88,13 @@ bool RawClient::sendRead(const char* name) {
     }
     const QByteArray service =
         hex("4c") + QByteArray(1, char(path.size() / 2)) + path + hex("0100");
-    const QByteArray item = word(++m_sequence) + service;
-    return send(message(0x70, m_session,
-                        QByteArray(6, 0) + hex("0200 a100 0400") + m_connection + hex("b100") +
+    const QByteArray item = word(++sequence) + service;
+    return send(message(0x70, session,
+                        QByteArray(6, 0) + hex("0200 a100 0400") + connection + hex("b100") +
                             word(item.size()) + item));
 }
 
 bool RawClient::receiveRead() {
     const QByteArray reply = receive();
-    return reply.size() == 56 && reply.at(48) == 0 && reply.mid(44, 2) == word(m_sequence);
+    return reply.size() == 56 && reply.at(48) == 0 && reply.mid(44, 2) == word(sequence);
 }

@@ -6,7 +6,7 @@
 /// The floor under every direct read: a bare socket that sends the bytes of one Read Tag request
 /// and waits for the reply. No library of the project is in it.
 class RawClient {
-  public:
+ public:
     /// Connects, registers a session and opens a class 3 connection. `number` is the connection's
     /// serial number and sets it apart from the others. Ends the program on failure.
     explicit RawClient(quint16 port, quint16 number = 1);
@@ -20,17 +20,17 @@ class RawClient {
     bool sendRead(const char* name);
     bool receiveRead();
 
-    int socket() const { return m_socket; }
+    int socket() const { return descriptor; }
 
-  private:
+ private:
     bool send(const QByteArray& request);
     QByteArray receive();
     QByteArray exchange(const QByteArray& request);
 
-    int m_socket;
-    quint16 m_sequence;
-    QByteArray m_session;     // 4 bytes as received
-    QByteArray m_connection;  // O->T connection id, 4 bytes as received
+    int descriptor;
+    quint16 sequence;
+    QByteArray session;     // 4 bytes as received
+    QByteArray connection;  // O->T connection id, 4 bytes as received
 };
 
 #endif

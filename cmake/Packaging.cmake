@@ -8,6 +8,7 @@ set(CPACK_PACKAGE_NAME micro800)
 set(CPACK_PACKAGE_VENDOR "Micro800 driver")
 set(CPACK_PACKAGE_CONTACT "Micro800 driver maintainers <micro800-driver@localhost>")
 set(CPACK_STRIP_FILES ON)
+set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/packaging/permissions.cmake")
 set(CPACK_VERBATIM_VARIABLES ON)
 
 if(CMAKE_CROSSCOMPILING OR MICRO800_QT4)
@@ -17,7 +18,7 @@ if(CMAKE_CROSSCOMPILING OR MICRO800_QT4)
   endif()
   install(TARGETS ab_micro800_ethernet LIBRARY DESTINATION drivers)
   install(FILES packaging/panel/README.txt CHANGELOG.md DESTINATION .)
-  install(FILES docs/panel.md docs/troubleshooting.md DESTINATION docs)
+  install(FILES docs/commissioning.md docs/panel.md docs/troubleshooting.md DESTINATION docs)
   install(FILES packaging/panel/LINKED-IN.txt DESTINATION licenses)
   # What Debian ships about the compiler whose libraries were linked in.
   file(GLOB gcc_copyright "/usr/share/doc/gcc-*-${CMAKE_LIBRARY_ARCHITECTURE}-base/copyright")
@@ -33,28 +34,30 @@ if(CMAKE_CROSSCOMPILING OR MICRO800_QT4)
       file(SHA256 \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/\${file}\" sum)
       string(APPEND sums \"\${sum}  \${file}\\n\")
     endforeach()
-    file(WRITE \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/SHA256SUMS\" \"\${sums}\")")
+    file(WRITE \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/SHA256SUMS\" \"\${sums}\")
+    file(CHMOD \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/SHA256SUMS\"
+         FILE_PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)")
   set(CPACK_GENERATOR TGZ)
   set(CPACK_PACKAGE_FILE_NAME
       "micro800-driver-${PROJECT_VERSION}-${CMAKE_LIBRARY_ARCHITECTURE}-${qt_generation}")
 elseif(MICRO800_HOST_PROGRAMS AND NOT MICRO800_SANITIZE)
   install(TARGETS micro800 micro800-sim RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
   install(TARGETS ab_micro800_ethernet LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/micro800")
-  install(FILES README.md SECURITY.md packaging/deb/copyright DESTINATION "${documents}")
+  install(FILES README.md SECURITY.md CHANGELOG.md packaging/deb/copyright DESTINATION "${documents}")
   install(DIRECTORY docs DESTINATION "${documents}")
 
-  # Manual pages are what the programs themselves say with --help. They and the changes are packed, as
-  # Debian's packages have them.
+  # Manual pages are what the programs themselves say with --help. They and the changes, in Debian's form, are
+  # packed, as Debian's packages have them.
   set(made "${PROJECT_BINARY_DIR}/documents")
   set(man_pages "${PROJECT_SOURCE_DIR}/packaging/man-pages")
   add_custom_command(OUTPUT "${made}/made"
     COMMAND "${CMAKE_COMMAND}" -E rm -rf "${made}"
     COMMAND "${man_pages}" "$<TARGET_FILE:micro800>" "${PROJECT_VERSION}" "${made}/man1"
     COMMAND "${man_pages}" "$<TARGET_FILE:micro800-sim>" "${PROJECT_VERSION}" "${made}/man1"
-    COMMAND "${CMAKE_COMMAND}" -E copy "${PROJECT_SOURCE_DIR}/CHANGELOG.md" "${made}/changelog"
+    COMMAND "${CMAKE_COMMAND}" -E copy "${PROJECT_SOURCE_DIR}/packaging/deb/changelog" "${made}/changelog"
     COMMAND gzip -9nr "${made}"
     COMMAND "${CMAKE_COMMAND}" -E touch "${made}/made"
-    DEPENDS micro800 micro800-sim "${man_pages}" "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
+    DEPENDS micro800 micro800-sim "${man_pages}" "${PROJECT_SOURCE_DIR}/packaging/deb/changelog"
     COMMENT "Writing the manual pages" VERBATIM)
   add_custom_target(documents ALL DEPENDS "${made}/made")
   install(DIRECTORY "${made}/man1" DESTINATION "${CMAKE_INSTALL_MANDIR}")

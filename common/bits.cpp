@@ -79,8 +79,9 @@ bool getBit(const QByteArray& data, int bitIndex) {
 }
 
 void setBit(QByteArray& data, int bitIndex, bool on) {
-    if (holdsBit(data, bitIndex))
+    if (holdsBit(data, bitIndex)) {
         setBit(data.data(), bitIndex, on);
+    }
 }
 
 bool getBit(const unsigned char* data, int bitIndex) {
@@ -92,12 +93,14 @@ bool getBit(const char* data, int bitIndex) {
 }
 
 void setBit(unsigned char* data, int bitIndex, bool on) {
-    if (bitIndex < 0)
+    if (bitIndex < 0) {
         return;
-    if (on)
+    }
+    if (on) {
         setBit(data[bitIndex / 8], bitIndex % 8);
-    else
+    } else {
         clearBit(data[bitIndex / 8], bitIndex % 8);
+    }
 }
 
 void setBit(char* data, int bitIndex, bool on) {
@@ -106,8 +109,9 @@ void setBit(char* data, int bitIndex, bool on) {
 
 void CopyBits(unsigned char* destination, int destinationBit, const unsigned char* source,
               int sourceBit, int count) {
-    if (destinationBit < 0 || sourceBit < 0 || count < 1)
+    if (destinationBit < 0 || sourceBit < 0 || count < 1) {
         return;
+    }
     // No index passes an int's range.
     const int copied = qMin(count, kLargestBit - qMax(destinationBit, sourceBit));
     // Overlapping bits are copied from the end that is overwritten last.
@@ -120,12 +124,14 @@ void CopyBits(unsigned char* destination, int destinationBit, const unsigned cha
 
 void CopyBits(QByteArray& destination, int destinationBit, const QByteArray& source, int sourceBit,
               int count) {
-    if (destinationBit < 0 || sourceBit < 0)
+    if (destinationBit < 0 || sourceBit < 0) {
         return;
+    }
     const qint64 room = qMin(bitsIn(destination) - destinationBit, bitsIn(source) - sourceBit);
     const qint64 copied = qMin<qint64>(room, count);
-    if (copied < 1)
+    if (copied < 1) {
         return;
+    }
     // data() first: it may give the destination memory of its own, which a source that is the
     // same array then shares.
     unsigned char* to = bytesOf(destination.data());
@@ -133,8 +139,9 @@ void CopyBits(QByteArray& destination, int destinationBit, const QByteArray& sou
 }
 
 void RightShiftNBits(unsigned char* data, int length, int bits) {
-    if (bits < 1)
+    if (bits < 1) {
         return;
+    }
     const int bytes = bits / 8;
     const int rest = bits % 8;
     for (int i = 0; i < length; ++i) {
@@ -149,20 +156,23 @@ void RightShiftNBits(unsigned char* data, int length, int bits) {
 QByteArray FitBitArray(const QByteArray& data, quint32 bitCount) {
     const int size = static_cast<int>(NumOfBitsToNumOfBytes(bitCount));
     QByteArray fitted = data.left(size);
-    if (fitted.size() < size)
+    if (fitted.size() < size) {
         fitted.append(QByteArray(size - fitted.size(), '\0'));
+    }
     clearUnnecessaryBits(fitted, bitCount);
     return fitted;
 }
 
 void clearUnnecessaryBits(QByteArray& data, quint32 bitCount) {
     const qint64 firstByte = bitCount / 8;
-    if (firstByte >= data.size())
+    if (firstByte >= data.size()) {
         return;
+    }
     unsigned char* bytes = bytesOf(data.data());
     bytes[firstByte] &= static_cast<unsigned char>((1u << bitCount % 8) - 1u);
-    for (qint64 i = firstByte + 1; i < data.size(); ++i)
+    for (qint64 i = firstByte + 1; i < data.size(); ++i) {
         bytes[i] = 0;
+    }
 }
 
 QByteArray ExpandBitsToBytes(const QByteArray& data, quint32 bitCount) {
@@ -170,7 +180,8 @@ QByteArray ExpandBitsToBytes(const QByteArray& data, quint32 bitCount) {
     const int count = static_cast<int>(qMin(bits, kLargestExpansion));
     QByteArray expanded(count, '\0');
     char* out = expanded.data();
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         out[i] = getBit(data.constData(), i) ? 1 : 0;
+    }
     return expanded;
 }

@@ -23,10 +23,11 @@ QByteArray bytesOfAll(const QVector<Value>& values, bool bigEndian) {
     QByteArray data(values.size() * static_cast<int>(sizeof(Value)), '\0');
     uchar* out = reinterpret_cast<uchar*>(data.data());
     for (int i = 0; i < values.size(); ++i, out += sizeof(Value)) {
-        if (bigEndian)
+        if (bigEndian) {
             qToBigEndian<Value>(values.at(i), out);
-        else
+        } else {
             qToLittleEndian<Value>(values.at(i), out);
+        }
     }
     return data;
 }
@@ -35,8 +36,9 @@ template <typename Value>
 QVector<Value> valuesOfBigEndian(const QByteArray& data) {
     QVector<Value> values(data.size() / static_cast<int>(sizeof(Value)));
     const uchar* in = reinterpret_cast<const uchar*>(data.constData());
-    for (int i = 0; i < values.size(); ++i, in += sizeof(Value))
+    for (int i = 0; i < values.size(); ++i, in += sizeof(Value)) {
         values[i] = qFromBigEndian<Value>(in);
+    }
     return values;
 }
 
@@ -102,13 +104,15 @@ QByteArray reverseArray(const QByteArray& data) {
 }
 
 void ReverseArray(unsigned char* data, int length) {
-    if (length > 1)
+    if (length > 1) {
         std::reverse(data, data + length);
+    }
 }
 
 void RotateArray(unsigned char* data, int length, int count) {
-    if (length < 2)
+    if (length < 2) {
         return;
+    }
     const int places = count % length;
     std::rotate(data, data + (places < 0 ? places + length : places), data + length);
 }

@@ -7,8 +7,9 @@ namespace {
 unsigned int sumOf(const void* data, int length) {
     const unsigned char* bytes = static_cast<const unsigned char*>(data);
     unsigned int sum = 0;
-    for (int i = 0; i < length; ++i)
+    for (int i = 0; i < length; ++i) {
         sum += bytes[i];
+    }
     return sum;
 }
 
@@ -25,15 +26,17 @@ quint16 UShortCheckSum(const void* data, int length) {
 quint8 XorUInt8CheckSum(const void* data, int length) {
     const unsigned char* bytes = static_cast<const unsigned char*>(data);
     quint8 check = 0;
-    for (int i = 0; i < length; ++i)
+    for (int i = 0; i < length; ++i) {
         check ^= bytes[i];
+    }
     return check;
 }
 
 quint16 CRC16Calculate(const void* data, int length) {
     const unsigned char* bytes = static_cast<const unsigned char*>(data);
     quint16 crc = 0;
-    for (int i = 0; i < length; ++i)
+    for (int i = 0; i < length; ++i) {
         crc = update_crc_16(crc, bytes[i]);
+    }
     return crc;
 }

@@ -32,8 +32,9 @@ bool isBlockCommand(const CommunicatorCommand& command) {
 }
 
 QByteArray getBitData(const CommunicatorCommand& command, const QByteArray& data) {
-    if (!isBitCommand(command) || GetSafeDataLen(command) == 0)
+    if (!isBitCommand(command) || GetSafeDataLen(command) == 0) {
         return QByteArray();
+    }
     const quint32 room = static_cast<quint32>(command.getDataSize()) * 8;
     const quint32 asked = command.unitCount == 0 ? 1 : command.unitCount;
     return FitBitArray(data, qMin(asked, room));
@@ -41,15 +42,17 @@ QByteArray getBitData(const CommunicatorCommand& command, const QByteArray& data
 
 int GetSafeDataLen(const CommunicatorCommand& command) {
     const int size = command.getDataSize();
-    if (size < 0 || size > kLargestCommandData)
+    if (size < 0 || size > kLargestCommandData) {
         return 0;
+    }
     return static_cast<int>(NumOfBytesToNumOfQuadWords(static_cast<quint32>(size))) * kQuadWord;
 }
 
 QByteArray ToSafeData(const CommunicatorCommand& command, const QByteArray& data) {
     const int length = GetSafeDataLen(command);
-    if (length == 0)
+    if (length == 0) {
         return QByteArray();
+    }
     QByteArray safe = data.left(command.getDataSize());
     safe.append(QByteArray(length - safe.size(), '\0'));
     return safe;

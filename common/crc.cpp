@@ -15,8 +15,9 @@ constexpr CrcTable<Crc> reflectedTable(Crc polynomial) {
     CrcTable<Crc> table = {};
     for (unsigned int byte = 0; byte < 256; ++byte) {
         Crc crc = static_cast<Crc>(byte);
-        for (int bit = 0; bit < 8; ++bit)
+        for (int bit = 0; bit < 8; ++bit) {
             crc = static_cast<Crc>(crc & 1u ? crc >> 1 ^ polynomial : crc >> 1);
+        }
         table.of[byte] = crc;
     }
     return table;
@@ -27,8 +28,9 @@ constexpr CrcTable<quint16> forwardTable(quint16 polynomial) {
     CrcTable<quint16> table = {};
     for (unsigned int byte = 0; byte < 256; ++byte) {
         quint16 crc = static_cast<quint16>(byte << 8);
-        for (int bit = 0; bit < 8; ++bit)
+        for (int bit = 0; bit < 8; ++bit) {
             crc = static_cast<quint16>(crc & 0x8000u ? crc << 1 ^ polynomial : crc << 1);
+        }
         table.of[byte] = crc;
     }
     return table;

@@ -13,16 +13,18 @@ const qint64 kMinStreamedPair = 4 + 2;
 /// know what is still to come: nothing is reserved for it.
 int pairsToReserve(const QDataStream& in, quint32 count) {
     const QIODevice* device = in.device();
-    if (device == nullptr || device->isSequential())
+    if (device == nullptr || device->isSequential()) {
         return 0;
+    }
     const qint64 possible = device->bytesAvailable() / kMinStreamedPair;
     return static_cast<int>(qMin<qint64>(qMin<qint64>(count, possible), 0x7FFFFFFF));
 }
 
 void writeSocketList(QDataStream& out, const QList<DeviceSetting::SocketData>& list) {
     out << static_cast<quint32>(list.size());
-    for (int i = 0; i < list.size(); ++i)
+    for (int i = 0; i < list.size(); ++i) {
         out << list.at(i).first << static_cast<quint16>(list.at(i).second);
+    }
 }
 
 /// Ends early, after the pair that met the end of the stream: what the runtime's own reading of
@@ -37,8 +39,9 @@ QList<DeviceSetting::SocketData> readSocketList(QDataStream& in) {
         quint16 port = 0;
         in >> ip >> port;
         list.append(DeviceSetting::SocketData(ip, port));
-        if (in.atEnd() || in.status() == QDataStream::ReadPastEnd)
+        if (in.atEnd() || in.status() == QDataStream::ReadPastEnd) {
             break;
+        }
     }
     return list;
 }
@@ -83,27 +86,31 @@ unsigned short DeviceSetting::port(int index) const {
 
 void DeviceSetting::setSocketIP(const QString& ip, int index) {
     const int entry = writableEntryAt(index);
-    if (entry >= 0)
+    if (entry >= 0) {
         socketList[entry].first = ip;
+    }
 }
 
 void DeviceSetting::setPort(unsigned short port, int index) {
     const int entry = writableEntryAt(index);
-    if (entry >= 0)
+    if (entry >= 0) {
         socketList[entry].second = port;
+    }
 }
 
 void DeviceSetting::setSocketData(const QList<QPair<QString, QString> >& data) {
     QList<SocketData> list;
     list.reserve(data.size());
-    for (int i = 0; i < data.size(); ++i)
+    for (int i = 0; i < data.size(); ++i) {
         list.append(SocketData(data.at(i).first, data.at(i).second.toUShort(0, 10)));
+    }
     socketList = list;
 }
 
 void DeviceSetting::setCurrentIPIndex(int index) {
-    if (index >= 0 && index < socketList.size())
+    if (index >= 0 && index < socketList.size()) {
         currentIPIndex = index;
+    }
 }
 
 void DeviceSetting::dump() const {

@@ -19,23 +19,27 @@ bool isDecimalDigit(QChar c) {
 int portFromDigits(const QString& text, int first) {
     const qint64 largest = std::numeric_limits<int>::max();
     qint64 number = 0;
-    for (int i = first; i < text.size() && number <= largest; ++i)
+    for (int i = first; i < text.size() && number <= largest; ++i) {
         number = number * 10 + (text.at(i).unicode() - '0');
+    }
     return static_cast<int>(qMin(number + kFirstHmiPort, largest));
 }
 
 }  // namespace
 
 int DevStrToHmiPort(const QString& dev_str) {
-    if (dev_str.startsWith(QLatin1String("ETHERNET"), Qt::CaseInsensitive))
+    if (dev_str.startsWith(QLatin1String("ETHERNET"), Qt::CaseInsensitive)) {
         return kEthernetHmiPort;
+    }
 
     int i = dev_str.size() - 1;
-    while (i >= 0 && isDecimalDigit(dev_str.at(i)))
+    while (i >= 0 && isDecimalDigit(dev_str.at(i))) {
         --i;
+    }
     // What the operator's log shows for a bad name is the same for every build and compiler.
-    if (!(i >= 0 && (i + 1) < dev_str.size()))
+    if (!(i >= 0 && (i + 1) < dev_str.size())) {
         __assert_fail("i >= 0 && (i+1) < dev_str.size()", "tools", 1389,
                       "int DevStrToHmiPort(const QString&)");
+    }
     return portFromDigits(dev_str, i + 1);
 }

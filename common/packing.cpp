@@ -33,8 +33,9 @@ const Letter kLetters[] = {
 
 const Letter* findLetter(char c) {
     for (const Letter& candidate : kLetters) {
-        if (candidate.letter == c)
+        if (candidate.letter == c) {
             return &candidate;
+        }
     }
     return nullptr;
 }
@@ -56,16 +57,19 @@ struct Item {
 
 /// Reads the next item and moves the format behind it; false at the format's end. A count at the
 /// very end has no letter.
-bool nextItem(const char*& format, Item& item) {
-    if (format == nullptr || *format == '\0')
+bool nextItem(const char** format, Item* item) {
+    if (*format == nullptr || **format == '\0') {
         return false;
-    item.counted = isDigit(*format);
-    item.count = item.counted ? 0 : 1;
-    for (; isDigit(*format); ++format)
-        item.count = qMin<qint64>(item.count * 10 + (*format - '0'), kLargestRecord + 1);
-    item.letter = *format == '\0' ? nullptr : findLetter(*format);
-    if (*format != '\0')
-        ++format;
+    }
+    item->counted = isDigit(**format);
+    item->count = item->counted ? 0 : 1;
+    for (; isDigit(**format); ++*format) {
+        item->count = qMin<qint64>(item->count * 10 + (**format - '0'), kLargestRecord + 1);
+    }
+    item->letter = **format == '\0' ? nullptr : findLetter(**format);
+    if (**format != '\0') {
+        ++*format;
+    }
     return true;
 }
 
@@ -86,46 +90,49 @@ struct Arguments {
 template <typename Byte>
 class Walk {
  public:
-    Walk(Byte* bytes, qint64 size) : bytes_(bytes), size_(bytes == nullptr ? 0 : size), at_(0) {}
+    Walk(Byte* first, qint64 count) : bytes(first), size(first == nullptr ? 0 : count), at(0) {}
 
     /// The next `count` bytes, or null when there are not that many.
     Byte* next(qint64 count) {
-        if (count > size_ - at_)
+        if (count > size - at) {
             return nullptr;
-        Byte* here = bytes_ + at_;
-        at_ += count;
+        }
+        Byte* here = bytes + at;
+        at += count;
         return here;
     }
-    int passed() const { return static_cast<int>(at_); }
+    int passed() const { return static_cast<int>(at); }
 
  private:
-    Byte* bytes_;
-    qint64 size_;
-    qint64 at_;
+    Byte* bytes;
+    qint64 size;
+    qint64 at;
 };
 
 /// An array that grows by zeros.
 class GrowingArray {
  public:
     unsigned char* next(qint64 count) {
-        if (count > kLargestArray - array_.size())
+        if (count > kLargestArray - grown.size()) {
             return nullptr;
-        const int at = array_.size();
-        array_.append(QByteArray(static_cast<int>(count), '\0'));
-        return reinterpret_cast<unsigned char*>(array_.data()) + at;
+        }
+        const int at = grown.size();
+        grown.append(QByteArray(static_cast<int>(count), '\0'));
+        return reinterpret_cast<unsigned char*>(grown.data()) + at;
     }
-    int passed() const { return array_.size(); }
-    QByteArray array() const { return array_; }
+    int passed() const { return grown.size(); }
+    QByteArray array() const { return grown; }
 
  private:
-    QByteArray array_;
+    QByteArray grown;
 };
 
 /// One item of `width` bytes in its wire order, at any alignment.
 void storeValue(unsigned int value, int width, ByteOrder order, unsigned char* out) {
     const bool big = order == kBigEndian;
-    for (int i = 0; i < width; ++i)
+    for (int i = 0; i < width; ++i) {
         out[i] = static_cast<unsigned char>(value >> 8 * (big ? width - 1 - i : i));
+    }
 }
 
 /// Items between memory and the wire. With the machine's order on the other side the way there
@@ -139,51 +146,61 @@ void copyItems(const unsigned char* from, unsigned char* to, const Item& item) {
         return;
     }
     for (qint64 k = 0; k < item.count; ++k, from += width, to += width) {
-        for (int i = 0; i < width; ++i)
+        for (int i = 0; i < width; ++i) {
             to[i] = from[width - 1 - i];
+        }
     }
 }
 
 /// Writes one item without a pointer argument to `out`, which has room for it.
 void packValue(const Item& item, Arguments& arguments, unsigned char* out) {
-    if (item.letter->letter == 'X')
+    if (item.letter->letter == 'X') {
         return;
-    if (item.letter->letter == 'x')
+    }
+    if (item.letter->letter == 'x') {
         std::memset(out, 0, static_cast<size_t>(item.bytes()));
-    else
+    } else {
         storeValue(arguments.integer(), item.letter->width, item.order(), out);
+    }
 }
 
 template <typename Output>
 int pack(Output& output, const char* format, va_list list) {
     Arguments arguments(list);
     Item item;
-    while (nextItem(format, item)) {
-        if (!item.countIsRight())
+    while (nextItem(&format, &item)) {
+        if (!item.countIsRight()) {
             return -1;
-        if (item.letter == nullptr)
+        }
+        if (item.letter == nullptr) {
             return 0;
+        }
         const void* items = item.countsItems() ? arguments.pointer() : nullptr;
-        if (item.countsItems() && items == nullptr)
+        if (item.countsItems() && items == nullptr) {
             return -1;
+        }
         unsigned char* out = output.next(item.bytes());
-        if (out == nullptr)
+        if (out == nullptr) {
             return -1;
-        if (item.countsItems())
+        }
+        if (item.countsItems()) {
             copyItems(static_cast<const unsigned char*>(items), out, item);
-        else
+        } else {
             packValue(item, arguments, out);
+        }
     }
     return output.passed();
 }
 
 /// Stores one item from `in`, which holds it whole. False for a null pointer.
 bool unpackItem(const Item& item, Arguments& arguments, const unsigned char* in) {
-    if (item.isFiller())
+    if (item.isFiller()) {
         return true;
+    }
     void* objects = arguments.pointer();
-    if (objects == nullptr)
+    if (objects == nullptr) {
         return false;
+    }
     copyItems(in, static_cast<unsigned char*>(objects), item);
     return true;
 }
@@ -191,12 +208,14 @@ bool unpackItem(const Item& item, Arguments& arguments, const unsigned char* in)
 int unpack(Walk<const unsigned char> input, const char* format, va_list list) {
     Arguments arguments(list);
     Item item;
-    while (nextItem(format, item)) {
-        if (!item.countIsRight() || item.letter == nullptr)
+    while (nextItem(&format, &item)) {
+        if (!item.countIsRight() || item.letter == nullptr) {
             return -1;
+        }
         const unsigned char* in = input.next(item.bytes());
-        if (in == nullptr || !unpackItem(item, arguments, in))
+        if (in == nullptr || !unpackItem(item, arguments, in)) {
             return -1;
+        }
     }
     return input.passed();
 }

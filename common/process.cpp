@@ -6,7 +6,8 @@
 
 bool ProcessIsRunning(long long pid) {
     const pid_t id = static_cast<pid_t>(pid);
-    if (id != pid)
+    if (id != pid) {
         return false;
+    }
     return kill(id, 0) == 0 || errno == EPERM;
 }

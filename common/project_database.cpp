@@ -31,8 +31,9 @@ bool GetLinkIdAndDefaultStationId(const QString& connection, int hmiPort, int& l
             "NODE.LINKID = LINK.LINKID AND NODE.ISDEFAULT = 1;")
             .arg(hmiPort);
     QSqlQuery query;
-    if (!runQuery(connection, text, query) || !query.next())
+    if (!runQuery(connection, text, query) || !query.next()) {
         return false;
+    }
     linkId = query.value(0).toInt();
     stationId = stationFrom(query.value(1));
     return true;
@@ -46,8 +47,9 @@ bool GetLinkIdAndDefaultStationId(const QString& connection, int linkId,
             .arg(linkId);
     QSqlQuery query;
     if (runQuery(connection, text, query)) {
-        while (query.next())
+        while (query.next()) {
             out.append(makeLinkIdStationId(linkId, stationFrom(query.value(0))));
+        }
     }
     return !out.isEmpty();
 }
@@ -63,8 +65,9 @@ bool GetLinkIdAndDefaultStationId(const QString& connection, int hmiPort, const 
             .arg(QString::number(hmiPort), ip, QString::number(port));
     QSqlQuery query;
     if (runQuery(connection, text, query)) {
-        while (query.next())
+        while (query.next()) {
             out.append(makeLinkIdStationId(query.value(0).toInt(), stationFrom(query.value(1))));
+        }
     }
     return !out.isEmpty();
 }

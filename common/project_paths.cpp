@@ -9,8 +9,9 @@ namespace {
 
 /// cd() leaves the directory as it is when the entry cannot be entered (a plain file).
 void moveIntoEntry(QDir& dir, const QString& name) {
-    if (dir.exists(name))
+    if (dir.exists(name)) {
         dir.cd(name);
+    }
 }
 
 }  // namespace

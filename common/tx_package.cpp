@@ -15,19 +15,22 @@ QByteArray asciiOf(quint8 value) {
 }  // namespace
 
 bool TxPackage::append(const QByteArray& bytes) {
-    if (bytes.size() > kLargestFrame - frame_.size())
+    if (bytes.size() > kLargestFrame - frame.size()) {
         return false;
-    if (starts_.isEmpty())
-        starts_.append(0);
-    frame_.append(bytes);
+    }
+    if (starts.isEmpty()) {
+        starts.append(0);
+    }
+    frame.append(bytes);
     return true;
 }
 
 bool TxPackage::appendSection(const QByteArray& bytes) {
-    if (bytes.size() > kLargestFrame - frame_.size())
+    if (bytes.size() > kLargestFrame - frame.size()) {
         return false;
-    starts_.append(frame_.size());
-    frame_.append(bytes);
+    }
+    starts.append(frame.size());
+    frame.append(bytes);
     return true;
 }
 
@@ -65,61 +68,67 @@ bool TxPackage::appendFCSAscii(int firstIndex) {
 
 quint8 TxPackage::calculateFCS(int firstIndex) const {
     const int count = bytesFrom(firstIndex);
-    return count == 0 ? 0 : XorUInt8CheckSum(frame_.constData() + firstIndex, count);
+    return count == 0 ? 0 : XorUInt8CheckSum(frame.constData() + firstIndex, count);
 }
 
 quint8 TxPackage::longitudinalCheck(int firstIndex) const {
     const int count = bytesFrom(firstIndex);
-    const int sum = count == 0 ? 0 : UInt8CheckSum(frame_.constData() + firstIndex, count);
+    const int sum = count == 0 ? 0 : UInt8CheckSum(frame.constData() + firstIndex, count);
     return static_cast<quint8>(-sum & 0xFF);
 }
 
 /// How many bytes the frame has from there on; none for an index outside it.
 int TxPackage::bytesFrom(int firstIndex) const {
-    return firstIndex < 0 || firstIndex > frame_.size() ? 0 : frame_.size() - firstIndex;
+    return firstIndex < 0 || firstIndex > frame.size() ? 0 : frame.size() - firstIndex;
 }
 
 bool TxPackage::setSectionSize(int section, int size) {
     const int start = sectionStartIndex(section);
-    if (start < 0 || size < 0)
+    if (start < 0 || size < 0) {
         return false;
+    }
     const int change = size - sectionSize(section);
-    if (change > kLargestFrame - frame_.size())
+    if (change > kLargestFrame - frame.size()) {
         return false;
+    }
     const int end = start + sectionSize(section);
-    if (change < 0)
-        frame_.remove(end + change, -change);
-    else
-        frame_.insert(end, QByteArray(change, '\0'));
-    for (int later = section + 1; later < starts_.size(); ++later)
-        starts_[later] += change;
+    if (change < 0) {
+        frame.remove(end + change, -change);
+    } else {
+        frame.insert(end, QByteArray(change, '\0'));
+    }
+    for (int later = section + 1; later < starts.size(); ++later) {
+        starts[later] += change;
+    }
     return true;
 }
 
 int TxPackage::sectionSize(int section) const {
-    if (section < 0 || section >= starts_.size())
+    if (section < 0 || section >= starts.size()) {
         return 0;
-    const bool last = section + 1 == starts_.size();
-    return (last ? frame_.size() : starts_.at(section + 1)) - starts_.at(section);
+    }
+    const bool last = section + 1 == starts.size();
+    return (last ? frame.size() : starts.at(section + 1)) - starts.at(section);
 }
 
 int TxPackage::sectionStartIndex(int section) const {
-    return starts_.value(section, -1);
+    return starts.value(section, -1);
 }
 
 const unsigned char* TxPackage::data() const {
-    return reinterpret_cast<const unsigned char*>(frame_.constData());
+    return reinterpret_cast<const unsigned char*>(frame.constData());
 }
 
 QString TxPackage::toString() const {
     QStringList sections;
-    for (int section = 0; section < starts_.size(); ++section)
+    for (int section = 0; section < starts.size(); ++section) {
         sections.append(QString::fromLatin1(
-            spacedHex(frame_.mid(starts_.at(section), sectionSize(section))).constData()));
+            spacedHex(frame.mid(starts.at(section), sectionSize(section))).constData()));
+    }
     return sections.join(QLatin1String(" | "));
 }
 
 void TxPackage::clearAll() {
-    frame_.clear();
-    starts_.clear();
+    frame.clear();
+    starts.clear();
 }

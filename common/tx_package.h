@@ -46,13 +46,13 @@ class TxPackage {
     int sectionSize(int section) const;
     /// Index of a section's first byte in the frame, -1 when the section is not there.
     int sectionStartIndex(int section) const;
-    int numberOfSections() const { return starts_.size(); }
+    int numberOfSections() const { return starts.size(); }
 
     /// Bytes of the whole frame.
-    int totalSize() const { return frame_.size(); }
+    int totalSize() const { return frame.size(); }
     /// The frame's bytes, valid until it is changed or destroyed.
     const unsigned char* data() const;
-    QByteArray byteArrayData() const { return frame_; }
+    QByteArray byteArrayData() const { return frame; }
     /// The frame for a log: bytes in hexadecimal with blanks between them, sections divided by
     /// " | " ("02 30 | 41").
     QString toString() const;
@@ -65,8 +65,8 @@ class TxPackage {
     quint8 longitudinalCheck(int firstIndex) const;
     int bytesFrom(int firstIndex) const;
 
-    QByteArray frame_;
-    QList<int> starts_;  ///< index of each section's first byte
+    QByteArray frame;
+    QList<int> starts;  ///< index of each section's first byte
 };
 
 #endif

@@ -365,6 +365,14 @@ void CipPlcDriverCallback::cacheInsert(const QString& key, const QByteArray& val
     d->cache.insert(key, value);
 }
 
+void CipPlcDriverCallback::cacheWithhold(const QString& key) {
+    d->cache.withhold(key);
+}
+
+void CipPlcDriverCallback::cacheWithholdAll() {
+    d->cache.withholdAll();
+}
+
 void CipPlcDriverCallback::cacheClear() {
     d->cache.clear();
 }

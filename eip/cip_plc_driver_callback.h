@@ -87,6 +87,8 @@ class CipPlcDriverCallback : public CipTcpCallback {
     bool cacheValue(const QString& key, QByteArray& out, int offset);
     bool cacheContains(const QString& key);
     void cacheInsert(const QString& key, const QByteArray& value);
+    void cacheWithhold(const QString& key);
+    void cacheWithholdAll();
     void cacheClear();
 
  protected:

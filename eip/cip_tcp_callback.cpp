@@ -59,7 +59,8 @@ bool CipTcpCallback::Impl::awaitReply(int timeoutMs) {
     return false;
 }
 
-bool CipTcpCallback::Impl::recvBody(unsigned char* at, size_t length, int timeoutMs) {
+bool CipTcpCallback::Impl::recvBody(unsigned char* at, size_t length, int timeoutMs, Part* part) {
+    const unsigned char* const begin = at;
     const unsigned char* const end = at + length;
     // Mostly it came along with the header, and there is nothing to wait for.
     if (length > 0) {
@@ -78,6 +79,7 @@ bool CipTcpCallback::Impl::recvBody(unsigned char* at, size_t length, int timeou
         if (socketIn(readable)) {
             const ssize_t got = recv(sock, at, static_cast<size_t>(end - at), 0);
             if (got < 1) {
+                part->ended = true;
                 break;
             }
             at += got;
@@ -90,6 +92,7 @@ bool CipTcpCallback::Impl::recvBody(unsigned char* at, size_t length, int timeou
             break;
         }
     }
+    part->bytes += static_cast<size_t>(at - begin);
     if (at != end) {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_RECEIVE_TIMEOUT, 0);
     }
@@ -98,9 +101,12 @@ bool CipTcpCallback::Impl::recvBody(unsigned char* at, size_t length, int timeou
 
 void CipTcpCallback::Impl::drainSocket() {
     char scratch[kDrainPiece];
-    int pieces = 0;
-    while (pieces < kDrainPieces && recv(sock, scratch, sizeof scratch, 0) > 0) {
-        ++pieces;
+    for (int pieces = 0; pieces < kDrainPieces; ++pieces) {
+        const ssize_t got = recv(sock, scratch, sizeof scratch, 0);
+        if (got < 1) {
+            break;
+        }
+        noteThrownAway(scratch, static_cast<size_t>(got));
     }
 }
 
@@ -121,29 +127,29 @@ void CipTcpCallback::emptyRxBuffer() {
     d->servePipes(readable);
 }
 
-int CipTcpCallback::sendData(const _Encap_Header* request) {
+int CipTcpCallback::Impl::sendWhole(const _Encap_Header* request) {
     const unsigned char* const bytes = reinterpret_cast<const unsigned char*>(request);
     const size_t total = size_t(kEncapHeaderSize) + _GetEncapLength(request);
     size_t sent = 0;
     bool drained = false;
-    Countdown countdown(d->txTimeout);
+    Countdown countdown(txTimeout);
     do {
-        fd_set readable = d->readFds;
-        fd_set writable = d->writeFds;
-        if (drained && d->sock >= 0) {
-            FD_CLR(d->sock, &readable);
+        fd_set readable = readFds;
+        fd_set writable = writeFds;
+        if (drained && sock >= 0) {
+            FD_CLR(sock, &readable);
         }
         timeval time = countdown.beginRound();
-        if (select(d->maxFd + 1, &readable, &writable, 0, &time) < 1) {
+        if (select(maxFd + 1, &readable, &writable, 0, &time) < 1) {
             return 0;
         }
         // Before the first byte leaves, all that came unasked goes.
-        if (!drained && d->socketIn(readable)) {
-            d->drainSocket();
+        if (!drained && socketIn(readable)) {
+            drainSocket();
         }
-        d->servePipes(readable);
-        if (d->socketIn(writable)) {
-            const ssize_t count = send(d->sock, bytes + sent, total - sent, MSG_NOSIGNAL);
+        servePipes(readable);
+        if (socketIn(writable)) {
+            const ssize_t count = send(sock, bytes + sent, total - sent, MSG_NOSIGNAL);
             if (count < 1) {
                 return 0;
             }
@@ -157,20 +163,40 @@ int CipTcpCallback::sendData(const _Encap_Header* request) {
     return 0;
 }
 
+bool CipTcpCallback::awaitData(int timeoutMs) {
+    return d->awaitReply(timeoutMs);
+}
+
+int CipTcpCallback::sendData(const _Encap_Header* request) {
+    const int sent = d->sendWhole(request);
+    d->noteSent(request, sent > 0);
+    return sent;
+}
+
 _Encap_Header* CipTcpCallback::recvData(int timeoutMs) {
+    Impl::Part part = Impl::Part();
+    _Encap_Header header;
     if (!d->awaitReply(timeoutMs)) {
+        d->noteNoReply(&header, part);
         return 0;
     }
-    _Encap_Header header;
-    if (recv(d->sock, &header, sizeof header, 0) != static_cast<ssize_t>(sizeof header)) {
+    const ssize_t got = recv(d->sock, &header, sizeof header, 0);
+    part.bytes = static_cast<size_t>(std::max<ssize_t>(got, 0));
+    if (part.bytes != sizeof header) {
+        part.ended = true;
+        d->noteNoReply(&header, part);
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_RECEIVE_ERROR, 0);
         return 0;
     }
     cip::MallocPtr<unsigned char> reply = replyBuffer(header);
-    if (!reply ||
-        !d->recvBody(reply.get() + sizeof header, _GetEncapLength(&header), timeoutMs)) {
+    if (!reply) {
         return 0;
     }
+    if (!d->recvBody(reply.get() + sizeof header, _GetEncapLength(&header), timeoutMs, &part)) {
+        d->noteNoReply(reply.get(), part);
+        return 0;
+    }
+    d->noteReply(reinterpret_cast<const _Encap_Header*>(reply.get()));
     return reinterpret_cast<_Encap_Header*>(reply.release());
 }
 

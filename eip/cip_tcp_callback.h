@@ -6,6 +6,8 @@
 
 #include "eip/cip/cip_callback.h"
 
+class FlightRecorder;
+
 /// The transport of the worker: a TCP connection to the controller, and two local socket pairs
 /// ("pipes" 0 and 1; any index but 0 is pipe 1) by which the driver hands in its commands.
 ///
@@ -63,6 +65,12 @@ class CipTcpCallback : public CipCallback {
     void emptyRxBuffer();
     /// Waits up to `ms` and serves the pipes; a command ends the wait. 0 returns at once.
     void sleep(unsigned long ms);
+    /// Waits until the controller has sent something, serving the pipes; false when it has not in
+    /// time, with the error record as recvData() leaves it.
+    bool awaitData(int timeoutMs);
+    /// Who is told about the traffic; null, as at first, for nobody. Not owned. Only while the
+    /// worker thread does not run.
+    void setRecorder(FlightRecorder* recorder);
 
     // ---- worker thread: server ends (non-blocking) -------------------------------------------
 

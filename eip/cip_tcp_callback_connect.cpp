@@ -77,7 +77,7 @@ void CipTcpCallback::Impl::closeSocket() {
 }
 
 bool CipTcpCallback::Impl::beginConnect(const char* host, unsigned short port, bool* established) {
-    sock = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, tcpProtocol());
+    sock = KCreateTcpSocket(tcpProtocol());
     if (sock < 0) {
         lastErrno = errno;
         return false;
@@ -135,12 +135,14 @@ int CipTcpCallback::connect(const char* host, unsigned short port, unsigned long
         return 1;
     }
     d->closeSocket();
+    d->noteConnecting(host, port);
     bool established = false;
     const bool connected = d->beginConnect(host ? host : "", port, &established) &&
                            (established ? d->checkSocket() : d->awaitConnected(timeoutMs));
     if (!connected) {
         d->closeSocket();
     }
+    d->noteConnected(connected);
     return connected;
 }
 
@@ -148,6 +150,7 @@ void CipTcpCallback::disconnect() {
     if (d->sock >= 0) {
         shutdown(d->sock, SHUT_RDWR);
         d->closeSocket();
+        d->noteClosed();
     }
 }
 
@@ -155,9 +158,13 @@ bool CipTcpCallback::isConnected() {
     return d->checkSocket();
 }
 
-QString CipTcpCallback::lastError() const {
+QString CipTcpCallback::Impl::errnoText() const {
     char buffer[256];
-    const char* text = strerror_r(d->lastErrno, buffer, sizeof buffer);
-    return QString::fromLocal8Bit(text) + QLatin1Char('(') + QString::number(d->lastErrno) +
+    const char* text = strerror_r(lastErrno, buffer, sizeof buffer);
+    return QString::fromLocal8Bit(text) + QLatin1Char('(') + QString::number(lastErrno) +
            QLatin1Char(')');
+}
+
+QString CipTcpCallback::lastError() const {
+    return d->errnoText();
 }

@@ -4,14 +4,17 @@
 #include <sys/select.h>
 #include <sys/types.h>
 
+#include <QString>
+
 #include "eip/cip_tcp_callback.h"
 #include "eip/quick_answer.h"
 
 class Countdown;
+class FlightRecorder;
 
 /// State of CipTcpCallback. The client ends, their time-outs and pace belong to the driver's thread
-/// once the object is constructed, everything else to the worker's; the descriptors of the pipes are
-/// constant until the end.
+/// once the object is constructed, everything else to the worker's; the descriptors of the pipes
+/// are constant until the end.
 class CipTcpCallback::Impl {
  public:
     /// A socket pair; both -1 when it could not be made.
@@ -48,14 +51,31 @@ class CipTcpCallback::Impl {
     int waitReadable(Countdown* countdown, fd_set* readable);
     /// Waits for a reply to begin; on failure the error record is set as recvData() has it.
     bool awaitReply(int timeoutMs);
-    /// Receives exactly `length` bytes; on failure the error record is set.
-    bool recvBody(unsigned char* at, size_t length, int timeoutMs);
+    /// What a failed receive came to.
+    struct Part {
+        size_t bytes;  ///< that came
+        bool ended;    ///< the connection ended, the time was not up
+    };
+    /// Receives exactly `length` bytes; on failure the error record and `part` are set.
+    bool recvBody(unsigned char* at, size_t length, int timeoutMs, Part* part);
+    int sendWhole(const _Encap_Header* request);
     void drainSocket();
 
+    // What the recorder is told, if there is one.
+    void noteConnecting(const char* host, unsigned short port);
+    void noteConnected(bool connected);
+    QString errnoText() const;
+    void noteSent(const _Encap_Header* request, bool whole);
+    void noteReply(const _Encap_Header* reply);
+    void noteNoReply(const void* bytes, const Part& part);
+    void noteThrownAway(const void* bytes, size_t size);
+    void noteClosed();
+
     CipTcpCallback* owner;
-    int sock;                ///< -1 when closed
-    int maxFd;               ///< highest descriptor in the sets
-    unsigned int txTimeout;  ///< milliseconds
+    int sock;                  ///< -1 when closed
+    FlightRecorder* recorder;  ///< not owned; constant while the worker runs
+    int maxFd;                 ///< highest descriptor in the sets
+    unsigned int txTimeout;    ///< milliseconds
     int lastErrno;
     Pipe pipe0;
     Pipe pipe1;

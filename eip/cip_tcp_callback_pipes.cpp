@@ -34,7 +34,15 @@ bool nothingYet(ssize_t got) {
 bool severalProcessors() {
     cpu_set_t processors;
     CPU_ZERO(&processors);
-    return sched_getaffinity(0, sizeof processors, &processors) == 0 && CPU_COUNT(&processors) > 1;
+    if (sched_getaffinity(0, sizeof processors, &processors) != 0) {
+        return false;
+    }
+    // The macro that counts them calls a function that C libraries before 2.6 do not have.
+    int found = 0;
+    for (size_t processor = 0; processor < CPU_SETSIZE && found < 2; ++processor) {
+        found += CPU_ISSET(processor, &processors) ? 1 : 0;
+    }
+    return found > 1;
 }
 
 /// One read that does not sleep.
@@ -60,7 +68,12 @@ ssize_t recvDespiteSignals(int fd, char* buf, size_t len, unsigned long timeoutM
 }  // namespace
 
 CipTcpCallback::Impl::Impl(CipTcpCallback* callbackOwner)
-    : owner(callbackOwner), sock(-1), maxFd(-1), txTimeout(kFirstTxTimeoutMs), lastErrno(0) {
+    : owner(callbackOwner),
+      sock(-1),
+      recorder(nullptr),
+      maxFd(-1),
+      txTimeout(kFirstTxTimeoutMs),
+      lastErrno(0) {
     FD_ZERO(&readFds);
     FD_ZERO(&writeFds);
     const bool opened = openPipe(&pipe0);

@@ -23,6 +23,9 @@ void LgxDataCache::insert(const QString& key, const QByteArray& value) {
     const QByteArray ownValue(value.constData(), value.size());
     std::lock_guard<std::mutex> lock(mutex);
     hash.insert(ownKey, ownValue);
+    if (!withheld.isEmpty()) {
+        withheld.remove(ownKey);
+    }
 }
 
 bool LgxDataCache::value(const QString& key, QByteArray& out) const {
@@ -49,11 +52,36 @@ bool LgxDataCache::value(const QString& key, QByteArray& out, int offset) const 
 
 bool LgxDataCache::hasKey(const QString& key) const {
     std::lock_guard<std::mutex> lock(mutex);
-    return hash.contains(key);
+    return hash.contains(key) || withheld.contains(key);
+}
+
+void LgxDataCache::withhold(const QString& key) {
+    std::lock_guard<std::mutex> lock(mutex);
+    const QHash<QString, QByteArray>::iterator entry = hash.find(key);
+    if (entry != hash.end()) {
+        withheld.insert(entry.key(), *entry);
+        hash.erase(entry);
+    }
+}
+
+void LgxDataCache::withholdAll() {
+    std::lock_guard<std::mutex> lock(mutex);
+    if (withheld.isEmpty()) {
+        std::swap(hash, withheld);
+        return;
+    }
+    for (QHash<QString, QByteArray>::const_iterator entry = hash.constBegin();
+         entry != hash.constEnd(); ++entry) {
+        withheld.insert(entry.key(), *entry);
+    }
+    hash.clear();
 }
 
 void LgxDataCache::clear() {
-    QHash<QString, QByteArray> old;  // freed when the lock is gone
+    // Freed when the lock is gone.
+    QHash<QString, QByteArray> old;
+    QHash<QString, QByteArray> oldWithheld;
     std::lock_guard<std::mutex> lock(mutex);
     std::swap(hash, old);
+    std::swap(withheld, oldWithheld);
 }

@@ -6,8 +6,8 @@
 /// Decides whether a wait for an answer begins awake. Being put to sleep and woken takes a thread
 /// some tens of microseconds, more than a near controller takes to answer; a far one takes
 /// milliseconds, and then not a cycle is to be spent on waiting. So a wait begins awake, and for
-/// awake() at most, while the answer before came within quickLimit(). On a single processor it never does:
-/// whoever stays awake there keeps the answer from being made.
+/// awake() at most, while the answer before came within quickLimit(). On a single processor it
+/// never does: whoever stays awake there keeps the answer from being made.
 ///
 /// One caller at a time.
 class QuickAnswer {

@@ -7,6 +7,32 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#ifndef SOCK_CLOEXEC
+// Linux's number, for C libraries before 2.9.
+#define SOCK_CLOEXEC 02000000
+#endif
+
+namespace {
+
+/// What opens the descriptors, given its type with or without SOCK_CLOEXEC: 0, or -1 with errno.
+template <class Open>
+int openCloseOnExec(const Open& open, int* fds, int count) {
+    if (open(SOCK_STREAM | SOCK_CLOEXEC) == 0) {
+        return 0;
+    }
+    // Linux before 2.6.27 does not know the flag. There a program that another thread starts
+    // between the two calls still inherits the descriptor: that kernel has no way to prevent it.
+    if (errno != EINVAL || open(SOCK_STREAM) != 0) {
+        return -1;
+    }
+    for (int i = 0; i < count; ++i) {
+        fcntl(fds[i], F_SETFD, FD_CLOEXEC);
+    }
+    return 0;
+}
+
+}  // namespace
+
 timeval KTimevalFrom(unsigned long ms) {
     timeval time;
     time.tv_sec = static_cast<time_t>(ms / 1000);
@@ -27,8 +53,18 @@ int KSocketSetTxTimeout(int fd, unsigned long ms) {
     return KSocketSetTimeout(fd, ms, false);
 }
 
+int KCreateTcpSocket(int protocol) {
+    int fd = -1;
+    const auto open = [&fd, protocol](int type) {
+        fd = socket(AF_INET, type, protocol);
+        return fd < 0 ? -1 : 0;
+    };
+    openCloseOnExec(open, &fd, 1);
+    return fd;
+}
+
 int KCreateSocketPair(int* fds) {
-    return socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, fds);
+    return openCloseOnExec([fds](int type) { return socketpair(AF_UNIX, type, 0, fds); }, fds, 2);
 }
 
 int KSetNonBlockingMode(int fd, bool on) {

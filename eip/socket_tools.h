@@ -16,6 +16,10 @@ int KSocketSetTimeout(int fd, unsigned long ms, bool rx);
 int KSocketSetRxTimeout(int fd, unsigned long ms);
 int KSocketSetTxTimeout(int fd, unsigned long ms);
 
+/// Makes a TCP socket over IPv4, close-on-exec, on every kernel. `protocol` as socket() takes it.
+/// The caller closes it. Returns the descriptor, or -1 with errno.
+int KCreateTcpSocket(int protocol);
+
 /// Makes a pair of connected Unix-domain stream sockets, close-on-exec. The caller closes both.
 /// Returns socketpair()'s result: 0, or -1 with errno.
 int KCreateSocketPair(int* fds);

@@ -2,10 +2,10 @@
 
 #include <pthread.h>
 #include <signal.h>
+#include <stdlib.h>
 #include <sys/prctl.h>
 #include <unistd.h>
 
-#include <QSet>
 #include <QTime>
 
 #include "common/qt_compat.h"
@@ -15,6 +15,11 @@
 #include "eip/cip/encapsulation.h"
 #include "eip/cip_plc_driver_callback.h"
 #include "eip/worker_impl.h"
+
+#ifndef PR_SET_TIMERSLACK
+// Linux's number, for headers before 2.6.28.
+#define PR_SET_TIMERSLACK 29
+#endif
 
 namespace {
 
@@ -32,12 +37,12 @@ const uint32_t kRpiMs = 2000;
 /// that a request that is about to leave does not meet that moment.
 const qint64 kIdleLimitMs = qint64(kRpiMs) * (4 << kTimeoutMultiplier) * 15 / 16;
 
-const unsigned long kIdleSleepMs = 20;
-
 const unsigned long kTimerSlackNs = 1000;
 
 /// How long a controller may take over the Forward Close: a driver command is waiting behind it.
 const uint32_t kFarewellMs = 500;
+/// The same when the worker ends: its owner is waiting for the thread.
+const qint64 kLastFarewellMs = 50;
 
 /// Sets this worker apart from every other one in this process or started in the same second on
 /// another panel: the controller takes two equal originators for one.
@@ -53,6 +58,7 @@ uint32_t makeSalt() {
 EipWorker::Impl::Impl(CipPlcDriverCallback* owner, const QString& address, unsigned short tcpPort,
                       unsigned long ms, const std::vector<unsigned char>& route)
     : receiver(owner),
+      recorder(nullptr),
       timeout(ms),
       routePath(route),
       stop(false),
@@ -63,6 +69,7 @@ EipWorker::Impl::Impl(CipPlcDriverCallback* owner, const QString& address, unsig
       session(0),
       connection(0),
       originatorSalt(makeSalt()),
+      outage(false),
       lastTraffic(0) {}
 
 EipWorker::Impl::~Impl() {
@@ -80,14 +87,6 @@ void EipWorker::Impl::setErrText(const QString& text, bool raise) {
     errFlag = errFlag || raise;
 }
 
-/// What serving a driver command meant for the polling pass.
-struct EipWorker::Served {
-    Served() : broken(false), addressChanged(false) {}
-    bool broken;
-    bool addressChanged;
-    QString name;
-};
-
 EipWorker::EipWorker(CipPlcDriverCallback* receiver, const QString& ip, unsigned short port,
                      unsigned long timeout)
     : d(new Impl(receiver, ip, port, timeout, std::vector<unsigned char>())) {}
@@ -96,9 +95,13 @@ EipWorker::EipWorker(CipPlcDriverCallback* receiver, const QString& ip, unsigned
                      unsigned long timeout, const std::vector<unsigned char>& routePath)
     : d(new Impl(receiver, ip, port, timeout, routePath)) {}
 
-EipWorker::~EipWorker() { d->ended.load(std::memory_order_acquire); }
+EipWorker::~EipWorker() {
+    d->ended.load(std::memory_order_acquire);
+}
 
-void EipWorker::stop() { d->stop.store(true); }
+void EipWorker::stop() {
+    d->stop.store(true);
+}
 
 QString EipWorker::errStr() const {
     std::lock_guard<std::mutex> lock(d->errMutex);
@@ -110,7 +113,9 @@ bool EipWorker::hasErr() const {
     return d->errFlag;
 }
 
-void EipWorker::setErrStr(const QString& text) { d->setErrText(text, true); }
+void EipWorker::setErrStr(const QString& text) {
+    d->setErrText(text, true);
+}
 
 void EipWorker::clearErr() {
     std::lock_guard<std::mutex> lock(d->errMutex);
@@ -125,7 +130,9 @@ bool EipWorker::cacheValue(const QString& key, QByteArray& out, int offset) {
     return d->receiver->cacheValue(key, out, offset);
 }
 
-bool EipWorker::pipesOpened() const { return d->receiver->pipesOpened(); }
+bool EipWorker::pipesOpened() const {
+    return d->receiver->pipesOpened();
+}
 
 int EipWorker::sendCmd(int pipe, const char* line, int length) {
     d->receiver->discardClientPipe(pipe);
@@ -141,9 +148,13 @@ bool EipWorker::recvRsp(int pipe, char* buffer, int size, int* received) {
     return gotLF;
 }
 
-CipPlcDriverCallback* EipWorker::receiver() const { return d->receiver; }
+CipPlcDriverCallback* EipWorker::receiver() const {
+    return d->receiver;
+}
 
-void EipWorker::setCPDC(CipPlcDriverCallback* receiver) { d->receiver = receiver; }
+void EipWorker::setCPDC(CipPlcDriverCallback* receiver) {
+    d->receiver = receiver;
+}
 
 void EipWorker::sleep(unsigned long ms) {
     // A command that came in with the last wait has left the pipe: nothing would wake the sleep.
@@ -158,7 +169,9 @@ bool EipWorker::hasDriverCommand() const {
            d->receiver->hasDriverIpSettingChangedCmd() || d->receiver->hasDriverSetSessionCmd();
 }
 
-bool EipWorker::connectionIsOpened() const { return d->session && d->connection; }
+bool EipWorker::connectionIsOpened() const {
+    return d->session && d->connection;
+}
 
 /// Gives an opening up halfway, without a word to the controller. Always false.
 bool EipWorker::dropSession() {
@@ -169,16 +182,33 @@ bool EipWorker::dropSession() {
 }
 
 bool EipWorker::openConnection() {
-    if (!d->receiver->connect(d->ip.toLatin1().constData(), d->port, d->timeout)) {
-        setErrStr(d->receiver->lastError());
+    if (!connectAndOpen()) {
+        d->outage = true;
         return false;
+    }
+    if (d->outage) {
+        // What was read before may be another program's value, or another controller's. Before the
+        // error is cleared: from then on the host looks into the cache again.
+        d->receiver->cacheWithholdAll();
+        d->outage = false;
+    }
+    d->lastTraffic = CurrentMSecsSinceBoot();
+    clearErr();
+    noteOpened();
+    return true;
+}
+
+/// The steps of an opening; false leaves the reason as the error, and nothing open.
+bool EipWorker::connectAndOpen() {
+    if (!d->receiver->connect(d->ip.toLatin1().constData(), d->port, d->timeout)) {
+        return openingFailed(d->receiver->lastError());
     }
     if (d->session) {
         DeleteSession(d->session);
     }
     d->session = NewSession(d->timeout, d->receiver);
     if (!d->session) {
-        setErrStr(QLatin1String("can't allocate session"));
+        openingFailed(QLatin1String("can't allocate session"));
         d->receiver->disconnect();
         return false;
     }
@@ -186,7 +216,7 @@ bool EipWorker::openConnection() {
         return dropSession();
     }
     if (_RegisterSession(d->session) != 0) {
-        setErrStr(QString::fromLocal8Bit(cip_err_msg()));
+        openingFailed(QString::fromLocal8Bit(cip_err_msg()));
         return dropSession();
     }
     if (d->stop.load()) {
@@ -197,22 +227,21 @@ bool EipWorker::openConnection() {
     }
     const unsigned char* route = d->routePath.empty() ? 0 : d->routePath.data();
     const uint32_t originatorSerial = static_cast<uint32_t>(compatRand()) ^ d->originatorSalt;
-    d->connection = _ConnectPLCOverCNET2(
-        d->session, kPlcKind, kPriorityTick, kTimeoutTicks, kTToOConnectionId, kConnectionSerial,
-        kOriginatorVendorId, originatorSerial, kTimeoutMultiplier, kRpiMs, _Transport, route,
-        static_cast<unsigned char>(d->routePath.size()));
+    d->connection = _ConnectPLCOverCNET2(d->session, kPlcKind, kPriorityTick, kTimeoutTicks,
+                                         kTToOConnectionId, kConnectionSerial, kOriginatorVendorId,
+                                         originatorSerial, kTimeoutMultiplier, kRpiMs, _Transport,
+                                         route, static_cast<unsigned char>(d->routePath.size()));
     if (!d->connection) {
-        setErrStr(QString::fromLocal8Bit(cip_err_msg()));
+        openingFailed(QString::fromLocal8Bit(cip_err_msg()));
         _UnRegisterSession(d->session);
         return dropSession();
     }
-    d->lastTraffic = CurrentMSecsSinceBoot();
-    clearErr();
     return true;
 }
 
 void EipWorker::closeConnection() {
-    // A stopped worker makes no farewell: the owner waits for the thread.
+    // What a stopped worker closes is broken, and nobody there to hear a farewell. One that works
+    // is closed at the end of the loop.
     const bool farewell = !d->stop.load();
     if (d->session && d->session->timeoutMs > kFarewellMs) {
         d->session->timeoutMs = kFarewellMs;
@@ -242,6 +271,7 @@ bool EipWorker::ensureConnection() {
             return true;
         }
         closeConnection();
+        d->outage = true;
     }
     const bool opened = openConnection();
     if (!opened && d->sessionHash.isEmpty()) {
@@ -264,6 +294,7 @@ void EipWorker::run() {
     }
     pthread_sigmask(SIG_BLOCK, &all, 0);
     // The pause between two polls is a millisecond; the system's default lateness is a part of it.
+    // Linux before 2.6.28 refuses, and it stays.
     prctl(PR_SET_TIMERSLACK, kTimerSlackNs);
     while (!d->stop.load()) {
         Served served;
@@ -279,7 +310,28 @@ void EipWorker::run() {
         }
         pollSession();
     }
+    sayFarewell();
     d->ended.store(true, std::memory_order_release);
+}
+
+/// Closes the connection that is open when the loop ends: the controller would keep it for half a
+/// minute, and has few. No answer is needed for that, but closing the socket before the controller
+/// has looked at the request could take it away. Nothing in here waits longer than kLastFarewellMs
+/// in all; what does not leave at once stays unsent.
+void EipWorker::sayFarewell() {
+    if (!connectionIsOpened()) {
+        return;
+    }
+    const qint64 start = CurrentMSecsSinceBoot();
+    d->receiver->setTxTimeout(0);
+    const int sent = _SendForwardClose(d->connection);
+    d->connection = 0;
+    if (sent > 0 && d->receiver->awaitData(kLastFarewellMs)) {
+        const qint64 left = kLastFarewellMs - (CurrentMSecsSinceBoot() - start);
+        free(d->receiver->recvData(static_cast<int>(qMax<qint64>(left, 0))));
+    }
+    _UnRegisterSession(d->session);
+    dropSession();
 }
 
 bool EipWorker::serveOneDriverCommand(Served* served) {
@@ -304,69 +356,7 @@ bool EipWorker::takeSessionList() {
     if (ok) {
         d->sessionHash = entries;
         d->receiver->cacheClear();
+        noteSessionList();
     }
     return ok;
-}
-
-/// One pass over the session entries. Ends early when the connection breaks, when the list or the
-/// controller's address changes, and when the worker is to stop.
-void EipWorker::pollSession() {
-    if (d->stop.load()) {
-        return;
-    }
-    if (!ensureConnection()) {
-        // A connect that is refused at once never waits; the pipes must be served all the same,
-        // or a corrected address could not get in.
-        d->receiver->emptyRxBuffer();
-        return;
-    }
-    clearErr();
-    // A copy: a command served below may bring a new list.
-    const QHash<QString, int> entries = d->sessionHash;
-    QSet<QString> done;
-    // The entry that broke the last pass comes last in this one: were it always before the others,
-    // they would never be read again.
-    QHash<QString, int>::const_iterator entry = entries.constFind(d->brokenAt);
-    if (entry != entries.constEnd()) {
-        ++entry;
-    }
-    d->brokenAt.clear();
-    for (int left = entries.size(); left > 0 && !d->stop.load(); --left, ++entry) {
-        if (entry == entries.constEnd()) {
-            entry = entries.constBegin();
-        }
-        Served served;
-        d->refreshedName.clear();
-        serveOneDriverCommand(&served);
-        if (d->receiver->hasDriverSetSessionCmd()) {
-            takeSessionList();
-            return;
-        }
-        if (served.broken || served.addressChanged || !connectionIsOpened()) {
-            return;
-        }
-        // Only what went into the cache: a tag read with another count than the polled one is
-        // still due.
-        if (!served.name.isEmpty() && served.name == d->refreshedName) {
-            done.insert(served.name);
-        }
-        if (done.contains(entry.key())) {
-            continue;
-        }
-        done.insert(entry.key());
-        if (!pollEntry(entry.key(), entry.value())) {
-            d->brokenAt = entry.key();
-            return;
-        }
-    }
-}
-
-/// Refreshes one entry; false when the connection broke over it.
-bool EipWorker::pollEntry(const QString& name, int count) {
-    bool broken = false;
-    updateCache(name, count, &broken);
-    if (broken) {
-        sleep(kIdleSleepMs);
-    }
-    return !broken;
 }

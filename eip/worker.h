@@ -3,6 +3,7 @@
 
 #include <QByteArray>
 #include <QHash>
+#include <QSet>
 #include <QString>
 #include <QThread>
 #include <memory>
@@ -11,6 +12,7 @@
 #include "eip/cip/logix_services.h"
 
 class CipPlcDriverCallback;
+class FlightRecorder;
 
 /// The thread that owns the EtherNet/IP session and the class 3 connection to one controller.
 ///
@@ -21,7 +23,7 @@ class CipPlcDriverCallback;
 /// thread" may be called from there while the loop runs; everything else belongs to the loop.
 /// Nothing throws.
 class EipWorker : public QThread {
-  public:
+ public:
     /// `receiver` carries the traffic and takes the driver's commands; it is not owned and must
     /// outlive the thread. `ip` is dotted text or a host name, `timeout` is in milliseconds and
     /// holds for the connect and for every reply.
@@ -38,7 +40,8 @@ class EipWorker : public QThread {
     // ---- host thread ---------------------------------------------------------------------
 
     /// Sets the stop flag; the loop ends at its next test. The longest wait until then is one
-    /// connect or one request with its time-outs.
+    /// connect or one request with its time-outs. An open connection is closed with a farewell of
+    /// at most 50 ms.
     void stop();
 
     /// The text of the last failure; kept when the flag is cleared.
@@ -77,11 +80,14 @@ class EipWorker : public QThread {
 
     /// Replaces the receiver; only before the thread starts.
     void setCPDC(CipPlcDriverCallback* receiver);
+    /// Who is told what the worker and its transport do; null, as at first, for nobody. Not owned.
+    /// Only before the thread starts.
+    void setRecorder(FlightRecorder* recorder);
     /// Waits through the transport, which keeps serving the pipes; a command cuts it short, and
     /// one that is already pending lets it return at once.
     void sleep(unsigned long ms);
 
-  protected:
+ protected:
     void run();
 
     /// Serve the pending command of their kind. `broken` (may be null) tells whether the
@@ -94,12 +100,15 @@ class EipWorker : public QThread {
     virtual bool processDriverWriteCmd(QString* writtenName, bool* broken);
     bool processDriverIpSettingChangedCmd();
 
-    /// Reads the controller and stores the value in the cache.
+    /// Reads the controller and stores the value in the cache. When the controller refuses the tag,
+    /// or its answer cannot be decoded, the entry is withheld.
     bool updateCache(const QString& name, int count, bool* broken);
-    /// Reads the controller; empty on failure.
+    /// Reads the controller; empty on failure. Both take as many requests as the tag's size needs,
+    /// one after the other, and serve nothing in between.
     QByteArray readFromPLC(const QString& name, int count, bool* broken);
     /// Writes `count` elements of `data`; `data` holds at least count * element size bytes (the
-    /// characters for a short string).
+    /// characters for a short string). What does not fit the connection goes out in pieces; after a
+    /// failure behind the first one the error text says which elements are written.
     bool writeToPLC(const QString& name, _LGX_Data_Type type, QByteArray& data,
                     unsigned short count, bool* broken);
 
@@ -114,23 +123,37 @@ class EipWorker : public QThread {
     /// The receiver given at construction.
     CipPlcDriverCallback* receiver() const;
 
-  private:
+ private:
     struct Served;
     struct ArrayRequest;
 
     void seedOriginator();
+    bool connectAndOpen();
+    bool openingFailed(const QString& reason);
+    void noteOpened();
+    void noteLost(const QString& reason);
+    void noteSessionList();
+    void noteAddress();
+    void notePass(qint64 startedUs);
     bool dropSession();
+    void sayFarewell();
     bool hasDriverCommand() const;
     bool serveOneDriverCommand(Served* served);
     bool takeSessionList();
     void pollSession();
-    bool pollEntry(const QString& name, int count);
+    bool serveDuringPass(QSet<QString>* done);
+    bool pollEntry(const QString& name, int count, QSet<QString>* done);
+    bool finishPoll(const QString& name, bool broken);
+    LgxProgress readInOneGo(LgxTagRead* read);
+    bool storeInCache(const QString& name, int count, LgxProgress progress, LgxTagRead* read,
+                      bool* broken);
+    QString entryKeyOf(const QString& name) const;
     bool takeArrayRequest(ArrayRequest* request);
     bool arraySliceFromCache(const ArrayRequest& request, QByteArray* value);
     bool readArrayElements(const ArrayRequest& request, QByteArray* value, QString* refreshed,
                            QString* failure, bool* broken);
     bool isPolled(const QString& name, const QString& key) const;
-    bool finishFailedRequest(bool* broken);
+    bool finishFailedRequest(const QString& cacheKey, bool* broken);
     void answerRead(int pipe, unsigned short tid, const QByteArray& value);
     void answerArrayElement(int pipe, unsigned short tid, const QByteArray& value);
 

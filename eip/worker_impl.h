@@ -11,6 +11,7 @@
 #include "eip/worker.h"
 
 class CipPlcDriverCallback;
+class FlightRecorder;
 struct _Eip_Connection;
 struct _Eip_Session;
 
@@ -24,6 +25,7 @@ struct EipWorker::Impl {
 
     // constant while the thread runs
     CipPlcDriverCallback* receiver;
+    FlightRecorder* recorder;     ///< null: nobody is told
     const unsigned long timeout;  ///< milliseconds
     const std::vector<unsigned char> routePath;
 
@@ -43,10 +45,25 @@ struct EipWorker::Impl {
     _Eip_Connection* connection;
     QHash<QString, int> sessionHash;  ///< tag name -> element count
     uint32_t originatorSalt;
-    qint64 lastTraffic;  ///< when the controller last answered, milliseconds since boot
+    bool outage;            ///< the connection was lost since the cached values were read
+    qint64 lastTraffic;     ///< when the controller last answered, milliseconds since boot
     QString refreshedName;  ///< the tag whose cache entry was refreshed last
+    QString writtenName;    ///< the tag that a write was sent for last
     QString brokenAt;       ///< the session entry over which the last pass broke
 };
+
+/// What serving a driver command meant for the polling pass.
+struct EipWorker::Served {
+    Served() : broken(false), addressChanged(false) {}
+    bool broken;
+    bool addressChanged;
+    QString name;
+};
+
+/// A pause in which nothing is to be asked of the controller.
+const unsigned long kIdleSleepMs = 20;
+/// The pause behind a read or a write.
+const unsigned long kAfterRequestSleepMs = 1;
 
 /// A copy that shares no storage, for texts that cross threads.
 inline QString detachedCopy(const QString& text) {

@@ -1,9 +1,6 @@
-// What the worker does for the driver's read and address commands, and the controller requests
-// that these, the polling pass and the writes share.
+// What the worker does for the driver's read and address commands.
 
-#include "common/tools.h"
 #include "eip/cip/cip_error.h"
-#include "eip/cip/logix_services.h"
 #include "eip/cip_plc_driver_callback.h"
 #include "eip/lgx_data_cache.h"
 #include "eip/worker.h"
@@ -11,16 +8,9 @@
 
 namespace {
 
-const unsigned long kAfterRequestSleepMs = 1;
-
 /// The largest value that an answer line holds: two digits a byte, code, id, separators and line
 /// feed within 4096 bytes.
 const int kLargestAnswer = (4096 - 1 - 9) / 2;
-
-struct LgxReadDeleter {
-    void operator()(_LGX_Read* read) const { _FreeLGXRead(read); }
-};
-typedef std::unique_ptr<_LGX_Read, LgxReadDeleter> LgxReadPtr;
 
 /// Results that a caller may not want.
 template <typename T>
@@ -30,74 +20,11 @@ void setOut(T* out, const T& value) {
     }
 }
 
-const char* tooLongForAnswer() { return CIPGetInternalErrMsg(CIP_INTERNAL_BUFFER_TOO_SMALL); }
+const char* tooLongForAnswer() {
+    return CIPGetInternalErrMsg(CIP_INTERNAL_BUFFER_TOO_SMALL);
+}
 
 }  // namespace
-
-/// After a request that failed: keeps the library's text, and gives the connection up unless the
-/// controller itself refused the request or the request never left. Always false.
-bool EipWorker::finishFailedRequest(bool* broken) {
-    const int type = cip_err_type();
-    const bool neverSent =
-        type == CIP_ERR_INTERNAL && cip_errno() == CIP_INTERNAL_BUFFER_TOO_SMALL;
-    const bool lost = type != CIP_ERR_AB && !neverSent;
-    // The flag holds other requests back until the polling has the connection again; without
-    // polling the next one has to try. A value that nobody can decode is the tag's trouble alone.
-    const bool undecodable = type == CIP_ERR_INTERNAL && cip_errno() == CIP_INTERNAL_BAD_DATA;
-    d->setErrText(QString::fromLocal8Bit(cip_err_msg()),
-                  lost && !undecodable && !d->sessionHash.isEmpty());
-    if (lost) {
-        closeConnection();
-        if (broken) {
-            *broken = true;
-        }
-    } else if (type == CIP_ERR_AB) {
-        d->lastTraffic = CurrentMSecsSinceBoot();
-    }
-    return false;
-}
-
-bool EipWorker::updateCache(const QString& name, int count, bool* broken) {
-    setOut(broken, false);
-    const LgxReadPtr reply(_ReadLgxData(d->session, d->connection, name.toLatin1().constData(),
-                                        static_cast<uint16_t>(count & 0xFFFF)));
-    if (reply) {
-        d->lastTraffic = CurrentMSecsSinceBoot();
-        d->receiver->cacheInsert(LgxDataCache::keyFrom(name, count),
-                                 GetLGXValueAsByteArray(reply.get()));
-        d->refreshedName = name;
-    } else {
-        finishFailedRequest(broken);
-    }
-    sleep(kAfterRequestSleepMs);
-    return reply != 0;
-}
-
-QByteArray EipWorker::readFromPLC(const QString& name, int count, bool* broken) {
-    setOut(broken, false);
-    const LgxReadPtr reply(_ReadLgxData(d->session, d->connection, name.toLatin1().constData(),
-                                        static_cast<uint16_t>(count & 0xFFFF)));
-    if (!reply) {
-        finishFailedRequest(broken);
-        return QByteArray();
-    }
-    d->lastTraffic = CurrentMSecsSinceBoot();
-    const QByteArray value = GetLGXValueAsByteArray(reply.get());
-    // An empty string is a value, not a failure: one zero byte, as a line carries it anyway.
-    return value.isEmpty() ? QByteArray(1, 0) : value;
-}
-
-bool EipWorker::writeToPLC(const QString& name, _LGX_Data_Type type, QByteArray& data,
-                           unsigned short count, bool* broken) {
-    setOut(broken, false);
-    const int replies = _WriteLgxData(d->session, d->connection, name.toLatin1().constData(), type,
-                                      data.constData(), count);
-    if (replies < 0) {
-        return finishFailedRequest(broken);
-    }
-    d->lastTraffic = CurrentMSecsSinceBoot();
-    return true;
-}
 
 bool EipWorker::sessionReadCmdHashContains(const QString& name) const {
     return d->sessionHash.contains(name);
@@ -263,8 +190,8 @@ bool EipWorker::processDriverReadArrayElementCmd(bool* broken, QString* servedNa
 
 /// Reads the elements from the controller: the whole array when it is polled, the polled element,
 /// or just the elements.
-bool EipWorker::readArrayElements(const ArrayRequest& request, QByteArray* value, QString* refreshed,
-                                  QString* failure, bool* broken) {
+bool EipWorker::readArrayElements(const ArrayRequest& request, QByteArray* value,
+                                  QString* refreshed, QString* failure, bool* broken) {
     if (isPolled(request.arrayName, request.arrayKey)) {
         *refreshed = request.arrayName;
         if (!updateCache(request.arrayName, request.arraySize, broken)) {
@@ -314,6 +241,7 @@ bool EipWorker::processDriverIpSettingChangedCmd() {
     closeConnection();
     d->ip = ip;
     d->port = port;
+    noteAddress();
     d->receiver->sendDriverIpSettingChangedOkRsp(pipe, tid);
     return true;
 }

@@ -19,33 +19,33 @@ namespace {
 const size_t kHeaderSize = 24;
 
 class ScriptedTransport : public CipCallback {
-  public:
-    ScriptedTransport(const uint8_t* data, size_t size) : m_data(data), m_size(size) {}
+ public:
+    ScriptedTransport(const uint8_t* bytes, size_t count) : data(bytes), size(count) {}
 
     _Encap_Header* recvData(int) override {
-        if (m_size < 2) {
+        if (size < 2) {
             return nullptr;
         }
-        size_t length = m_data[0] | (m_data[1] & 0x03) << 8;
-        const bool repairSequence = (m_data[1] & 0x80) != 0;
-        m_data += 2;
-        m_size -= 2;
-        length = length < m_size ? length : m_size;
+        size_t length = data[0] | (data[1] & 0x03) << 8;
+        const bool repairSequence = (data[1] & 0x80) != 0;
+        data += 2;
+        size -= 2;
+        length = length < size ? length : size;
         if (length < kHeaderSize) {
-            m_size = 0;
+            size = 0;
             return nullptr;
         }
         // An allocation of exactly the reply's size: one byte too far is seen.
         unsigned char* reply = static_cast<unsigned char*>(std::malloc(length));
-        std::memcpy(reply, m_data, length);
-        m_data += length;
-        m_size -= length;
+        std::memcpy(reply, data, length);
+        data += length;
+        size -= length;
         const size_t body = length - kHeaderSize;
         reply[2] = static_cast<unsigned char>(body & 0xFF);
         reply[3] = static_cast<unsigned char>(body >> 8);
         if (repairSequence && length > 46) {
-            reply[44] = m_sequence[0];
-            reply[45] = m_sequence[1];
+            reply[44] = sequence[0];
+            reply[45] = sequence[1];
         }
         return reinterpret_cast<_Encap_Header*>(reply);
     }
@@ -54,8 +54,8 @@ class ScriptedTransport : public CipCallback {
         const unsigned char* bytes = reinterpret_cast<const unsigned char*>(request);
         const int length = bytes[2] | bytes[3] << 8;
         if (length > 22) {
-            m_sequence[0] = bytes[44];
-            m_sequence[1] = bytes[45];
+            sequence[0] = bytes[44];
+            sequence[1] = bytes[45];
         }
         return int(kHeaderSize) + length;
     }
@@ -65,10 +65,10 @@ class ScriptedTransport : public CipCallback {
         return recvData(timeout);
     }
 
-  private:
-    const uint8_t* m_data;
-    size_t m_size;
-    unsigned char m_sequence[2] = {0, 0};
+ private:
+    const uint8_t* data;
+    size_t size;
+    unsigned char sequence[2] = {0, 0};
 };
 
 void readAndLookAtIt(_Eip_Session* session, _Eip_Connection* connection) {
@@ -93,8 +93,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     ScriptedTransport transport(data, size);
     _Eip_Session* session = NewSession(1, &transport);
     _RegisterSession(session);
-    _Eip_Connection* connection = _ConnectPLCOverCNET2(session, 3, 5, 247, 0x80FE0001, 2, 0x501B,
-                                                       1, 2, 2000, 0xA3, nullptr, 0);
+    _Eip_Connection* connection = _ConnectPLCOverCNET2(session, 3, 5, 247, 0x80FE0001, 2, 0x501B, 1,
+                                                       2, 2000, 0xA3, nullptr, 0);
     if (connection) {
         readAndLookAtIt(session, connection);
         readAndLookAtIt(session, connection);

@@ -9,7 +9,7 @@ struct DriverSetting;
 ///
 /// The slot order below is part of the binary contract.
 class AbstractDeviceInterface {
-  public:
+ public:
     virtual ~AbstractDeviceInterface() {}
 
     /// Where the device is: addresses, ports, link number. Owned by the runtime, never null.

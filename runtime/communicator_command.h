@@ -21,7 +21,7 @@ enum UnitKind {
 /// (there is no virtual destructor) and of the fields is part of the binary contract between the
 /// runtime and its drivers.
 class CommunicatorCommand {
-  public:
+ public:
     CommunicatorCommand() : unitKind(kUnitBit), unitCount(0) {}
     CommunicatorCommand(qint32 kind, quint32 count, const QString& addressText)
         : unitKind(kind), unitCount(count), address(addressText) {}

@@ -19,7 +19,7 @@ struct DriverSetting;
 /// deletes the object through this interface. No operation throws. The slot order is part of the
 /// binary contract; `vender` is the contract's own spelling.
 class DriverInterface {
-  public:
+ public:
     virtual ~DriverInterface() {}
 
     virtual int totalSize() = 0;

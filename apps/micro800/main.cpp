@@ -2,9 +2,9 @@
 #include <QString>
 #include <QStringList>
 
-#include "apps/micro800/app_directory.h"
-#include "apps/micro800/console.h"
 #include "apps/micro800/program.h"
+#include "apps/micro800/project/app_directory.h"
+#include "apps/micro800/terminal/console.h"
 
 namespace {
 
@@ -22,14 +22,14 @@ int main(int argc, char** argv) {
     Console console(stdout, stderr);
     QString problem;
     int code = kExitFailed;
-    if (adoptAppDirectory(argv, &problem)) {
+    if (adoptAppDirectory(&argc, argv, &problem)) {
         QStringList arguments;
-        for (int i = 1; i < argc; ++i)
+        for (int i = 1; i < argc; ++i) {
             arguments << decoded(argv[i]);
+        }
         code = runProgram(arguments, console);
     } else {
         console.error(QStringLiteral("micro800: %1").arg(problem));
     }
-    leaveAppDirectory();
     return code;
 }

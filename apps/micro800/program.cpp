@@ -1,5 +1,6 @@
 #include "apps/micro800/program.h"
 
+#include "apps/micro800/base/near.h"
 #include "apps/micro800/commands/command.h"
 
 namespace {
@@ -13,11 +14,14 @@ QString overallHelp() {
          << QStringLiteral("    micro800 COMMAND --help")
          << QStringLiteral("    micro800 --help | --version") << QString()
          << QStringLiteral("DESCRIPTION")
-         << wrapped(QStringLiteral("The HMI runtime in small: loads the driver's plugin file the "
-                                   "way the runtime does and hands it settings and commands "
-                                   "through the driver interface only. What it prints is what a "
-                                   "panel would show. Only 'identify' talks to the controller "
-                                   "itself."),
+         << wrapped(QStringLiteral(
+                        "The HMI runtime in small, with two voices. The plugin's: read, write and "
+                        "watch load the driver's plugin file the way the runtime does and "
+                        "hand it settings and commands through the driver interface only; "
+                        "what they print is what a panel would show. The controller's: "
+                        "discover, identify, tags, check and doctor ask the controller itself, "
+                        "without the "
+                        "plugin. Where the two differ, the fault is between them."),
                     4, 79)
          << QString() << QStringLiteral("COMMANDS");
     for (const Command& command : commandTable()) {
@@ -32,12 +36,21 @@ QString overallHelp() {
                                "LREAL0 or STRING0. The name is the controller's, in any case. "
                                "Brackets belong in quotes for the shell."),
                 4, 79)
+         << QString() << QStringLiteral("OUTPUT")
+         << wrapped(QStringLiteral(
+                        "One line a value or failure, in UTF-8. What a terminal would obey, from a "
+                        "controller, a project or the command line, is shown as \\n, \\r, \\t, "
+                        "\\xNN or \\uNNNN; in JSON it is \\uNNNN. A program that cannot write its "
+                        "output ends with exit status 1."),
+                    4, 79)
          << QString() << QStringLiteral("ENVIRONMENT")
+         << QStringLiteral("    MICRO800_HOST      the controller, unless --host names one")
          << QStringLiteral("    MICRO800_PLUGIN    the plugin file, unless --plugin names one")
          << QStringLiteral(
                 "    MICRO800_EMULATOR  command that runs a program, where this one runs "
                 "under\n                       an emulator: \"qemu-arm-static -L "
-                "/sysroot\"")
+                "/sysroot\"; the program that\n                       it runs does not see the "
+                "variable")
          << QStringLiteral(
                 "    TMPDIR             directory for the program's temporary directory; "
                 "programs\n                       must be allowed to run from it")
@@ -46,6 +59,7 @@ QString overallHelp() {
                 "    micro800 read --host 192.168.1.20 DINT0:COUNTER 'INT0:GRID[2,3]'\n"
                 "    micro800 write --host 192.168.1.20 REAL0:SETPOINT -12.5\n"
                 "    micro800 watch --host 192.168.1.20 DINT0:COUNTER REAL0:LEVEL\n"
+                "    micro800 discover\n"
                 "    micro800 identify --host 192.168.1.20\n"
                 "    micro800 read --help")
          << QString() << QStringLiteral("EXIT STATUS")
@@ -60,18 +74,31 @@ int runCommand(const Command& command, const CommandHelp& help, const QStringLis
                Console& console) {
     CommandLine line(help);
     QString problem;
-    if (!line.parse(arguments, &problem))
+    if (!line.parse(arguments, &problem)) {
         return wrongUsage(console, help.name, problem);
+    }
     if (line.helpWanted()) {
-        console.line(helpPage(help));
+        console.page(helpPage(help));
         return kExitOk;
     }
     return command.run(line, console);
 }
 
+QString unknownCommand(const QString& name) {
+    if (name.startsWith(QLatin1Char('-'))) {
+        return QStringLiteral("the command comes first: micro800 COMMAND %1").arg(name);
+    }
+    QStringList known;
+    for (const Command& command : commandTable()) {
+        known << command.help().name;
+    }
+    return QStringLiteral("unknown command %1%2").arg(name, suggestionFor(name, known));
+}
+
 int dispatch(QStringList arguments, Console& console) {
-    if (arguments.isEmpty())
+    if (arguments.isEmpty()) {
         return wrongUsage(console, QString(), QStringLiteral("no command given"));
+    }
     QString name = arguments.takeFirst();
     if (name == QLatin1String("help") && !arguments.isEmpty()) {
         name = arguments.takeFirst();
@@ -79,7 +106,7 @@ int dispatch(QStringList arguments, Console& console) {
     }
     if (name == QLatin1String("--help") || name == QLatin1String("-h") ||
         name == QLatin1String("help")) {
-        console.line(overallHelp());
+        console.page(overallHelp());
         return kExitOk;
     }
     if (name == QLatin1String("--version")) {
@@ -88,21 +115,20 @@ int dispatch(QStringList arguments, Console& console) {
     }
     for (const Command& command : commandTable()) {
         const CommandHelp help = command.help();
-        if (help.name == name)
+        if (help.name == name) {
             return runCommand(command, help, arguments, console);
+        }
     }
-    return wrongUsage(console, QString(),
-                      name.startsWith(QLatin1Char('-'))
-                          ? QStringLiteral("the command comes first: micro800 COMMAND %1").arg(name)
-                          : QStringLiteral("unknown command %1").arg(name));
+    return wrongUsage(console, QString(), unknownCommand(name));
 }
 
 }  // namespace
 
 int runProgram(const QStringList& arguments, Console& console) {
     const int code = dispatch(arguments, console);
-    if (console.allWritten())
+    if (console.allWritten()) {
         return code;
+    }
     console.error(QStringLiteral("micro800: the output could not be written"));
     return kExitFailed;
 }

@@ -3,7 +3,7 @@
 
 #include <QStringList>
 
-#include "apps/micro800/console.h"
+#include "apps/micro800/terminal/console.h"
 
 /// The whole program but for what main() sets up: finds the subcommand in `arguments` (without
 /// the program's name) and runs it. Returns the exit code.

@@ -5,8 +5,8 @@
 #include <cerrno>
 #include <cstdio>
 
-#include "apps/simulator/data_table_text.h"
-#include "apps/simulator/tag_text.h"
+#include "apps/simulator/pccc/data_table_text.h"
+#include "apps/simulator/tags/tag_text.h"
 
 namespace sim {
 
@@ -15,19 +15,19 @@ namespace {
 const int kMaxDelayMs = 3600000;
 const int kMaxLine = 1 << 20;
 
-bool setFault(const QString& argument, FaultPlan& faults, QString* error) {
+bool setFault(const QString& argument, FaultPlan& faults, QString* problem) {
     if (argument == "none") {
         faults.clear();
         return true;
     }
-    return faults.add(argument, error);
+    return faults.add(argument, problem);
 }
 
-bool setDelay(const QString& argument, Server& server, QString* error) {
+bool setDelay(const QString& argument, Server& server, QString* problem) {
     bool ok = false;
     const int ms = argument.toInt(&ok);
     if (!ok || ms < 0 || ms > kMaxDelayMs) {
-        *error = QString("'%1' is no delay in milliseconds").arg(argument);
+        *problem = QString("'%1' is no delay in milliseconds").arg(argument);
         return false;
     }
     server.setDelay(ms);
@@ -35,7 +35,7 @@ bool setDelay(const QString& argument, Server& server, QString* error) {
 }
 
 /// Commands without an argument; false when it is none of them.
-bool runPlain(const QString& command, const ControlTargets& targets, bool* ok, QString* error) {
+bool runPlain(const QString& command, const ControlTargets& targets, bool* ok, QString* problem) {
     *ok = true;
     if (command == "drop-connections") {
         targets.controller->dropConnections();
@@ -46,7 +46,7 @@ bool runPlain(const QString& command, const ControlTargets& targets, bool* ok, Q
     } else if (command == "down") {
         targets.server->down();
     } else if (command == "up") {
-        *ok = targets.server->up(error);
+        *ok = targets.server->up(problem);
     } else {
         return false;
     }
@@ -60,33 +60,33 @@ QString runCommand(const QString& line, const ControlTargets& targets, bool* qui
     const int blank = trimmed.indexOf(' ');
     const QString command = trimmed.left(blank);
     const QString argument = blank < 0 ? QString() : trimmed.mid(blank + 1).trimmed();
-    QString error;
+    QString problem;
     QString value;
     bool ok = true;
     *quit = command == "quit";
     if (command == "fault") {
-        ok = setFault(argument, *targets.faults, &error);
+        ok = setFault(argument, *targets.faults, &problem);
     } else if (command == "set") {
-        ok = isFileAddress(argument) ? setFileFromText(argument, *targets.files, &error)
-                                     : setTagFromText(argument, *targets.tags, &error);
+        ok = isFileAddress(argument) ? setFileFromText(argument, *targets.files, &problem)
+                                     : setTagFromText(argument, *targets.tags, &problem);
     } else if (command == "get") {
-        ok = isFileAddress(argument) ? fileText(argument, *targets.files, &value, &error)
-                                     : tagText(argument, *targets.tags, &value, &error);
+        ok = isFileAddress(argument) ? fileText(argument, *targets.files, &value, &problem)
+                                     : tagText(argument, *targets.tags, &value, &problem);
     } else if (command == "delay") {
-        ok = setDelay(argument, *targets.server, &error);
-    } else if (!*quit && !runPlain(trimmed, targets, &ok, &error)) {
+        ok = setDelay(argument, *targets.server, &problem);
+    } else if (!*quit && !runPlain(trimmed, targets, &ok, &problem)) {
         ok = false;
-        error = QString("there is no command '%1'").arg(trimmed);
+        problem = QString("there is no command '%1'").arg(trimmed);
     }
     if (!ok) {
-        return "error: " + error;
+        return "error: " + problem;
     }
     return value.isNull() ? "ok" : "ok " + value;
 }
 
-Control::Control(const ControlTargets& targets)
-    : m_targets(targets), m_readable(STDIN_FILENO, QSocketNotifier::Read) {
-    connect(&m_readable, &QSocketNotifier::activated, this, [this] { readSome(); });
+Control::Control(const ControlTargets& given)
+    : targets(given), readable(STDIN_FILENO, QSocketNotifier::Read) {
+    connect(&readable, &QSocketNotifier::activated, this, [this] { readSome(); });
 }
 
 void Control::readSome() {
@@ -95,17 +95,17 @@ void Control::readSome() {
     if (got < 0 && (errno == EINTR || errno == EAGAIN)) {
         return;
     }
-    if (got <= 0 || m_text.size() > kMaxLine) {
-        m_readable.setEnabled(false);
+    if (got <= 0 || text.size() > kMaxLine) {
+        readable.setEnabled(false);
         emit quit();
         return;
     }
-    m_text.append(buffer, int(got));
-    for (int end = m_text.indexOf('\n'); end >= 0; end = m_text.indexOf('\n')) {
-        const QString line = QString::fromUtf8(m_text.left(end));
-        m_text.remove(0, end + 1);
+    text.append(buffer, int(got));
+    for (int end = text.indexOf('\n'); end >= 0; end = text.indexOf('\n')) {
+        const QString line = QString::fromUtf8(text.left(end));
+        text.remove(0, end + 1);
         bool leave = false;
-        const QString answer = runCommand(line, m_targets, &leave);
+        const QString answer = runCommand(line, targets, &leave);
         std::printf("%s\n", qPrintable(answer));
         std::fflush(stdout);
         if (leave) {

@@ -5,7 +5,7 @@
 #include <QObject>
 #include <QSocketNotifier>
 
-#include "apps/simulator/server.h"
+#include "apps/simulator/server/server.h"
 
 namespace sim {
 
@@ -36,9 +36,9 @@ class Control : public QObject {
  private:
     void readSome();
 
-    const ControlTargets m_targets;
-    QSocketNotifier m_readable;
-    QByteArray m_text;
+    const ControlTargets targets;
+    QSocketNotifier readable;
+    QByteArray text;
 };
 
 }  // namespace sim

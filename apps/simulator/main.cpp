@@ -12,8 +12,8 @@
 
 #include "apps/simulator/control.h"
 #include "apps/simulator/options.h"
-#include "apps/simulator/ramp.h"
-#include "apps/simulator/server.h"
+#include "apps/simulator/server/server.h"
+#include "apps/simulator/tags/ramp.h"
 
 namespace {
 
@@ -54,6 +54,14 @@ int complain(const QString& what, int code) {
     return code;
 }
 
+/// Prints to standard output; the exit code.
+int tell(const QString& text) {
+    if (std::fputs(qPrintable(text), stdout) >= 0 && std::fflush(stdout) == 0) {
+        return 0;
+    }
+    return complain("the output could not be written", kExitFailure);
+}
+
 std::vector<sim::Tag*> rampTags(const sim::Options& options, sim::TagTable& table) {
     std::vector<sim::Tag*> tags;
     for (const QString& name : options.rampTags) {
@@ -72,22 +80,22 @@ int run(const sim::Options& options) {
     sim::DataTable files;
     sim::FaultPlan faults;
     sim::RequestLog log;
-    QString error;
-    if (!loadTags(options, table, &error) || !loadFiles(options, files, &error)) {
-        return complain(error, kExitUsage);
+    QString problem;
+    if (!loadTags(options, table, &problem) || !loadFiles(options, files, &problem)) {
+        return complain(problem, kExitUsage);
     }
     for (const QString& fault : options.faults) {
-        faults.add(fault, &error);
+        faults.add(fault, &problem);
     }
-    if (!options.log.isEmpty() && !log.open(options.log, &error)) {
-        return complain(error, kExitFailure);
+    if (!options.log.isEmpty() && !log.open(options.log, &problem)) {
+        return complain(problem, kExitFailure);
     }
     sim::Controller controller(options.controller, table, files, faults, monotonicMs);
     sim::Server server(controller, log);
     server.setDelay(options.delayMs);
-    if (!server.start(options.address, options.port, &error) ||
-        (options.discovery && !server.startDiscovery(&error))) {
-        return complain(error, kExitFailure);
+    if (!server.start(options.address, options.port, &problem) ||
+        (options.discovery && !server.startDiscovery(&problem))) {
+        return complain(problem, kExitFailure);
     }
     std::unique_ptr<sim::Ramp> ramp;
     if (options.rampMs > 0) {
@@ -102,9 +110,8 @@ int run(const sim::Options& options) {
                          Qt::QueuedConnection);
     }
     const std::unique_ptr<QSocketNotifier> stopSignals = quitOnSignals();
-    std::printf("%u\n", unsigned(server.port()));
-    std::fflush(stdout);
-    return QCoreApplication::exec();
+    const int told = tell(QString("%1\n").arg(server.port()));
+    return told == 0 ? QCoreApplication::exec() : told;
 }
 
 }  // namespace
@@ -117,8 +124,7 @@ int main(int argc, char** argv) {
     QString text;
     switch (sim::parseOptions(QCoreApplication::arguments(), &options, &text)) {
         case sim::ParseResult::exitOk:
-            std::printf("%s", qPrintable(text));
-            return 0;
+            return tell(text);
         case sim::ParseResult::exitUsage:
             return complain(text + "\nTry 'micro800-sim --help'.", kExitUsage);
         case sim::ParseResult::run:

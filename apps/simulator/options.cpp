@@ -4,10 +4,12 @@
 #include <QFile>
 #include <functional>
 
-#include "apps/simulator/data_table_text.h"
-#include "apps/simulator/fault.h"
-#include "apps/simulator/oracle.h"
-#include "apps/simulator/tag_text.h"
+#include "apps/simulator/faults/fault.h"
+#include "apps/simulator/pccc/data_table_text.h"
+#include "apps/simulator/profiles.h"
+#include "apps/simulator/tags/oracle.h"
+#include "apps/simulator/tags/tag_text.h"
+#include "apps/simulator/tags/values_file.h"
 
 namespace sim {
 
@@ -34,7 +36,10 @@ void addOptions(QCommandLineParser& parser) {
         {"address", "IP address to listen on (127.0.0.1).", "IP", "127.0.0.1"},
         {"port", "TCP port to listen on (44818); 0 takes a free one.", "N", "44818"},
         {"tag", "Declares a tag, NAME:TYPE[dims]=v1,v2,... May be given again.", "TAG"},
-        {"tags", "Declares the tags and data files of a JSON file. May be given again.", "FILE"},
+        {"tags",
+         "Declares the tags and data files of a JSON file, or those of a file that 'micro800 save' "
+         "wrote. May be given again.",
+         "FILE"},
         {"pccc-file",
          "Declares a file of the data table, N7[elements]=v1,v2,... May be given again.", "FILE"},
         {"accept-path",
@@ -42,11 +47,26 @@ void addOptions(QCommandLineParser& parser) {
          "HEX"},
         {"delay", "Time that the controller takes for a request (0).", "MS", "0"},
         {"connections", "CIP connections at once (16).", "N", "16"},
+        {"connection-size",
+         "Grants a CIP connection at most so many bytes a message (511, the most that can be asked "
+         "for).",
+         "N", "511"},
         {"connection-timeout",
          "Drops a CIP connection after so long without traffic, whatever its originator asked for.",
          "MS", "0"},
-        {"unknown-tag-status", "General status for an unknown tag, 04 or 05 (05).", "CODE", "05"},
-        {"bool-true", "Byte that a true BOOL reads as, 01 or FF (01).", "CODE", "01"},
+        {"keep-connections", "A CIP connection outlives its TCP connection until it times out."},
+        {"profile",
+         "What a generation of firmware is reported to do differently: early, older or newer. The "
+         "next three options "
+         "override it.",
+         "NAME"},
+        {"unknown-tag-status", "General status for an unknown tag, 04 or 05 (05).", "CODE"},
+        {"bool-true", "Byte that a true BOOL reads as, 01 or FF (01).", "CODE"},
+        {"tag-list",
+         "What the list of tags holds: all, partial (without arrays of BOOL, arrays that do not "
+         "begin at 0 "
+         "and members of structures) or none (all).",
+         "WHICH"},
         {"ramp", "Numeric values count up once in MS (100).", "MS"},
         {"ramp-tag", "Only this tag counts up. May be given again.", "NAME"},
         {"oracle", "Numeric values tell their tag and the number of the read."},
@@ -55,10 +75,15 @@ void addOptions(QCommandLineParser& parser) {
         {"stdin", "Takes commands from standard input; its end ends the program."},
         {"udp", "Answers ListIdentity on the UDP port of the same number as well."},
     });
-    parser.addHelpOption();
+    parser.addOption({{"h", "help"}, "Shows this page."});
+    // Qt programs list it; here there is nothing more to show.
+    QCommandLineOption helpAll("help-all");
+    helpAll.setFlags(QCommandLineOption::HiddenFromHelp);
+    parser.addOption(helpAll);
     parser.addVersionOption();
     parser.setApplicationDescription(
-        "A simulated Micro800 controller: EtherNet/IP with connected Read Tag and Write Tag.");
+        "A simulated Micro800 controller: EtherNet/IP with Read Tag and Write Tag, whole and in "
+        "pieces.");
 }
 
 /// The value of --ramp may be left out; the parser knows no such options.
@@ -79,10 +104,10 @@ QStringList withRampValue(QStringList arguments) {
 /// Reads options one after the other and keeps the first complaint.
 class OptionReader {
  public:
-    explicit OptionReader(const QCommandLineParser& parser) : m_parser(parser) {}
+    explicit OptionReader(const QCommandLineParser& commandLine) : parser(commandLine) {}
 
     int number(const QString& name, int low, int high) {
-        const QString text = m_parser.value(name);
+        const QString text = parser.value(name);
         bool ok = false;
         const int value = text.toInt(&ok);
         if (!ok || value < low || value > high) {
@@ -92,7 +117,7 @@ class OptionReader {
     }
 
     uint8_t oneOf(const QString& name, uint8_t first, uint8_t second) {
-        const QString text = m_parser.value(name);
+        const QString text = parser.value(name);
         bool ok = false;
         const uint value = text.toUInt(&ok, 16);
         if (!ok || (value != first && value != second)) {
@@ -104,17 +129,27 @@ class OptionReader {
         return uint8_t(value);
     }
 
+    SymbolList tagList(const QString& name) {
+        const QString text = parser.value(name);
+        if (text != "all" && text != "partial" && text != "none") {
+            complain(name, QString("'%1' is neither all, partial nor none").arg(text));
+        }
+        return text == "partial" ? SymbolList::partial
+               : text == "none"  ? SymbolList::none
+                                 : SymbolList::all;
+    }
+
     void complain(const QString& name, const QString& why) {
-        if (m_error.isEmpty()) {
-            m_error = QString("--%1: %2").arg(name, why);
+        if (complaint.isEmpty()) {
+            complaint = QString("--%1: %2").arg(name, why);
         }
     }
 
-    const QString& error() const { return m_error; }
+    const QString& error() const { return complaint; }
 
  private:
-    const QCommandLineParser& m_parser;
-    QString m_error;
+    const QCommandLineParser& parser;
+    QString complaint;
 };
 
 void readNetwork(const QCommandLineParser& parser, OptionReader& reader, Options* options) {
@@ -128,14 +163,35 @@ void readNetwork(const QCommandLineParser& parser, OptionReader& reader, Options
     options->log = parser.value("log");
 }
 
+/// A profile, and what was asked for beside it.
+void readBehaviour(const QCommandLineParser& parser, OptionReader& reader,
+                   ControllerSettings* controller) {
+    const QString profile = parser.value("profile");
+    if (parser.isSet("profile") && !applyProfile(profile, controller)) {
+        reader.complain("profile", QString("there is no '%1' (%2)").arg(profile, profileNames()));
+    }
+    if (parser.isSet("unknown-tag-status")) {
+        controller->tags.unknownTagStatus =
+            reader.oneOf("unknown-tag-status", kPathSegmentError, kPathDestinationUnknown);
+    }
+    if (parser.isSet("bool-true")) {
+        controller->tags.boolTrue = reader.oneOf("bool-true", 0x01, 0xFF);
+    }
+    if (parser.isSet("tag-list")) {
+        controller->symbols = reader.tagList("tag-list");
+    }
+    controller->tags.oracle = parser.isSet("oracle");
+}
+
 void readController(const QCommandLineParser& parser, OptionReader& reader, Options* options) {
     ControllerSettings& controller = options->controller;
-    controller.connections = size_t(reader.number("connections", 0, 65535));
-    controller.connectionTimeoutMs = reader.number("connection-timeout", 0, 86400000);
-    controller.tags.unknownTagStatus =
-        reader.oneOf("unknown-tag-status", kPathSegmentError, kPathDestinationUnknown);
-    controller.tags.boolTrue = reader.oneOf("bool-true", 0x01, 0xFF);
-    controller.tags.oracle = parser.isSet("oracle");
+    ConnectionSettings& connections = controller.connections;
+    connections.limit = size_t(reader.number("connections", 0, 65535));
+    connections.timeoutMs = reader.number("connection-timeout", 0, 86400000);
+    connections.keep = parser.isSet("keep-connections");
+    connections.largestSize = size_t(
+        reader.number("connection-size", int(kLeastConnectionSize), int(kLargestConnectionSize)));
+    readBehaviour(parser, reader, &controller);
     options->faults = parser.values("fault");
     FaultPlan plan;
     for (const QString& fault : options->faults) {
@@ -161,7 +217,7 @@ void readPaths(const QCommandLineParser& parser, OptionReader& reader, Options* 
         if (!parsePath(text, &path)) {
             reader.complain("accept-path", QString("'%1' is no path").arg(text));
         }
-        options->controller.paths.push_back(path);
+        options->controller.connections.paths.push_back(path);
     }
 }
 
@@ -182,7 +238,7 @@ void readTags(const QCommandLineParser& parser, OptionReader& reader, Options* o
 
 /// Hands the documents to `add` one after the other, until it says no.
 bool loadJson(const QStringList& paths, const std::function<bool(const QByteArray&, QString*)>& add,
-              QString* error) {
+              QString* problem) {
     for (const QString& path : paths) {
         QFile file(path);
         QString why;
@@ -191,7 +247,7 @@ bool loadJson(const QStringList& paths, const std::function<bool(const QByteArra
         } else if (add(file.readAll(), &why)) {
             continue;
         }
-        *error = QString("--tags %1: %2").arg(path, why);
+        *problem = QString("--tags %1: %2").arg(path, why);
         return false;
     }
     return true;
@@ -206,7 +262,7 @@ ParseResult parseOptions(const QStringList& arguments, Options* options, QString
         *text = parser.errorText();
         return ParseResult::exitUsage;
     }
-    if (parser.isSet("help")) {
+    if (parser.isSet("help") || parser.isSet("help-all")) {
         *text = parser.helpText() + "\n" + kExamples + faultHelp();
         return ParseResult::exitOk;
     }
@@ -227,42 +283,43 @@ ParseResult parseOptions(const QStringList& arguments, Options* options, QString
     return text->isEmpty() ? ParseResult::run : ParseResult::exitUsage;
 }
 
-bool loadTags(const Options& options, TagTable& table, QString* error) {
+bool loadTags(const Options& options, TagTable& table, QString* problem) {
     const auto add = [&table](const QByteArray& json, QString* why) {
-        return addTagsFromJson(json, table, why);
+        return isValuesFile(json) ? addTagsFromValues(json, table, why)
+                                  : addTagsFromJson(json, table, why);
     };
-    if (!loadJson(options.tagFiles, add, error)) {
+    if (!loadJson(options.tagFiles, add, problem)) {
         return false;
     }
     for (const QString& tag : options.tags) {
-        if (!addTagFromText(tag, table, error)) {
+        if (!addTagFromText(tag, table, problem)) {
             return false;
         }
     }
     for (const QString& name : options.rampTags) {
         const Tag* tag = table.findAnyCase(name.toStdString());
         if (!tag || !tag->type().isNumeric()) {
-            *error = QString("--ramp-tag: there is no numeric tag '%1'").arg(name);
+            *problem = QString("--ramp-tag: there is no numeric tag '%1'").arg(name);
             return false;
         }
     }
     if (options.controller.tags.oracle && table.elements() > kMaxOracleElements) {
-        *error = QString("--oracle: more than %1 elements").arg(kMaxOracleElements);
+        *problem = QString("--oracle: more than %1 elements").arg(kMaxOracleElements);
         return false;
     }
     return true;
 }
 
-bool loadFiles(const Options& options, DataTable& table, QString* error) {
+bool loadFiles(const Options& options, DataTable& table, QString* problem) {
     table.putDefaultFiles();
     const auto add = [&table](const QByteArray& json, QString* why) {
         return addFilesFromJson(json, table, why);
     };
-    if (!loadJson(options.tagFiles, add, error)) {
+    if (!loadJson(options.tagFiles, add, problem)) {
         return false;
     }
     for (const QString& file : options.files) {
-        if (!addFileFromText(file, table, error)) {
+        if (!addFileFromText(file, table, problem)) {
             return false;
         }
     }

@@ -4,7 +4,7 @@
 #include <QHostAddress>
 #include <QStringList>
 
-#include "apps/simulator/controller.h"
+#include "apps/simulator/objects/controller.h"
 
 namespace sim {
 
@@ -31,11 +31,11 @@ enum class ParseResult { run, exitOk, exitUsage };
 /// text to print; for wrong usage exitUsage and the reason.
 ParseResult parseOptions(const QStringList& arguments, Options* options, QString* text);
 
-/// Puts the tags of all files and options into the table. False with the reason in `error`.
-bool loadTags(const Options& options, TagTable& table, QString* error);
+/// Puts the tags of all files and options into the table. False with the reason in `problem`.
+bool loadTags(const Options& options, TagTable& table, QString* problem);
 /// Puts the data files that a controller has at first into the table, then those of all JSON files
-/// and options. False with the reason in `error`.
-bool loadFiles(const Options& options, DataTable& table, QString* error);
+/// and options. False with the reason in `problem`.
+bool loadFiles(const Options& options, DataTable& table, QString* problem);
 
 }  // namespace sim
 

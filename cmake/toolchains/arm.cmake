@@ -8,12 +8,17 @@
 #   MICRO800_CROSS_PREFIX                      replaces the compiler's prefix, for an SDK that has a C++17
 #       compiler of its own
 
+include("${CMAKE_CURRENT_LIST_DIR}/sysroot_headers.cmake")
+
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR arm)
 
-if(NOT MICRO800_SYSROOT)
-  set(MICRO800_SYSROOT "$ENV{MICRO800_SYSROOT}")
+# A relative folder is one of where cmake was called. Of an option, CMake itself makes an absolute one here; the
+# small projects of compiler checks get that.
+if(NOT MICRO800_SYSROOT AND NOT "$ENV{MICRO800_SYSROOT}" STREQUAL "")
+  get_filename_component(MICRO800_SYSROOT "$ENV{MICRO800_SYSROOT}" ABSOLUTE BASE_DIR "$ENV{PWD}")
 endif()
+set(MICRO800_SYSROOT "${MICRO800_SYSROOT}" CACHE PATH "Folder with the panel's headers and libraries")
 if(MICRO800_SYSROOT AND NOT IS_DIRECTORY "${MICRO800_SYSROOT}")
   message(FATAL_ERROR "MICRO800_SYSROOT is no folder: ${MICRO800_SYSROOT}")
 elseif(NOT MICRO800_SYSROOT AND NOT MICRO800_QT4)
@@ -49,11 +54,13 @@ if(MICRO800_SYSROOT)
       list(APPEND micro800_link_folders "${MICRO800_SYSROOT}/${folder}")
     endif()
   endforeach()
-  list(TRANSFORM micro800_link_folders PREPEND "-L")
+  list(TRANSFORM micro800_link_folders REPLACE "(.+)" "-L\"\\1\"")
   list(JOIN micro800_link_folders " " micro800_link_flags)
   foreach(kind EXE SHARED MODULE)
     set(CMAKE_${kind}_LINKER_FLAGS_INIT "${micro800_link_flags}")
   endforeach()
+  micro800_sysroot_headers("${CMAKE_CXX_COMPILER}" "${MICRO800_SYSROOT}" micro800_header_flags)
+  string(APPEND CMAKE_CXX_FLAGS_INIT "${micro800_header_flags}")
 endif()
 if(MICRO800_QT4)
   # A panel's qmake names folders of this machine in one SDK, folders below the sysroot in another.

@@ -18,20 +18,24 @@ int main(int argc, char** argv) {
     _Eip_Session* session = NewSession(3000, &transport);
     _Eip_Connection* connection = nullptr;
     _LGX_Read* value = nullptr;
-    if (_RegisterSession(session) == 0)
+    if (_RegisterSession(session) == 0) {
         connection = _ConnectPLCOverCNET2(session, 3, _Priority, _TimeOut_Ticks, 0x80FE0001, 2,
                                           _OriginatorVendorID, static_cast<uint32_t>(getpid()),
                                           _TimeOutMultiplier, 2000, _Transport, nullptr, 0);
-    if (connection)
+    }
+    if (connection) {
         value = _ReadLgxData(session, connection, argv[3], 1);
-    if (value)
+    }
+    if (value) {
         printf("%s = %d\n", argv[3], _GetLGXValueAsInteger(value, 0));
-    else
+    } else {
         fprintf(stderr, "%s\n", cip_err_msg());
+    }
     const int exitCode = value ? 0 : 1;
     _FreeLGXRead(value);
-    if (connection)
+    if (connection) {
         _Forward_Close(connection);
+    }
     _UnRegisterSession(session);
     DeleteSession(session);
     return exitCode;

@@ -8,6 +8,7 @@
 #include <QObject>
 #include <QRegExp>
 #include <QString>
+#include <QVariant>
 #include <memory>
 #include <vector>
 
@@ -16,6 +17,7 @@
 #include "eip/cip/logix_services.h"
 #include "runtime/driver_interface.h"
 
+class FlightRecorder;
 class LgxReadCmd;
 class Micro800Worker;
 
@@ -28,12 +30,13 @@ class Micro800Worker;
 class DriverABMicro800Eth : public QObject, public DriverInterface {
     Q_OBJECT
     Q_INTERFACES(DriverInterface)
+    Q_PROPERTY(QVariantMap counters READ counters)
     MICRO800_PLUGIN_METADATA("com.tarvelon.drivers.DriverInterface/1.1")
 
-  public:
+ public:
     DriverABMicro800Eth();
     /// Stops the worker and waits for its thread, without a limit: at most one connect or one
-    /// request with its time-outs.
+    /// request with its time-outs. Also safe in a handler that exit() runs, whatever else is gone.
     virtual ~DriverABMicro800Eth();
 
     // ---- identity and defaults (identity.cpp) ----------------------------------------------
@@ -134,13 +137,39 @@ class DriverABMicro800Eth : public QObject, public DriverInterface {
     /// Byte offset of an element, row by row; -1 when there is none. No bounds are checked.
     int strToValueOffset(const QString& indexes, const LgxArrayDef& def, int elementSize) const;
 
-  private:
+    // ---- counters (access_record.cpp) -------------------------------------------------------
+    /// What the driver has done so far: the property "counters" of the object, by name. Any
+    /// thread, while the object lives.
+    QVariantMap counters() const;
+
+ private:
+    // ---- recorder (access_record.cpp) -------------------------------------------------------
+    // In the header, so that an access that the cache serves costs two comparisons.
+    void beginAccess(const char* verb, const CommunicatorCommand& command) {
+        access = &command;
+        accessVerb = verb;
+        askedAt = 0;
+        if (!recorderStarted) {
+            startRecorder();
+        }
+    }
+    void startRecorder();
+    void noteAsked();
+    /// `bytes` of a value that was read or written, -1 without one.
+    void endAccess(int bytes) {
+        if (askedAt != 0 || commError) {
+            tellAccess(bytes);
+        }
+        access = nullptr;
+    }
+    void tellAccess(int bytes);
+
     /// What an address comes to, worked out at its first read and kept.
     struct ReadTarget {
         int dataSize;  ///< the command size that this was worked out for
         bool isElement;
         bool isDeclared;
-        bool isValid;  ///< every index fits
+        bool isValid;       ///< every index fits
         QString name;       ///< plain tag's name, or the element's text such as GRID[2,3]
         QString arrayName;  ///< of a declared array
         QString indexText;  ///< with brackets
@@ -151,13 +180,26 @@ class DriverABMicro800Eth : public QObject, public DriverInterface {
         QString key;  ///< cache key of the value or of the whole declared array
     };
 
+    class EndWithTheProcess;
+    static void endBeforeTheDatabase();
+    static void endBeforeTheThread();
+    static void endLivingDrivers();
+    void becomeLiving();
+    void stopBeingLiving();
+    void closeDatabase();
+
     void clearCommError();
     void setCommError(const QString& text);
     bool cutBehindAnswer(unsigned short id);
     void prefixCommError(const char* verb, const CommunicatorCommand& command);
     bool prepare(AbstractDeviceInterface* device, const char* verb,
                  const CommunicatorCommand& command);
-    QByteArray readAttempt(const CommunicatorCommand& command);
+    /// What one attempt of a read came to; kNoLine: the worker said nothing in time.
+    enum Attempt { kValue, kFailure, kNoLine };
+    Attempt readAttempt(const CommunicatorCommand& command, QByteArray* data);
+    QByteArray readWithRetries(AbstractDeviceInterface* device, const CommunicatorCommand& command);
+    bool writeOnce(AbstractDeviceInterface* device, const CommunicatorCommand& command,
+                   const QByteArray& value);
     QByteArray readPlainTag(const ReadTarget& target);
     QByteArray readElement(const ReadTarget& target);
     QByteArray elementToWrite(const QByteArray& value, QString* name, _LGX_Data_Type* type) const;
@@ -177,9 +219,11 @@ class DriverABMicro800Eth : public QObject, public DriverInterface {
     bool sessionEntryFrom(const CommunicatorCommand& command, LgxReadCmd* entry);
     bool deliverSession(const QList<LgxReadCmd>& entries);
 
+    DriverABMicro800Eth* nextLiving;  ///< in the list of all, guarded by its mutex
     bool commError;
     bool debugMode;
     bool dbOpen;
+    bool connectionListed;  ///< this driver's connection is in Qt's list
     bool arrayDefsLoaded;
     QRegExp elementMatcher;
     QRegExp elementMatcher1;
@@ -200,6 +244,11 @@ class DriverABMicro800Eth : public QObject, public DriverInterface {
     QMutex sessionMutex;
     QString pendingIP;
     unsigned short pendingPort;
+    const std::unique_ptr<FlightRecorder> recorder;  ///< outlives the worker
+    bool recorderStarted;                            ///< its writer thread was asked for
+    const CommunicatorCommand* access;               ///< of the call that is under way
+    const char* accessVerb;
+    qint64 askedAt;  ///< when it asked the worker, monotonic microseconds; 0: it did not
 };
 
 #endif

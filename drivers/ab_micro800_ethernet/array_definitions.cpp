@@ -1,6 +1,7 @@
 // The array tags that the project declares, read once from its database.
 
 #include <QSqlDatabase>
+#include <QSqlError>
 #include <QSqlQuery>
 #include <QStringList>
 #include <QVariant>
@@ -52,6 +53,91 @@ qint64 width(const LgxArrayDef::Bounds& bounds) {
     return qint64(bounds.upper) - bounds.lower + 1;
 }
 
+/// SQLite waits this long, in milliseconds, for another program's lock: the runtime's thread waits
+/// with it. Qt's own choice is five seconds.
+const char kConnectOptions[] = "QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=400";
+
+/// More rows than any project has, and longer than any address that a request could carry: the name
+/// in it has up to 255 characters.
+const int kMostRows = 100000;
+const int kLongestAddress = 512;
+
+const char kTableProblem[] = "failed to initialize array definition table";
+
+/// The rows of one link in the declarations' table, one at a time. The file is not trusted: what is
+/// kept in memory and how long a search may last must not be for its writer to choose.
+class DeclarationRows {
+ public:
+    DeclarationRows(const QString& connection, int connectorId);
+    /// Gives the next address; false after the last one and on failure.
+    bool next(QString* address);
+    bool failed() const { return !problemText.isEmpty(); }
+    QString problem() const { return problemText; }
+
+ private:
+    bool isStoredTable();
+    bool fail(const QString& reason);
+
+    QSqlQuery query;
+    int rows;
+    QString problemText;  ///< empty: none so far
+};
+
+DeclarationRows::DeclarationRows(const QString& connection, int connectorId)
+    : query(QSqlDatabase::database(connection, false)), rows(0) {
+    // Qt keeps every row of any other query.
+    query.setForwardOnly(true);
+    if (!isStoredTable()) {
+        return;
+    }
+    const QString statement =
+        QString::fromLatin1("SELECT address FROM custom_tag_table WHERE connector_id = %1")
+            .arg(connectorId);
+    // Cut by SQLite: a text of hundreds of megabytes ends the process where it becomes a QString.
+    query.exec(QString::fromLatin1("SELECT substr(address, 1, %1) FROM (%2)")
+                   .arg(QString::number(kLongestAddress + 1), statement));
+    if (!query.isActive()) {
+        fail(QString());
+    }
+}
+
+/// A stored table ends with the file. A view or a virtual table can compute for ever, also before
+/// its first row, and nothing in QtSql interrupts SQLite.
+bool DeclarationRows::isStoredTable() {
+    query.exec(
+        QLatin1String("SELECT sql FROM sqlite_master WHERE lower(name) = 'custom_tag_table' "
+                      "AND type IN ('table', 'view') AND sql NOT LIKE 'CREATE TABLE %'"));
+    if (!query.isActive()) {
+        return fail(QString());
+    }
+    return !query.next() || fail(QLatin1String("custom_tag_table is not a table"));
+}
+
+bool DeclarationRows::next(QString* address) {
+    if (failed()) {
+        return false;
+    }
+    if (!query.next()) {
+        const QSqlError error = query.lastError();
+        return error.isValid() && fail(error.databaseText());
+    }
+    *address = query.value(0).toString();
+    if (address->size() > kLongestAddress) {
+        return fail(
+            QString::fromLatin1("an address has more than %1 characters").arg(kLongestAddress));
+    }
+    return ++rows <= kMostRows || fail(QString::fromLatin1("more than %1 rows").arg(kMostRows));
+}
+
+/// Keeps the text for the operator; always false.
+bool DeclarationRows::fail(const QString& reason) {
+    problemText = QLatin1String(kTableProblem);
+    if (!reason.isEmpty()) {
+        problemText += QLatin1String(": ") + reason;
+    }
+    return false;
+}
+
 }  // namespace
 
 int LgxArrayDef::size() const {
@@ -73,12 +159,13 @@ bool DriverABMicro800Eth::createDBConnection() {
     }
     bool opened = false;
     {
-        QSqlDatabase database =
-            QSqlDatabase::addDatabase(QLatin1String("QSQLITE"), connectionName);
+        QSqlDatabase database = QSqlDatabase::addDatabase(QLatin1String("QSQLITE"), connectionName);
         database.setDatabaseName(GetDatabaseName());
-        database.setConnectOptions(QLatin1String("QSQLITE_OPEN_READONLY"));
+        database.setConnectOptions(QLatin1String(kConnectOptions));
         opened = database.open();
     }
+    endBeforeTheDatabase();
+    connectionListed = opened;
     if (!opened) {
         // So that the next access tries to open it again.
         QSqlDatabase::removeDatabase(connectionName);
@@ -98,29 +185,36 @@ bool DriverABMicro800Eth::readDB(AbstractDeviceInterface* device) {
         }
     }
     if (!initArrayDefMap(device->deviceSetting()->linkID)) {
-        setCommError(QLatin1String("failed to initialize array definition table"));
         return false;
     }
     arrayDefsLoaded = true;
-    QSqlDatabase::database(connectionName, false).close();
-    dbOpen = false;
+    closeDatabase();
     return true;
 }
 
+/// Closes the connection and takes it out of Qt's list.
+void DriverABMicro800Eth::closeDatabase() {
+    QSqlDatabase::database(connectionName, false).close();
+    QSqlDatabase::removeDatabase(connectionName);
+    connectionListed = false;
+    dbOpen = false;
+}
+
 bool DriverABMicro800Eth::initArrayDefMap(int connectorId) {
-    QSqlQuery query(QSqlDatabase::database(connectionName, false));
-    query.exec(QString::fromLatin1("SELECT address FROM custom_tag_table WHERE connector_id = %1")
-                   .arg(connectorId));
-    if (!query.isActive()) {
-        return false;
-    }
-    while (query.next()) {
-        const QString address = query.value(0).toString();
+    DeclarationRows rows(connectionName, connectorId);
+    QHash<QString, LgxArrayDef> defs;
+    QString address;
+    while (rows.next(&address)) {
         LgxArrayDef def;
         if (rangeMatcher.indexIn(address) >= 0 && arrayDefFromStr(rangeMatcher.cap(3), def)) {
-            arrayDefs.insert(rangeMatcher.cap(2).toUpper(), def);
+            defs.insert(rangeMatcher.cap(2).toUpper(), def);
         }
     }
+    if (rows.failed()) {
+        setCommError(rows.problem());
+        return false;
+    }
+    arrayDefs = defs;
     return true;
 }
 

@@ -8,7 +8,7 @@ namespace {
 
 const QString VERSION_STRING = QString::fromLatin1("1.0.0");
 
-const int kAccessSize = 1024;           // bytes
+const int kAccessSize = 1024;            // bytes
 const int kCommunicationFlags = 1 << 8;  // the runtime's meaning
 
 // The port record that the runtime starts from; a network driver changes none of it.
@@ -23,17 +23,29 @@ const char kDefaultPort[] = "44818";  // EtherNet/IP explicit messaging over TCP
 
 }  // namespace
 
-int DriverABMicro800Eth::totalSize() { return kAccessSize; }
+int DriverABMicro800Eth::totalSize() {
+    return kAccessSize;
+}
 
-bool DriverABMicro800Eth::initialize(AbstractDeviceInterface*) { return true; }
+bool DriverABMicro800Eth::initialize(AbstractDeviceInterface*) {
+    return true;
+}
 
-bool DriverABMicro800Eth::validation(const QString&) { return false; }
+bool DriverABMicro800Eth::validation(const QString&) {
+    return false;
+}
 
-QString DriverABMicro800Eth::name() { return QLatin1String("Micro800 Ethernet"); }
+QString DriverABMicro800Eth::name() {
+    return QLatin1String("Micro800 Ethernet");
+}
 
-QString DriverABMicro800Eth::vender() { return QLatin1String("Allen Bradley"); }
+QString DriverABMicro800Eth::vender() {
+    return QLatin1String("Allen Bradley");
+}
 
-QString DriverABMicro800Eth::getVersionNumber() { return VERSION_STRING; }
+QString DriverABMicro800Eth::getVersionNumber() {
+    return VERSION_STRING;
+}
 
 DeviceSetting* DriverABMicro800Eth::getDefaultSerialDeviceSetting() {
     return new DeviceSetting(kDefaultDeviceType, QLatin1String(kDefaultDeviceName),
@@ -48,24 +60,42 @@ QString DriverABMicro800Eth::getStringBasedDefaultDriverSetting() {
     return QLatin1String(kDefaultPort);
 }
 
-int DriverABMicro800Eth::supportedCommunicationFlags() { return kCommunicationFlags; }
+int DriverABMicro800Eth::supportedCommunicationFlags() {
+    return kCommunicationFlags;
+}
 
-void DriverABMicro800Eth::setDebugMode(bool on) { debugMode = on; }
+void DriverABMicro800Eth::setDebugMode(bool on) {
+    debugMode = on;
+}
 
-int DriverABMicro800Eth::getBlockAccessSize() { return kAccessSize; }
+int DriverABMicro800Eth::getBlockAccessSize() {
+    return kAccessSize;
+}
 
-int DriverABMicro800Eth::getBitBlockAccessSize() { return kAccessSize; }
+int DriverABMicro800Eth::getBitBlockAccessSize() {
+    return kAccessSize;
+}
 
-bool DriverABMicro800Eth::hasError() { return commError; }
+bool DriverABMicro800Eth::hasError() {
+    return commError;
+}
 
-QString DriverABMicro800Eth::getLastError() { return lastError; }
+QString DriverABMicro800Eth::getLastError() {
+    return lastError;
+}
 
-QObject* DriverABMicro800Eth::getThisObject() { return this; }
+QObject* DriverABMicro800Eth::getThisObject() {
+    return this;
+}
 
-bool DriverABMicro800Eth::isSupportSessionCommand() { return true; }
+bool DriverABMicro800Eth::isSupportSessionCommand() {
+    return true;
+}
 
 /// The text stays: only the flag tells whether the last access failed.
-void DriverABMicro800Eth::clearCommError() { commError = false; }
+void DriverABMicro800Eth::clearCommError() {
+    commError = false;
+}
 
 void DriverABMicro800Eth::setCommError(const QString& text) {
     lastError = text;
@@ -75,7 +105,7 @@ void DriverABMicro800Eth::setCommError(const QString& text) {
 /// Names the access in front of the error text, once.
 void DriverABMicro800Eth::prefixCommError(const char* verb, const CommunicatorCommand& command) {
     if (!lastError.contains(QLatin1Char('>'))) {
-        lastError = QString::fromLatin1("%1 %2> ").arg(QLatin1String(verb), command.address) +
-                    lastError;
+        lastError =
+            QString::fromLatin1("%1 %2> ").arg(QLatin1String(verb), command.address) + lastError;
     }
 }

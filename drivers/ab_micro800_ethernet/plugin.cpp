@@ -5,7 +5,9 @@
 #include "drivers/ab_micro800_ethernet/ab_micro800_ethernet.h"
 
 /// A new driver, owned by the caller and deleted through the interface.
-extern "C" Q_DECL_EXPORT DriverInterface* CreateDriver() { return new DriverABMicro800Eth; }
+extern "C" Q_DECL_EXPORT DriverInterface* CreateDriver() {
+    return new DriverABMicro800Eth;
+}
 
 /// What the Qt 4.7.3 loader compares with its own build before it takes the library.
 extern "C" Q_DECL_EXPORT const char* qt_plugin_query_verification_data() {

@@ -25,19 +25,31 @@ const int kIdPos = 3;
 
 QByteArray DriverABMicro800Eth::read(AbstractDeviceInterface* device,
                                      const CommunicatorCommand& command) {
+    beginAccess("read", command);
+    const QByteArray data = readWithRetries(device, command);
+    endAccess(data.isEmpty() ? -1 : data.size());
+    return data;
+}
+
+QByteArray DriverABMicro800Eth::readWithRetries(AbstractDeviceInterface* device,
+                                                const CommunicatorCommand& command) {
     if (!prepare(device, "read", command)) {
+        return QByteArray();
+    }
+    if (command.unitKind > kUnitKindMax) {
         return QByteArray();
     }
     QByteArray data;
     for (int retries = 0;; ++retries) {
-        if (command.unitKind > kUnitKindMax) {
-            return QByteArray();
+        const Attempt attempt = readAttempt(command, &data);
+        // Only a value takes back what an earlier attempt reported. Without a line from the worker
+        // nothing new is known, and a further attempt would wait as long again.
+        if (attempt == kValue) {
+            clearCommError();
         }
-        data = readAttempt(command);
-        if (!commError || retries >= device->retryCount()) {
+        if (attempt != kFailure || retries >= device->retryCount()) {
             break;
         }
-        clearCommError();
     }
     if (commError) {
         appendCmdToReadCommError(device->stationNumber() & 0xFF, command);
@@ -68,23 +80,29 @@ bool DriverABMicro800Eth::prepare(AbstractDeviceInterface* device, const char* v
     return true;
 }
 
-/// One attempt, fitted to the size that the command asks for.
-QByteArray DriverABMicro800Eth::readAttempt(const CommunicatorCommand& command) {
+/// One attempt; a value is fitted to the size that the command asks for. Leaves the error of an
+/// earlier attempt as it is.
+DriverABMicro800Eth::Attempt DriverABMicro800Eth::readAttempt(const CommunicatorCommand& command,
+                                                              QByteArray* data) {
     const int wanted = command.getDataSize();
     if (wanted > kLargestData) {
         setCommError(QLatin1String("data size too large"));
-        return QByteArray();
+        return kFailure;
     }
-    QByteArray data = readData(command);
-    if (data.isEmpty() || data.size() == wanted) {
-        return data;
+    const bool failedBefore = commError;
+    commError = false;
+    *data = readData(command);
+    const bool failed = commError;
+    commError = failed || failedBefore;
+    if (data->isEmpty()) {
+        return failed ? kFailure : kNoLine;
     }
-    if (data.size() < wanted) {
-        data.append(QByteArray(wanted - data.size(), 0));
+    if (data->size() < wanted) {
+        data->append(QByteArray(wanted - data->size(), 0));
     } else {
-        data.truncate(wanted);
+        data->truncate(wanted);
     }
-    return data;
+    return kValue;
 }
 
 QByteArray DriverABMicro800Eth::readData(const CommunicatorCommand& command) {
@@ -200,6 +218,7 @@ bool DriverABMicro800Eth::sendToWorker(const char* line, int length) {
         return false;
     }
     awaitOutstandingAnswer();
+    noteAsked();
     worker->sendCmd(0, line, length);
     sentId = tid(0);
     return true;

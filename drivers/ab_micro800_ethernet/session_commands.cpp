@@ -42,8 +42,7 @@ void DriverABMicro800Eth::setSessionCommand(QList<CommunicatorCommand> list) {
 void DriverABMicro800Eth::clearSessionCommand() {}
 
 /// The tag and element count to poll for one command; false for an address that names none.
-bool DriverABMicro800Eth::sessionEntryFrom(const CommunicatorCommand& command,
-                                             LgxReadCmd* entry) {
+bool DriverABMicro800Eth::sessionEntryFrom(const CommunicatorCommand& command, LgxReadCmd* entry) {
     if (isArray1(command.address)) {
         const _LGX_Data_Type type = prefixSymbolToType(arrayPrefixSymbol1());
         // Without an element size nothing can be cut out of a whole array.

@@ -1,7 +1,8 @@
 // The driver's life: construction, the worker's start, changes of its address, the end.
 
+#include <unistd.h>
 #include <QSqlDatabase>
-#include <QSet>
+
 #include <climits>
 #include <mutex>
 
@@ -10,6 +11,7 @@
 #include "drivers/ab_micro800_ethernet/ab_micro800_ethernet.h"
 #include "drivers/ab_micro800_ethernet/micro800_worker.h"
 #include "eip/pipe_protocol.h"
+#include "eip/record/flight_recorder.h"
 #include "runtime/abstract_device_interface.h"
 
 namespace {
@@ -19,8 +21,7 @@ const int kBufferSize = 4096;
 // Captures: 1 prefix symbol, 2 element text, 3 array name, 4 index list.
 const char kElementPattern[] = "\\b([a-z]+0):((\\w+)\\[(\\d+(?:,\\d+){0,2})\\])";
 // Captures: 1 prefix symbol, 2 array name, 3 range list.
-const char kRangePattern[] =
-    "\\b([a-z]+0):(\\w+)\\[(\\d+\\.\\.\\d+(?:,\\d+\\.\\.\\d+){0,2})\\]";
+const char kRangePattern[] = "\\b([a-z]+0):(\\w+)\\[(\\d+\\.\\.\\d+(?:,\\d+\\.\\.\\d+){0,2})\\]";
 
 QRegExp matcher(const char* pattern) {
     return QRegExp(QLatin1String(pattern), Qt::CaseInsensitive, QRegExp::RegExp);
@@ -32,66 +33,129 @@ struct PrefixType {
 };
 
 const PrefixType kPrefixTypes[] = {
-    {"USINT0", 0xC6}, {"SINT0", 0xC2},  {"INT0", 0xC3},   {"UINT0", 0xC7},   {"UDINT0", 0xC8},
+    {"USINT0", 0xC6}, {"SINT0", 0xC2}, {"INT0", 0xC3},   {"UINT0", 0xC7},   {"UDINT0", 0xC8},
     {"DINT0", 0xC4},  {"REAL0", 0xCA}, {"LREAL0", 0xCB}, {"STRING0", 0xDA}, {"BOOL0", 0xC1},
 };
 
-/// Names of the database connections that living drivers of this process hold. Qt keeps
-/// connections by name for the whole process, and every thread's generator begins alike.
-std::mutex namesMutex;
-QSet<QString>& connectionNames() {
-    static QSet<QString> names;
-    return names;
-}
+/// How long the end of the process waits for a worker that is inside a connect or a request.
+const unsigned long kExitWaitMs = 1000;
 
-QString takeConnectionName() {
-    std::lock_guard<std::mutex> lock(namesMutex);
-    QString name;
-    do {
-        name = QString::number(compatRand());
-    } while (connectionNames().contains(name) || QSqlDatabase::contains(name));
-    connectionNames().insert(name);
-    return name;
-}
-
-void releaseConnectionName(const QString& name) {
-    std::lock_guard<std::mutex> lock(namesMutex);
-    connectionNames().remove(name);
-}
+/// All drivers of this process. A driver may be destroyed after the handlers of exit() have run, so
+/// neither of the two has a destructor.
+std::mutex livingMutex;
+DriverABMicro800Eth* firstLiving = 0;
 
 }  // namespace
+
+/// Ends what the living drivers have running when exit() comes to its handlers, or when the library
+/// is unloaded. Handlers run in reverse order: what existed before this object is still there.
+class DriverABMicro800Eth::EndWithTheProcess {
+ public:
+    EndWithTheProcess() : process(getpid()) {}
+    ~EndWithTheProcess() {
+        // The threads of a process do not exist in the one that it forked.
+        if (process == getpid()) {
+            endLivingDrivers();
+        }
+    }
+
+ private:
+    const pid_t process;
+};
+
+/// To be called when Qt's list of database connections exists.
+void DriverABMicro800Eth::endBeforeTheDatabase() {
+    static const EndWithTheProcess end;
+}
+
+/// To be called when a worker's thread has started, with all that it needs of Qt.
+void DriverABMicro800Eth::endBeforeTheThread() {
+    static const EndWithTheProcess end;
+}
 
 DriverABMicro800Eth::DriverABMicro800Eth()
     : commError(false),
       debugMode(false),
       dbOpen(false),
+      connectionListed(false),
       arrayDefsLoaded(false),
       elementMatcher(matcher(kElementPattern)),
       elementMatcher1(matcher(kElementPattern)),
       rangeMatcher(matcher(kRangePattern)),
-      connectionName(takeConnectionName()),
       rspLength(0),
       sentId(0),
       answerOutstanding(false),
       cmdBuf(kBufferSize, 0),
       rspBuf(kBufferSize, 0),
-      pendingPort(0) {
+      pendingPort(0),
+      recorder(new FlightRecorder(recordSettingsFromEnvironment())),
+      recorderStarted(false),
+      access(nullptr),
+      accessVerb(""),
+      askedAt(0) {
     transactionIds[0] = 0;
     transactionIds[1] = 0;
     for (const PrefixType& entry : kPrefixTypes) {
         prefixTypes.insert(QLatin1String(entry.symbol), _LGX_Data_Type(entry.type));
     }
+    becomeLiving();
 }
 
 DriverABMicro800Eth::~DriverABMicro800Eth() {
     if (worker) {
         worker->stop();
         worker->wait(ULONG_MAX);
+        worker.reset();  // which still tells the recorder that it closes the connection
     }
-    if (QSqlDatabase::contains(connectionName)) {
-        QSqlDatabase::removeDatabase(connectionName);
+    // Only where the declarations could not be read is the database still open, and never after
+    // endLivingDrivers(): Qt's list of connections may be gone by then.
+    if (connectionListed) {
+        closeDatabase();
     }
-    releaseConnectionName(connectionName);
+    stopBeingLiving();
+}
+
+/// Enters the list with a connection name of its own. Qt keeps connections by name for the whole
+/// process, and every thread's generator begins alike.
+void DriverABMicro800Eth::becomeLiving() {
+    std::lock_guard<std::mutex> lock(livingMutex);
+    bool taken = true;
+    while (taken) {
+        connectionName = QString::number(compatRand());
+        taken = QSqlDatabase::contains(connectionName);
+        for (DriverABMicro800Eth* other = firstLiving; other; other = other->nextLiving) {
+            taken = taken || other->connectionName == connectionName;
+        }
+    }
+    nextLiving = firstLiving;
+    firstLiving = this;
+}
+
+void DriverABMicro800Eth::stopBeingLiving() {
+    std::lock_guard<std::mutex> lock(livingMutex);
+    DriverABMicro800Eth** link = &firstLiving;
+    while (*link != this) {
+        link = &(*link)->nextLiving;
+    }
+    *link = nextLiving;
+}
+
+void DriverABMicro800Eth::endLivingDrivers() {
+    std::lock_guard<std::mutex> lock(livingMutex);
+    for (DriverABMicro800Eth* driver = firstLiving; driver; driver = driver->nextLiving) {
+        if (driver->worker) {
+            driver->worker->stop();
+        }
+    }
+    for (DriverABMicro800Eth* driver = firstLiving; driver; driver = driver->nextLiving) {
+        if (driver->worker) {
+            driver->worker->wait(kExitWaitMs);
+        }
+        driver->recorder->end(kExitWaitMs);
+        if (driver->connectionListed) {
+            driver->closeDatabase();
+        }
+    }
 }
 
 bool DriverABMicro800Eth::initWorker(AbstractDeviceInterface* device) {
@@ -104,8 +168,14 @@ bool DriverABMicro800Eth::initWorker(AbstractDeviceInterface* device) {
             setCommError(QLatin1String("can not create pipes to the worker"));
             return false;
         }
+        started->setRecorder(recorder.get());
+        started->start(QThread::InheritPriority);
+        if (!started->isRunning()) {
+            setCommError(QLatin1String("can not start the worker thread"));
+            return false;
+        }
         worker = std::move(started);
-        worker->start(QThread::InheritPriority);
+        endBeforeTheThread();
     }
     if (pendingSessionCommands.isEmpty()) {
         return true;
@@ -131,8 +201,7 @@ bool DriverABMicro800Eth::deviceSettingChanged(const DeviceSetting* setting) {
     return true;
 }
 
-bool DriverABMicro800Eth::notifyWorkerDeviceSettingChanged(const QString& ip,
-                                                           unsigned short port) {
+bool DriverABMicro800Eth::notifyWorkerDeviceSettingChanged(const QString& ip, unsigned short port) {
     const int length = LgxDriverPackIpSettingChangedCmd(
         cmdBuf.data(), static_cast<int>(cmdBuf.size()), nextTID(0), ip, port);
     return workerConfirms(length, LgxDriverCheckIpSettingChangedRsp);

@@ -61,20 +61,34 @@ bool DriverABMicro800Eth::isArray(const QString& address) {
     return elementMatcher.indexIn(address) >= 0;
 }
 
-QString DriverABMicro800Eth::arrayPrefixSymbol() const { return elementMatcher.cap(1); }
+QString DriverABMicro800Eth::arrayPrefixSymbol() const {
+    return elementMatcher.cap(1);
+}
 
-QString DriverABMicro800Eth::arrayElementName() const { return elementMatcher.cap(2).toUpper(); }
+QString DriverABMicro800Eth::arrayElementName() const {
+    return elementMatcher.cap(2).toUpper();
+}
 
-QString DriverABMicro800Eth::arrayName() const { return elementMatcher.cap(3).toUpper(); }
+QString DriverABMicro800Eth::arrayName() const {
+    return elementMatcher.cap(3).toUpper();
+}
 
-QString DriverABMicro800Eth::arrayIndex() const { return elementMatcher.cap(4); }
+QString DriverABMicro800Eth::arrayIndex() const {
+    return elementMatcher.cap(4);
+}
 
 bool DriverABMicro800Eth::isArray1(const QString& address) {
     return elementMatcher1.indexIn(address) >= 0;
 }
 
-QString DriverABMicro800Eth::arrayPrefixSymbol1() const { return elementMatcher1.cap(1); }
+QString DriverABMicro800Eth::arrayPrefixSymbol1() const {
+    return elementMatcher1.cap(1);
+}
 
-QString DriverABMicro800Eth::arrayElementName1() const { return elementMatcher1.cap(2).toUpper(); }
+QString DriverABMicro800Eth::arrayElementName1() const {
+    return elementMatcher1.cap(2).toUpper();
+}
 
-QString DriverABMicro800Eth::arrayName1() const { return elementMatcher1.cap(3).toUpper(); }
+QString DriverABMicro800Eth::arrayName1() const {
+    return elementMatcher1.cap(3).toUpper();
+}

@@ -14,6 +14,14 @@ const int kFirstNamePos = 3;
 
 bool DriverABMicro800Eth::write(AbstractDeviceInterface* device, const CommunicatorCommand& command,
                                 const QByteArray& value) {
+    beginAccess("write", command);
+    const bool written = writeOnce(device, command, value);
+    endAccess(written ? value.size() : -1);
+    return written;
+}
+
+bool DriverABMicro800Eth::writeOnce(AbstractDeviceInterface* device,
+                                    const CommunicatorCommand& command, const QByteArray& value) {
     if (!prepare(device, "write", command)) {
         return false;
     }
@@ -74,9 +82,14 @@ QByteArray DriverABMicro800Eth::plainToWrite(const QString& address, const QByte
 
 bool DriverABMicro800Eth::directWrite(const QString& name, _LGX_Data_Type type,
                                       const QByteArray& data) {
-    const int length = LgxDriverPackMicro800WriteCmd(
-        cmdBuf.data(), static_cast<int>(cmdBuf.size()), nextTID(0), name.toLatin1().constData(),
-        type, data);
+    const QByteArray text = name.toLatin1();
+    const unsigned short id = nextTID(0);
+    // A name that ends at a NUL before its end would be another tag's.
+    const bool whole = !text.contains('\0');
+    const int length =
+        whole ? LgxDriverPackMicro800WriteCmd(cmdBuf.data(), static_cast<int>(cmdBuf.size()), id,
+                                              text.constData(), type, data)
+              : -1;
     return workerConfirms(length, LgxDriverCheckWriteRsp);
 }
 

@@ -8,7 +8,7 @@ struct _Encap_Header;
 /// The client library owns no socket and no clock; it hands every request to an object of this
 /// class. Used by one thread at a time. The slot order is part of the contract.
 class CipCallback {
-  public:
+ public:
     virtual ~CipCallback() {}
 
     /// Receives one whole encapsulated reply (24-byte header, then the bytes that its length field

@@ -40,6 +40,13 @@ char* cip_err_msg() {
     return _cip_err_msg;
 }
 
+void CIPAppendErrMsg(const char* text) {
+    const size_t used = strnlen(_cip_err_msg, kLimit);
+    const size_t length = strnlen(text, kLimit - used);
+    memcpy(_cip_err_msg + used, text, length);
+    _cip_err_msg[used + length] = '\0';
+}
+
 void CIPERROR(int32_t type, int32_t number, int32_t extended) {
     _cip_err_type = type;
     _cip_errno = number;

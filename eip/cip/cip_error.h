@@ -64,6 +64,9 @@ int32_t cip_err_type();
 /// CIPERROR. The buffer lives as long as the thread and changes with its next CIPERROR.
 char* cip_err_msg();
 
+/// Adds to that text, as far as it has room.
+void CIPAppendErrMsg(const char* text);
+
 /// Records an error for the calling thread: type (CipErrorType), number and extended number, and
 /// the short text that goes with them. (0, 0, 0) records success. Texts are cut at 255 bytes.
 void CIPERROR(int32_t type, int32_t number, int32_t extended);

@@ -16,7 +16,7 @@ int fixedSize(uint16_t type) {
         case CPF_UNCONNECTED_DATA:
             return kItemHeadSize;
         case CPF_CONNECTED_DATA:
-            return kItemHeadSize + 2;
+            return kItemHeadSize + kSequenceCountSize;
         case CPF_CONNECTED_ADDRESS:
             return kItemHeadSize + 4;
         case CPF_SEQUENCED_ADDRESS:
@@ -118,6 +118,7 @@ void _SetItem(_Eip_Item* item, uint16_t type, uint16_t length) {
 }
 
 int _GetItemSize(const _Eip_Item* item) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     if (!item) {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_INVALID_REPLY, 0);
         return 0;
@@ -133,6 +134,7 @@ int _GetItemSize(const _Eip_Item* item) {
 // 2  2  length of all that follows
 // 4  n  fixed part (connection id, sequence count, ...), then the data
 int _AddItem(_Encap_Header* buffer, _Eip_Item* item, const void* data) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     const int size = wholeSize(item);
     if (size == 0 || !hasRoom(buffer, size)) {
         return -1;
@@ -145,6 +147,7 @@ int _AddItem(_Encap_Header* buffer, _Eip_Item* item, const void* data) {
 //    n  data item
 int _AddCPF(_Encap_Header* buffer, _Eip_Item* addressItem, const void* addressData,
             _Eip_Item* dataItem, const void* data) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     const int addressSize = wholeSize(addressItem);
     const int dataSize = addressSize ? wholeSize(dataItem) : 0;
     if (dataSize == 0 || !hasRoom(buffer, cip::kItemCountSize + addressSize + dataSize)) {
@@ -157,7 +160,7 @@ int _AddCPF(_Encap_Header* buffer, _Eip_Item* addressItem, const void* addressDa
 }
 
 cip::CpfView cip::viewItems(const _Encap_Header* reply) {
-    CpfView view = {0, nullptr, nullptr, false, false};
+    CpfView view = {0, nullptr, nullptr, false};
     if (!reply || _GetEncapLength(reply) < kItemCountSize) {
         return view;
     }
@@ -177,7 +180,6 @@ cip::CpfView cip::viewItems(const _Encap_Header* reply) {
     view.address = view.count >= 1 ? takeItem(at, end) : nullptr;
     view.data = view.count >= 2 && view.address ? takeItem(at, end) : nullptr;
     view.broken = (view.count >= 1 && !view.address) || (view.count >= 2 && !view.data);
-    view.exact = view.data && at == end;
     return view;
 }
 

@@ -38,6 +38,8 @@ struct _Eip_CPF {
 };
 
 const int kItemHeadSize = 2 + 2;
+/// The sequence count in front of what a connected data item carries.
+const int kSequenceCountSize = 2;
 
 uint16_t _GetItemType(const _Eip_Item* item);
 uint16_t _GetItemLength(const _Eip_Item* item);

@@ -52,6 +52,7 @@ _Eip_Connection* _ConnectPLCOverCNET2(_Eip_Session* session, int plcKind,
                                       unsigned char timeoutMultiplier, uint32_t rpiMs,
                                       unsigned char transport, const unsigned char* routePath,
                                       unsigned char routePathLength) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     const ConnectionPath path(routePath, routePathLength, ROUTER_PATH, sizeof(ROUTER_PATH));
     return _Forward_Open2(session, priorityTick, timeoutTicks, tToOConnectionId, connectionSerial,
                           vendorId, originatorSerial, timeoutMultiplier, rpiMs,
@@ -65,6 +66,7 @@ _Eip_Connection* _ConnectPLCOverCNET(_Eip_Session* session, int plcKind, unsigne
                                      uint32_t rpiMs, unsigned char transport,
                                      const unsigned char* routePath,
                                      unsigned char routePathLength) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     const ConnectionPath path(routePath, routePathLength, ROUTER_PATH, sizeof(ROUTER_PATH));
     return _Forward_Open(session, priorityTick, timeoutTicks, tToOConnectionId, connectionSerial,
                          vendorId, originatorSerial, timeoutMultiplier, rpiMs,
@@ -77,6 +79,7 @@ _Eip_Connection* _ConnectPLCOverDHP(_Eip_Session* session, int plcKind, unsigned
                                     uint32_t originatorSerial, unsigned char timeoutMultiplier,
                                     uint32_t rpiMs, unsigned char transport, char channel,
                                     const unsigned char* routePath, unsigned char routePathLength) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     const bool isA = channel == 'A' || channel == 'a';
     if (!isA && channel != 'B' && channel != 'b') {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_ERROR, 0);

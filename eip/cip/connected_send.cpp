@@ -1,5 +1,6 @@
 // Messages over an open connection.
 
+#include <climits>
 #include <cstring>
 
 #include "eip/cip/cip_error.h"
@@ -15,9 +16,7 @@ namespace {
 
 const int kTraceCalls = 2;
 
-const uint32_t kInterfaceCIP = 0;
 const int kConnectionIdSize = 4;
-const int kSequenceSize = 2;
 /// Zero bytes behind the copied item.
 const int kItemCopySlack = 2;
 
@@ -38,30 +37,24 @@ _Encap_Header* exchange(_Eip_Session* session, const _Eip_Connection* connection
     return _SendUnitData(session, &address.head, nullptr, &data.head, request);
 }
 
-/// The reply is for CIP, and both items have the type and the length that a connected reply has,
-/// and fill it.
-bool isConnectedPacket(const _Encap_Header* reply, const cip::CpfView& items) {
-    const unsigned char* interfaceHandle = reinterpret_cast<const unsigned char*>(reply + 1);
-    return cip::getUInt32(interfaceHandle) == kInterfaceCIP && items.count == 2 && items.exact &&
-           _GetItemType(items.address) == CPF_CONNECTED_ADDRESS &&
+/// Address and data item have the type and the length that a connected reply has. What is behind
+/// them is not looked at: targets append items of their own.
+bool isConnectedPacket(const cip::CpfView& items) {
+    return _GetItemType(items.address) == CPF_CONNECTED_ADDRESS &&
            _GetItemLength(items.address) == kConnectionIdSize &&
            _GetItemType(items.data) == CPF_CONNECTED_DATA &&
-           _GetItemLength(items.data) >= kSequenceSize;
+           _GetItemLength(items.data) >= kSequenceCountSize;
 }
 
 /// The data item of the reply to the request with this sequence count, or null with the error
 /// recorded.
 const _Eip_Item* connectedData(const _Encap_Header* reply, const _Eip_Session* session,
                                uint16_t sequenceCount) {
-    if (!cip::isGoodReply(reply, session, ENCAP_SEND_UNIT_DATA)) {
-        return nullptr;
-    }
     const cip::CpfView items = cip::viewItems(reply);
-    if (!items.data) {
-        cip::recordNoDataItem(reply, items.broken);
+    if (!cip::answersCommand(reply, items, session, ENCAP_SEND_UNIT_DATA)) {
         return nullptr;
     }
-    if (!isConnectedPacket(reply, items)) {
+    if (!isConnectedPacket(items)) {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_INVALID_REPLY, 0);
         return nullptr;
     }
@@ -79,7 +72,9 @@ bool isSendable(const _Eip_Session* session, const _Eip_Connection* connection, 
     if (!cip::isUsable(session) || !cip::isUsable(connection) || !cip::isUsable(request)) {
         return false;
     }
-    if (requestLength < 0 || requestLength > kEncapMaxRequestBody) {
+    // What a connection does not carry the target drops without a word.
+    if (requestLength < 0 || requestLength > kEncapMaxRequestBody ||
+        requestLength > _GetConnectedRequestLimit(connection)) {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_BUFFER_TOO_SMALL, 0);
         return false;
     }
@@ -88,8 +83,14 @@ bool isSendable(const _Eip_Session* session, const _Eip_Connection* connection, 
 
 }  // namespace
 
+int _GetConnectedRequestLimit(const _Eip_Connection* connection) {
+    const bool isKnown = connection && connection->connectionSize != 0;
+    return isKnown ? connection->connectionSize - kSequenceCountSize : INT_MAX;
+}
+
 _Eip_Item* _ConnectedSend(_Eip_Session* session, _Eip_Connection* connection, const void* request,
                           int requestLength) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     LogCip(kTraceCalls, "->Entering ConnectedSend \n");
     if (!isSendable(session, connection, request, requestLength)) {
         LogCip(kTraceCalls, "!Exiting ConnectedSend with error : %s\n", cip_err_msg());

@@ -9,17 +9,22 @@
 // Class 3 connections (CIP Networks Library Vol. 1, 3-5.5): Forward Open, Forward Close, and
 // messages sent over an open connection. A connection record belongs to the thread that opened it.
 
-/// Defaults of the Forward Open and Forward Close.
-extern const uint16_t _OriginatorVendorID;
-extern const uint32_t _OriginatorSerialNumber;
-extern const uint8_t _Priority;       ///< priority/time tick byte of _Forward_Close
-extern const uint8_t _TimeOut_Ticks;  ///< time-out ticks of _Forward_Close
-extern const uint16_t _Parameters;    ///< network connection parameters
-extern const uint8_t _Transport;      ///< class 3, application trigger, server
-extern const uint8_t _TimeOutMultiplier;
+/// Defaults of the Forward Open and Forward Close. Plain data: a program may set values of its own
+/// before any thread uses the client.
+extern uint16_t _OriginatorVendorID;
+extern uint32_t _OriginatorSerialNumber;
+extern uint8_t _Priority;       ///< priority/time tick byte of _Forward_Close
+extern uint8_t _TimeOut_Ticks;  ///< time-out ticks of _Forward_Close
+extern uint16_t _Parameters;    ///< network connection parameters
+extern uint8_t _Transport;      ///< class 3, application trigger, server
+extern uint8_t _TimeOutMultiplier;
 
 /// The longest connection path a record holds, in bytes.
 const int kMaxConnectionPath = 255;
+
+/// The connection size in network connection parameters (CIP Vol. 1, 3-5.5.1.1): the bytes that a
+/// message over the connection may have, its sequence count included.
+const uint16_t kConnectionSizeMask = 0x01FF;
 
 /// Connection record: made by the Forward Open functions, freed by _Forward_Close or
 /// DeleteConnection. It borrows the session, which must outlive it.
@@ -34,6 +39,9 @@ struct _Eip_Connection {
     uint16_t sequenceCount;  ///< of the last request sent; wraps
     uint8_t pathLength;      ///< bytes
     unsigned char path[kMaxConnectionPath];
+    /// Bytes that a message in either direction may have, sequence count included, as the Forward
+    /// Open asked for them; 0 when nothing is known of it.
+    uint16_t connectionSize;
 };
 
 /// Opens a class 3 connection to the message router behind `routePath` (port segments, of even
@@ -88,7 +96,10 @@ _Eip_Connection* _Forward_Open2(_Eip_Session* session, unsigned char priorityTic
 /// Closes the connection and frees its record whatever comes of it. Returns the general status of
 /// the reply, recorded as (3, general status, extended status), or -1 without a usable reply.
 int _Forward_Close(_Eip_Connection* connection);
-/// The Forward Close request itself; the result is as above.
+/// Sends the Forward Close, waits for nothing and frees the record whatever comes of it. Returns
+/// the transport's send result, -1 when the request could not be built.
+int _SendForwardClose(_Eip_Connection* connection);
+/// The Forward Close request itself; the result is that of _Forward_Close.
 int _ExForward_Close(_Eip_Session* session, unsigned char priorityTick, unsigned char timeoutTicks,
                      uint16_t connectionSerial, uint16_t vendorId, uint32_t originatorSerial,
                      const unsigned char* path, int pathLength);
@@ -96,13 +107,18 @@ int _ExForward_Close(_Eip_Session* session, unsigned char priorityTick, unsigned
 /// Frees the record without a word to the target and sets the caller's pointer to null.
 void DeleteConnection(_Eip_Connection** connection);
 
+/// Bytes that a message-router request over the connection may have; INT_MAX when the connection's
+/// size is not known, and for null.
+int _GetConnectedRequestLimit(const _Eip_Connection* connection);
+
 /// Sends one message-router request over the connection with the next sequence count. Returns a
 /// copy of the reply's connected data item (type 0x00B1, length, sequence count, message-router
 /// reply), to be freed with free(); its length field counts the bytes after the head, and 2 zero
-/// bytes follow them. Null: (0, -31, 0) when the request does not fit; no reply; (2, status, 0) for
-/// an encapsulation status other than 0 or a reply without a data item; (0, -7, 0) for a reply to
-/// another command, session or sequence count; (0, -20, 0) for another interface than CIP, and for
-/// items of another type or whose lengths do not fill the reply exactly.
+/// bytes follow them. The error record then holds (2, encapsulation status, 0); what a target puts
+/// behind the data item is not looked at. Null: (0, -31, 0), nothing sent, when the request fits
+/// neither an encapsulated request nor the connection's size; no reply; (2, status, 0) for a reply
+/// without a data item; (0, -7, 0) for a reply to another command, session or sequence count; (0,
+/// -20, 0) for items of another type or length than a connected reply has, or that are not whole.
 _Eip_Item* _ConnectedSend(_Eip_Session* session, _Eip_Connection* connection, const void* request,
                           int requestLength);
 

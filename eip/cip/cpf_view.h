@@ -16,7 +16,6 @@ struct CpfView {
     const _Eip_Item* address;  ///< first item, whole inside the reply, or null
     const _Eip_Item* data;     ///< second item, likewise
     bool broken;               ///< something announced is not whole inside the reply
-    bool exact;                ///< the second item ends where the reply ends
 };
 
 /// Looks at a reply that holds 24 + length bytes. Null is allowed. Records nothing.

@@ -53,20 +53,24 @@ bool IsEIP(const void* buffer) {
 
 void _InitHeader(_Encap_Header* buffer, uint32_t sessionHandle, uint32_t contextLow,
                  uint32_t contextHigh) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     memset(buffer, 0, kEncapHeaderSize);
     _FillHeader(buffer, sessionHandle, contextLow, contextHigh);
 }
 
 void _FillHeader(_Encap_Header* buffer, uint32_t sessionHandle, uint32_t contextLow,
                  uint32_t contextHigh) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     cip::putUInt32(buffer->sessionHandle, sessionHandle);
     cip::putUInt32(buffer->senderContext, contextLow);
     cip::putUInt32(buffer->senderContext + 4, contextHigh);
 }
 
 int _AddHeader(_Encap_Header* buffer, const void* data, int count) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     const int length = _GetEncapLength(buffer);
     if (count < 0 || count > kEncapMaxRequestBody - length) {
+        CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_BUFFER_TOO_SMALL, 0);
         return 0;
     }
     if (count > 0) {
@@ -78,28 +82,33 @@ int _AddHeader(_Encap_Header* buffer, const void* data, int count) {
 }
 
 int _AddBYTE2Header(_Encap_Header* buffer, uint8_t value) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     return _AddHeader(buffer, &value, 1);
 }
 
 int _AddINT2Header(_Encap_Header* buffer, uint16_t value) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     unsigned char field[2];
     cip::putUInt16(field, value);
     return _AddHeader(buffer, field, sizeof(field));
 }
 
 int _AddDINT2Header(_Encap_Header* buffer, uint32_t value) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     unsigned char field[4];
     cip::putUInt32(field, value);
     return _AddHeader(buffer, field, sizeof(field));
 }
 
 int _Addtab2Header(_Encap_Header* buffer, const unsigned char* data, int count) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     return _AddHeader(buffer, data, count);
 }
 
 // 0  4  interface handle (0: CIP)
 // 4  2  time-out, seconds
 int _AddRR(_Encap_Header* buffer, uint32_t interfaceHandle, uint16_t timeoutSeconds) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     unsigned char prefix[4 + 2];
     cip::putUInt32(prefix, interfaceHandle);
     cip::putUInt16(prefix + 4, timeoutSeconds);

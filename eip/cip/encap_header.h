@@ -4,8 +4,9 @@
 #include <cstdint>
 
 // The EtherNet/IP encapsulation header (CIP Networks Library Vol. 2, 2-3) and the functions that
-// append to a message. All fields on the wire are little-endian; they are byte arrays here so that
-// neither alignment nor the host's byte order matters.
+// append to a message, each of which clears the error record first. All fields on the wire are
+// little-endian; they are byte arrays here so that neither alignment nor the host's byte order
+// matters.
 
 /// Head of every encapsulated message; `length` bytes of command-specific data follow it.
 struct _Encap_Header {
@@ -58,7 +59,8 @@ void _FillHeader(_Encap_Header* buffer, uint32_t sessionHandle, uint32_t context
                  uint32_t contextHigh);
 
 /// Appends `count` bytes after the current body and counts them in the length field. Returns the
-/// new length, or 0 (nothing written) when the body would exceed 1000 bytes or `count` is negative.
+/// new length, or 0 (nothing written) with (0, -31, 0) when the body would exceed 1000 bytes or
+/// `count` is negative.
 /// The caller's buffer must have room for header and new body; 1024 bytes always do.
 int _AddHeader(_Encap_Header* buffer, const void* data, int count);
 /// The same for one byte, a 16-bit value, a 32-bit value and an array of bytes.

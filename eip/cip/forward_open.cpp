@@ -108,6 +108,7 @@ _Eip_Connection* newConnection(_Eip_Session* session, const OpenFields& fields,
         connection->originatorSerial = fields.originatorSerial;
         connection->oToTConnectionId = cip::getUInt32(ids);
         connection->tToOConnectionId = cip::getUInt32(ids + 4);
+        connection->connectionSize = fields.parameters & kConnectionSizeMask;
         connection->pathLength = static_cast<uint8_t>(pathLength);
         if (pathLength > 0) {
             memcpy(connection->path, path, static_cast<size_t>(pathLength));
@@ -138,6 +139,7 @@ _Eip_Connection* _Forward_Open(_Eip_Session* session, unsigned char priorityTick
                                uint32_t originatorSerial, unsigned char timeoutMultiplier,
                                uint32_t rpiMs, uint16_t parameters, unsigned char transport,
                                const unsigned char* path, int pathLength) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     const OpenFields fields = {
         priorityTick,     timeoutTicks,      0,     tToOConnectionId, connectionSerial, vendorId,
         originatorSerial, timeoutMultiplier, rpiMs, parameters,       transport};
@@ -150,6 +152,7 @@ _Eip_Connection* _Forward_Open2(_Eip_Session* session, unsigned char priorityTic
                                 uint32_t originatorSerial, unsigned char timeoutMultiplier,
                                 uint32_t rpiMs, uint16_t parameters, unsigned char transport,
                                 const unsigned char* path, int pathLength) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     const uint32_t oToTConnectionId = (tToOConnectionId & 0x8000000F) + 1;
     const OpenFields fields = {priorityTick,     timeoutTicks,      oToTConnectionId,
                                tToOConnectionId, connectionSerial,  vendorId,

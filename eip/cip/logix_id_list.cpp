@@ -6,6 +6,7 @@
 #include "eip/cip/connection_manager.h"
 #include "eip/cip/malloc_ptr.h"
 #include "eip/cip/mr_view.h"
+#include "eip/cip/status_masks.h"
 #include "eip/cip/unconnected_send.h"
 
 namespace {
@@ -14,12 +15,9 @@ const uint8_t kServiceGetInstances = 0x4B;
 /// Class 0x6B (symbol), instance 0: the class itself.
 const unsigned char kSymbolClassPath[] = {0x20, 0x6B, 0x24, 0x00};
 
-/// General status 06: as much as fits is here, the rest waits.
-const uint8_t kPartialTransfer = 0x06;
-
 bool isList(const _MR_Reply* reply) {
     return reply->service == (kServiceGetInstances | kReplyServiceBit) &&
-           (reply->generalStatus == 0 || reply->generalStatus == kPartialTransfer);
+           (reply->generalStatus == 0 || reply->generalStatus == cip::kPartialTransfer);
 }
 
 }  // namespace
@@ -29,6 +27,7 @@ const unsigned char* _GetIdListData(const _Id_List* list) {
 }
 
 _Id_List* _GetIdList(_Eip_Session* session, const unsigned char* path, int pathLength) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     int requestSize = 0;
     const cip::MallocPtr<unsigned char> request(
         _BuildMRRequest(kServiceGetInstances, kSymbolClassPath, sizeof(kSymbolClassPath), nullptr,

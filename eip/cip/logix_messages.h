@@ -7,19 +7,29 @@
 #include "eip/cip/logix_data.h"
 #include "eip/cip/message_router.h"
 
-// Requests and replies of the Logix Read Tag and Write Tag services as bytes.
+// Requests and replies of the Logix Read Tag and Write Tag services, and of their fragmented forms
+// (Logix 5000 Controllers Data Access, 1756-PM020), as bytes.
 
 /// Service codes; a reply has bit 0x80 set.
 enum LgxService : uint8_t {
     LGX_SERVICE_MULTIPLE = 0x0A,  ///< Multiple Service Packet
     LGX_SERVICE_PCCC = 0x4B,      ///< Execute PCCC
     LGX_SERVICE_READ_TAG = 0x4C,
-    LGX_SERVICE_WRITE_TAG = 0x4D
+    LGX_SERVICE_WRITE_TAG = 0x4D,
+    LGX_SERVICE_READ_TAG_FRAGMENTED = 0x52,
+    LGX_SERVICE_WRITE_TAG_FRAGMENTED = 0x53
 };
+
+/// The data type in front of every value.
+const int kLgxTypeSize = 2;
+/// Bytes of a Write Tag and of a Write Tag Fragmented request beside path and data: service, path
+/// size, data type, element count; and the offset.
+const int kWriteTagFixedSize = 1 + 1 + kLgxTypeSize + 2;
+const int kWriteFragmentFixedSize = kWriteTagFixedSize + 4;
 
 /// Read Tag request for `elementCount` elements. Returns the request, to be freed with free(), and
 /// its size. Null (size 0) with (1, errno, 0) without memory, (0, -31, 0) when the path of the name
-/// is longer than 255 words.
+/// is longer than 255 words or a part of the name longer than 255 bytes.
 unsigned char* _BuildLgxReadDataRequest(const char* tagName, uint16_t elementCount, int* size);
 
 /// Write Tag request. `data` holds `dataBytes` bytes: the characters of a short string (at most
@@ -28,6 +38,18 @@ unsigned char* _BuildLgxReadDataRequest(const char* tagName, uint16_t elementCou
 unsigned char* _BuildLgxWriteDataRequest(const char* tagName, _LGX_Data_Type dataType,
                                          const void* data, int dataBytes, uint16_t elementCount,
                                          int* size);
+
+/// Read Tag Fragmented request: of `elementCount` elements in all, as many bytes from byte `offset`
+/// on as a reply holds. Result as that of _BuildLgxReadDataRequest.
+unsigned char* _BuildLgxReadFragmentRequest(const char* tagName, uint16_t elementCount,
+                                            uint32_t offset, int* size);
+
+/// Write Tag Fragmented request: the `dataBytes` bytes at `data` go to byte `offset` of
+/// `elementCount` elements in all. Not for short strings. Result as that of
+/// _BuildLgxWriteDataRequest.
+unsigned char* _BuildLgxWriteFragmentRequest(const char* tagName, _LGX_Data_Type dataType,
+                                             const void* data, int dataBytes, uint16_t elementCount,
+                                             uint32_t offset, int* size);
 
 /// Number of service replies in a connected or unconnected data item: the count of a Multiple
 /// Service Packet reply, 1 for a reply to Read Tag, Write Tag or Execute PCCC; 0 with (0, -22, 0)
@@ -56,9 +78,11 @@ int32_t _GetLGXDataType(const _MR_Reply* reply);
 /// for a type that has no entry in _LGX_Data_Type. Clears the error record on success.
 const unsigned char* _GetData(const _MR_Reply* reply);
 
-/// Decodes a Read Tag reply of `length` bytes. Null: (1, errno, 0) without memory; (0, -102, 236)
-/// for a refusal or a type without size; (0, -102, 248) for no element; (0, -20, 0) for a reply cut
-/// short, data that is no whole number of elements, or a string longer than its data.
+/// Decodes a Read Tag reply of `length` bytes. All bytes behind the type (a string's length byte)
+/// are the record's data; its count is that of the whole elements in them. Null: (1, errno, 0)
+/// without memory; (0, -102, 236) for null, a refusal, another service's reply or a type without
+/// size; (0, -102, 248) for no whole element, also of a string longer than its data; (0, -20, 0)
+/// for a reply cut short.
 _LGX_Read* _DecodeLGX(const _MR_Reply* reply, int length);
 
 #endif

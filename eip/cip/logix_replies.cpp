@@ -5,6 +5,7 @@
 #include "eip/cip/cip_error.h"
 #include "eip/cip/cpf_view.h"
 #include "eip/cip/logix_messages.h"
+#include "eip/cip/logix_tag_replies.h"
 #include "eip/cip/malloc_ptr.h"
 #include "eip/cip/mr_view.h"
 #include "eip/cip/wire.h"
@@ -17,7 +18,7 @@ const uint8_t kReadTagReply = LGX_SERVICE_READ_TAG | kReplyServiceBit;
 const uint8_t kWriteTagReply = LGX_SERVICE_WRITE_TAG | kReplyServiceBit;
 
 /// Head and data type of a good Read Tag reply.
-const int kReadTagHeadSize = kMRReplyHeadSize + 2;
+const int kReadTagHeadSize = kMRReplyHeadSize + kLgxTypeSize;
 
 /// General status FF with one word of extended status.
 const int32_t kStatusWordExtended = 0x01FF;
@@ -117,15 +118,6 @@ cip::MRView findService(const _Eip_Item* item, int index) {
     return found;
 }
 
-/// Records (5, status word, extended status) for a refusal; true when it is one.
-bool isRefused(const _MR_Reply* reply) {
-    const int32_t status = _GetLGXStatusWord(reply);
-    if (status != 0) {
-        CIPERROR(CIP_ERR_AB, status, _GetExtendedStatus(reply));
-    }
-    return status != 0;
-}
-
 /// Layout of the data of a Read Tag reply.
 struct DataLayout {
     int type;
@@ -155,26 +147,14 @@ bool findData(const _MR_Reply* reply, int length, DataLayout* layout) {
     return true;
 }
 
-/// The number of elements; false with the error recorded when the data do not make whole ones.
+/// The number of whole elements; false with the error recorded when there is none. Only an empty
+/// string has an element of no size.
 bool countElements(DataLayout* layout) {
-    if (layout->type == LGX_TYPE_SHORT_STRING) {
-        if (layout->elementSize > layout->size) {
-            CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_INVALID_REPLY, 0);
-            return false;
-        }
-        layout->count = layout->elementSize < 1 ? 1 : layout->size / layout->elementSize;
-        return true;
-    }
-    layout->count = layout->size / layout->elementSize;
+    layout->count = layout->elementSize < 1 ? 1 : layout->size / layout->elementSize;
     if (layout->count < 1) {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_BAD_DATA, kNoElement);
-        return false;
     }
-    if (layout->size % layout->elementSize != 0) {
-        CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_INVALID_REPLY, 0);
-        return false;
-    }
-    return true;
+    return layout->count >= 1;
 }
 
 }  // namespace
@@ -220,7 +200,7 @@ int32_t _GetLGXDataType(const _MR_Reply* reply) {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_INVALID_REPLY, 0);
         return 0;
     }
-    if (isRefused(reply)) {
+    if (cip::isTagRefusal(reply)) {
         return 0;
     }
     if (reply->service != kReadTagReply) {
@@ -236,7 +216,7 @@ const unsigned char* _GetData(const _MR_Reply* reply) {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_INVALID_REPLY, 0);
         return nullptr;
     }
-    if (isRefused(reply)) {
+    if (cip::isTagRefusal(reply)) {
         return nullptr;
     }
     CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
@@ -254,9 +234,11 @@ const unsigned char* _GetData(const _MR_Reply* reply) {
 // 4  2  data type
 // 6  n  elements, or one length byte and the characters
 _LGX_Read* _DecodeLGX(const _MR_Reply* reply, int length) {
-    const cip::MRView whole =
-        cip::viewMR(reinterpret_cast<const unsigned char*>(reply), reply ? length : 0);
-    if (!isWhole(whole)) {
+    if (!reply) {
+        CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_BAD_DATA, kNoElementSize);
+        return nullptr;
+    }
+    if (!isWhole(cip::viewMR(reinterpret_cast<const unsigned char*>(reply), length))) {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_INVALID_REPLY, 0);
         return nullptr;
     }

@@ -1,4 +1,4 @@
-// Read Tag and Write Tag requests.
+// Read Tag and Write Tag requests, whole and fragmented.
 
 #include <cstring>
 
@@ -15,7 +15,8 @@ const int kHeadSize = 1 + 1;
 const int kMaxPathBytes = 255 * 2;
 const int kMaxShortString = 255;
 
-/// Bytes of the tag's path, or -1 with the error recorded when its size field cannot hold it.
+/// Bytes of the tag's path, or -1 with the error recorded when a segment or the path's size field
+/// cannot hold it.
 int pathSize(const char* tagName) {
     const int size = _BuildIOI(nullptr, tagName);
     if (size > kMaxPathBytes) {
@@ -59,6 +60,7 @@ bool isWritable(_LGX_Data_Type dataType, const void* data, int dataBytes) {
 // 2  n  path
 //    2  element count
 unsigned char* _BuildLgxReadDataRequest(const char* tagName, uint16_t elementCount, int* size) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     *size = 0;
     const int pathBytes = pathSize(tagName);
     if (pathBytes < 0) {
@@ -83,6 +85,7 @@ unsigned char* _BuildLgxReadDataRequest(const char* tagName, uint16_t elementCou
 unsigned char* _BuildLgxWriteDataRequest(const char* tagName, _LGX_Data_Type dataType,
                                          const void* data, int dataBytes, uint16_t elementCount,
                                          int* size) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     *size = 0;
     const int pathBytes = pathSize(tagName);
     if (pathBytes < 0 || !isWritable(dataType, data, dataBytes)) {
@@ -104,6 +107,65 @@ unsigned char* _BuildLgxWriteDataRequest(const char* tagName, _LGX_Data_Type dat
     }
     if (dataBytes > 0) {
         memcpy(at, data, static_cast<size_t>(dataBytes));
+    }
+    *size = kHeadSize + pathBytes + rest;
+    return request.release();
+}
+
+// 0  1  0x52
+// 1  1  path size, words
+// 2  n  path
+//    2  element count of the whole
+//    4  byte offset
+unsigned char* _BuildLgxReadFragmentRequest(const char* tagName, uint16_t elementCount,
+                                            uint32_t offset, int* size) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
+    *size = 0;
+    const int pathBytes = pathSize(tagName);
+    if (pathBytes < 0) {
+        return nullptr;
+    }
+    const int rest = 2 + 4;
+    cip::MallocPtr<unsigned char> request =
+        newRequest(LGX_SERVICE_READ_TAG_FRAGMENTED, tagName, pathBytes, rest);
+    if (!request) {
+        return nullptr;
+    }
+    unsigned char* at = request.get() + kHeadSize + pathBytes;
+    cip::putUInt16(at, elementCount);
+    cip::putUInt32(at + 2, offset);
+    *size = kHeadSize + pathBytes + rest;
+    return request.release();
+}
+
+// 0  1  0x53
+// 1  1  path size, words
+// 2  n  path
+//    2  data type
+//    2  element count of the whole
+//    4  byte offset
+//    n  data
+unsigned char* _BuildLgxWriteFragmentRequest(const char* tagName, _LGX_Data_Type dataType,
+                                             const void* data, int dataBytes, uint16_t elementCount,
+                                             uint32_t offset, int* size) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
+    *size = 0;
+    const int pathBytes = pathSize(tagName);
+    if (pathBytes < 0 || !isWritable(dataType, data, dataBytes)) {
+        return nullptr;
+    }
+    const int rest = 2 + 2 + 4 + dataBytes;
+    cip::MallocPtr<unsigned char> request =
+        newRequest(LGX_SERVICE_WRITE_TAG_FRAGMENTED, tagName, pathBytes, rest);
+    if (!request) {
+        return nullptr;
+    }
+    unsigned char* at = request.get() + kHeadSize + pathBytes;
+    cip::putUInt16(at, static_cast<uint16_t>(dataType));
+    cip::putUInt16(at + 2, elementCount);
+    cip::putUInt32(at + 4, offset);
+    if (dataBytes > 0) {
+        memcpy(at + 8, data, static_cast<size_t>(dataBytes));
     }
     *size = kHeadSize + pathBytes + rest;
     return request.release();

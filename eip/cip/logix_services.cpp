@@ -1,88 +1,60 @@
 #include "eip/cip/logix_services.h"
 
+#include <cstdio>
+
 #include "eip/cip/cip_error.h"
-#include "eip/cip/cpf_view.h"
 #include "eip/cip/malloc_ptr.h"
 
 namespace {
 
-/// A connected data item's sequence count, which its length includes.
-const int kSequenceSize = 2;
+/// Room for the largest numbers of a message about a part that was written.
+const int kPartTextSize = 64;
 
-/// Bytes that the elements of a write take in `data`, or -1 with the error recorded.
-int writeBytes(_LGX_Data_Type dataType, uint16_t elementCount) {
-    if (dataType == LGX_TYPE_SHORT_STRING) {
-        return elementCount;
+/// Sends the next request of a read or write and lets it take the answer.
+template <typename TagAccess>
+LgxProgress advance(_Eip_Session* session, _Eip_Connection* connection, TagAccess* access) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
+    int size = 0;
+    const cip::MallocPtr<unsigned char> request(access->nextRequest(&size));
+    if (!request) {
+        return LgxProgress::failed;
     }
-    const int elementSize = _GetLGXDataSize(dataType);
-    return elementSize < 0 ? -1 : elementSize * elementCount;
+    const cip::MallocPtr<_Eip_Item> item(_ConnectedSend(session, connection, request.get(), size));
+    return item ? access->accept(item.get()) : LgxProgress::failed;
 }
-
-/// The one service reply of a reply item when it answers `service` and does not refuse it; null
-/// with the error recorded otherwise. A reply to another service, also inside a Multiple Service
-/// Packet that nobody asked for, is no answer.
-const _MR_Reply* acceptedReply(const _Eip_Item* item, uint8_t service) {
-    const _MR_Reply* reply = _GetService_Reply(item, 0);
-    if (!reply) {
-        return nullptr;
-    }
-    const unsigned char* only = cip::itemData(item) + kSequenceSize;
-    if (reinterpret_cast<const unsigned char*>(reply) != only ||
-        reply->service != (service | kReplyServiceBit)) {
-        CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_INVALID_REPLY, 0);
-        return nullptr;
-    }
-    const int32_t status = _GetLGXStatusWord(reply);
-    if (status != 0) {
-        CIPERROR(CIP_ERR_AB, status, _GetExtendedStatus(reply));
-        return nullptr;
-    }
-    return reply;
-}
-
-struct LgxReadDeleter {
-    void operator()(_LGX_Read* read) const { _FreeLGXRead(read); }
-};
 
 }  // namespace
 
+LgxProgress _AdvanceLgxRead(_Eip_Session* session, _Eip_Connection* connection, LgxTagRead* read) {
+    return advance(session, connection, read);
+}
+
+LgxProgress _AdvanceLgxWrite(_Eip_Session* session, _Eip_Connection* connection,
+                             LgxTagWrite* write) {
+    const LgxProgress progress = advance(session, connection, write);
+    if (progress == LgxProgress::failed && write->elementsWritten() > 0) {
+        char part[kPartTextSize];
+        snprintf(part, sizeof(part), "; 0 to %d of %d elements written",
+                 write->elementsWritten() - 1, write->elementCount());
+        CIPAppendErrMsg(part);
+    }
+    return progress;
+}
+
 _LGX_Read* _ReadLgxData(_Eip_Session* session, _Eip_Connection* connection, const char* tagName,
                         uint16_t elementCount) {
-    int size = 0;
-    const cip::MallocPtr<unsigned char> request(
-        _BuildLgxReadDataRequest(tagName, elementCount, &size));
-    if (!request) {
-        return nullptr;
-    }
-    const cip::MallocPtr<_Eip_Item> item(_ConnectedSend(session, connection, request.get(), size));
-    const _MR_Reply* reply = item ? acceptedReply(item.get(), LGX_SERVICE_READ_TAG) : nullptr;
-    if (!reply) {
-        return nullptr;
-    }
-    std::unique_ptr<_LGX_Read, LgxReadDeleter> read(
-        _DecodeLGX(reply, _GetItemLength(item.get()) - kSequenceSize));
-    if (read && read->type != LGX_TYPE_SHORT_STRING && read->count != elementCount) {
-        CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_INVALID_REPLY, 0);
-        return nullptr;
+    LgxTagRead read(tagName, elementCount);
+    while (_AdvanceLgxRead(session, connection, &read) == LgxProgress::more) {
     }
     return read.release();
 }
 
 int _WriteLgxData(_Eip_Session* session, _Eip_Connection* connection, const char* tagName,
                   _LGX_Data_Type dataType, const void* data, uint16_t elementCount) {
-    const int dataBytes = writeBytes(dataType, elementCount);
-    if (dataBytes < 0) {
-        return -1;
+    LgxTagWrite write(tagName, dataType, data, elementCount, _GetConnectedRequestLimit(connection));
+    LgxProgress progress = LgxProgress::more;
+    while (progress == LgxProgress::more) {
+        progress = _AdvanceLgxWrite(session, connection, &write);
     }
-    int size = 0;
-    const cip::MallocPtr<unsigned char> request(
-        _BuildLgxWriteDataRequest(tagName, dataType, data, dataBytes, elementCount, &size));
-    if (!request) {
-        return -1;
-    }
-    const cip::MallocPtr<_Eip_Item> item(_ConnectedSend(session, connection, request.get(), size));
-    if (!item || !acceptedReply(item.get(), LGX_SERVICE_WRITE_TAG)) {
-        return -1;
-    }
-    return _GetService_ReplyNumber(item.get());
+    return progress == LgxProgress::done ? write.replies() : -1;
 }

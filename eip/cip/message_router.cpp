@@ -9,12 +9,12 @@
 #include "eip/cip/session_header.h"
 #include "eip/cip/wire.h"
 
-const unsigned char CM_PATH[4] = {0x20, 0x06, 0x24, 0x01};
-const unsigned char ROUTER_PATH[4] = {0x20, 0x02, 0x24, 0x01};
-const unsigned char BACKPLANE_DATA_PATH[4] = {0x20, 0x66, 0x24, 0x01};
-const unsigned char PCCC_PATH[4] = {0x20, 0x67, 0x24, 0x01};
-const unsigned char DHPA_PROXY_PATH[6] = {0x20, 0xA6, 0x24, 0x01, 0x2C, 0x01};
-const unsigned char DHPB_PROXY_PATH[6] = {0x20, 0xA6, 0x24, 0x02, 0x2C, 0x01};
+unsigned char CM_PATH[4] = {0x20, 0x06, 0x24, 0x01};
+unsigned char ROUTER_PATH[4] = {0x20, 0x02, 0x24, 0x01};
+unsigned char BACKPLANE_DATA_PATH[4] = {0x20, 0x66, 0x24, 0x01};
+unsigned char PCCC_PATH[4] = {0x20, 0x67, 0x24, 0x01};
+unsigned char DHPA_PROXY_PATH[6] = {0x20, 0xA6, 0x24, 0x01, 0x2C, 0x01};
+unsigned char DHPB_PROXY_PATH[6] = {0x20, 0xA6, 0x24, 0x02, 0x2C, 0x01};
 
 namespace {
 
@@ -22,13 +22,13 @@ namespace {
 const int kMRRequestHeadSize = 1 + 1;
 const int kMaxPathBytes = 255 * 2;
 
-const int kSequenceSize = 2;
 /// A socket address item's bytes before the message-router reply, all of which its length counts.
 const int kSockaddrSkip = 28;
 
 /// The checks of _BuildMRRequest; records the error.
 bool fitsRequest(const void* path, int pathLength, const void* data, int dataLength) {
-    if (pathLength < 0 || dataLength < 0 || (pathLength > 0 && !path) || (dataLength > 0 && !data)) {
+    if (pathLength < 0 || dataLength < 0 || (pathLength > 0 && !path) ||
+        (dataLength > 0 && !data)) {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_ERROR, 0);
         return false;
     }
@@ -49,15 +49,10 @@ bool answers(const _MR_Reply* reply, uint8_t service, uint8_t answering) {
     return reply->service == (service | kReplyServiceBit) && reply->generalStatus != 0;
 }
 
-/// A copy of the message-router reply inside an encapsulated reply that passed isGoodReply.
-cip::MallocPtr<_MR_Reply> copyMRReply(const _Encap_Header* reply, uint8_t service,
-                                      uint8_t answering, int* size) {
-    const cip::CpfView items = cip::viewItems(reply);
-    if (!items.data) {
-        cip::recordNoDataItem(reply, items.broken);
-        return nullptr;
-    }
-    const cip::MRView found = cip::viewMRItem(items.data);
+/// A copy of the message-router reply inside the data item of a reply that passed answersCommand.
+cip::MallocPtr<_MR_Reply> copyMRReply(const _Eip_Item* data, uint8_t service, uint8_t answering,
+                                      int* size) {
+    const cip::MRView found = cip::viewMRItem(data);
     if (!found.reply || !answers(found.reply, service, answering)) {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_INVALID_REPLY, 0);
         return nullptr;
@@ -99,8 +94,8 @@ cip::MRView cip::viewMRItem(const _Eip_Item* item) {
             before = kItemHeadSize;
             break;
         case CPF_CONNECTED_DATA:
-            before = kItemHeadSize + kSequenceSize;
-            counted = kSequenceSize;
+            before = kItemHeadSize + kSequenceCountSize;
+            counted = kSequenceCountSize;
             break;
         case CPF_SOCKADDR_O_TO_T:
             before = kSockaddrSkip;
@@ -120,9 +115,10 @@ void cip::recordMRStatus(const _MR_Reply* reply) {
     CIPERROR(CIP_ERR_MR, reply->generalStatus, _GetMRExtendedStatus(reply));
 }
 
-bool cip::isGoodReply(const _Encap_Header* reply, const _Eip_Session* session, uint16_t command) {
+bool cip::answersCommand(const _Encap_Header* reply, const CpfView& items,
+                         const _Eip_Session* session, uint16_t command) {
     const int32_t status = _GetEipStatus(reply);
-    if (status != 0) {
+    if (!items.data && status != 0) {
         CIPERROR(CIP_ERR_EIP, status, 0);
         return false;
     }
@@ -131,15 +127,12 @@ bool cip::isGoodReply(const _Encap_Header* reply, const _Eip_Session* session, u
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_UNSOLICITED, 0);
         return false;
     }
-    return true;
-}
-
-void cip::recordNoDataItem(const _Encap_Header* reply, bool broken) {
-    if (broken) {
+    if (items.broken) {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_INVALID_REPLY, 0);
-    } else {
-        CIPERROR(CIP_ERR_EIP, _GetEipStatus(reply), 0);
+    } else if (!items.data) {
+        CIPERROR(CIP_ERR_EIP, status, 0);
     }
+    return items.data != nullptr;
 }
 
 // 0  1  service
@@ -148,6 +141,7 @@ void cip::recordNoDataItem(const _Encap_Header* reply, bool broken) {
 //    n  data
 unsigned char* _BuildMRRequest(uint8_t service, const void* path, int pathLength, const void* data,
                                int dataLength, int* size) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     *size = 0;
     if (!fitsRequest(path, pathLength, data, dataLength)) {
         return nullptr;
@@ -197,10 +191,14 @@ _MR_Reply* cip::sendMRRequest(_Eip_Session* session, uint8_t service, const void
         return nullptr;
     }
     const MallocPtr<_Encap_Header> reply(_ExSendMRRequest(session, request.get(), requestSize));
-    if (!reply || !isGoodReply(reply.get(), session, ENCAP_SEND_RR_DATA)) {
+    if (!reply) {
         return nullptr;
     }
-    return copyMRReply(reply.get(), service, answering, size).release();
+    const CpfView items = viewItems(reply.get());
+    if (!answersCommand(reply.get(), items, session, ENCAP_SEND_RR_DATA)) {
+        return nullptr;
+    }
+    return copyMRReply(items.data, service, answering, size).release();
 }
 
 _MR_Reply* _SendMRRequest(_Eip_Session* session, uint8_t service, const void* path, int pathLength,

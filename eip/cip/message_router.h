@@ -9,13 +9,14 @@
 // SendRRData. The functions of this header take a reply from outside apart; every number in it is
 // checked before use.
 
-/// Request paths (Vol. 1, C-1.4: logical segments of 8 bits).
-extern const unsigned char CM_PATH[4];              ///< class 0x06 connection manager, instance 1
-extern const unsigned char ROUTER_PATH[4];          ///< class 0x02 message router, instance 1
-extern const unsigned char BACKPLANE_DATA_PATH[4];  ///< class 0x66, instance 1
-extern const unsigned char PCCC_PATH[4];            ///< class 0x67 PCCC object, instance 1
-extern const unsigned char DHPA_PROXY_PATH[6];      ///< class 0xA6, instance 1 (DH+ channel A)
-extern const unsigned char DHPB_PROXY_PATH[6];      ///< class 0xA6, instance 2 (DH+ channel B)
+/// Request paths (Vol. 1, C-1.4: logical segments of 8 bits). Plain data, as the defaults of the
+/// connection manager.
+extern unsigned char CM_PATH[4];              ///< class 0x06 connection manager, instance 1
+extern unsigned char ROUTER_PATH[4];          ///< class 0x02 message router, instance 1
+extern unsigned char BACKPLANE_DATA_PATH[4];  ///< class 0x66, instance 1
+extern unsigned char PCCC_PATH[4];            ///< class 0x67 PCCC object, instance 1
+extern unsigned char DHPA_PROXY_PATH[6];      ///< class 0xA6, instance 1 (DH+ channel A)
+extern unsigned char DHPB_PROXY_PATH[6];      ///< class 0xA6, instance 2 (DH+ channel B)
 
 /// Set in the service code of every reply.
 const unsigned char kReplyServiceBit = 0x80;
@@ -43,9 +44,10 @@ _Encap_Header* _ExSendMRRequest(_Eip_Session* session, const void* request, int 
 
 /// Sends an unconnected request and returns a copy of the message-router reply, to be freed with
 /// free(), with its size in bytes (0 without a reply; `replySize` may be null). The error record
-/// then holds (3, general status, extended status), which the caller judges. Null: no reply; an
-/// encapsulation status other than 0 or no data item (2, status, 0); a reply to another command or
-/// session (0, -7, 0); a reply that does not hold together or answers another service (0, -20, 0).
+/// then holds (3, general status, extended status), which the caller judges, whatever the
+/// encapsulation status is. Null: no reply; a reply without a data item (2, encapsulation status,
+/// 0); a reply to another command or session (0, -7, 0); a reply that does not hold together or
+/// answers another service (0, -20, 0).
 _MR_Reply* _SendMRRequest(_Eip_Session* session, uint8_t service, const void* path, int pathLength,
                           const void* data, int dataLength, int* replySize);
 

@@ -2,6 +2,7 @@
 #define EIP_CIP_MR_VIEW_H
 
 #include "eip/cip/common_packet.h"
+#include "eip/cip/cpf_view.h"
 #include "eip/cip/message_router.h"
 
 // A message-router reply found inside a data item and measured. Internal to eip/cip.
@@ -29,13 +30,13 @@ inline int mrHeadSize(const _MR_Reply* reply) {
 /// Records (3, general status, extended status).
 void recordMRStatus(const _MR_Reply* reply);
 
-/// Whether an unconnected or connected reply is one to `command` of this session that the target
-/// did not refuse. Records (2, status, 0) or (0, -7, 0) when not.
-bool isGoodReply(const _Encap_Header* reply, const _Eip_Session* session, uint16_t command);
-
-/// Records why a good reply has no data item: (0, -20, 0) when it only claims to have one, else
-/// (2, encapsulation status, 0).
-void recordNoDataItem(const _Encap_Header* reply, bool broken);
+/// Whether an unconnected or connected reply, of which `items` is the view, is one to `command` of
+/// this session and has a data item; a target that sends one with an encapsulation status other
+/// than 0 has answered all the same. Records when not: (2, status, 0) for a reply without a data
+/// item, (0, -7, 0) for one to another command or session, (0, -20, 0) for a data item that is
+/// announced but not there.
+bool answersCommand(const _Encap_Header* reply, const CpfView& items, const _Eip_Session* session,
+                    uint16_t command);
 
 /// _SendMRRequest for a service whose reply may come from a request embedded in it: accepted are
 /// replies of the service `answering`, and refusals by `service` itself.

@@ -24,6 +24,7 @@ class Writer {
     // 2  2  transaction number
     // 4  1  function code
     Writer(uint16_t transaction, PcccFunction function) : size(0), good(true) {
+        CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
         put8(kPcccCommand);
         put8(0);
         put16(transaction);

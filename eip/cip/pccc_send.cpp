@@ -23,7 +23,6 @@ const uint8_t kServiceExecutePCCC = 0x4B;
 
 const int kRequestorIdSize = sizeof(_PCCC_RequestorID);
 const int kDhpHeaderSize = 2 + 2 + 2 + 2;
-const int kSequenceSize = 2;
 
 /// Command, status, transaction number: what a reply is compared with.
 const int kComparedHead = 1 + 1 + 2;
@@ -184,7 +183,7 @@ cip::MallocPtr<_PCCC_Reply> sendOverDhp(const _PCCC_Target* target, const void* 
     if (!item) {
         return nullptr;
     }
-    const int front = kSequenceSize + kDhpHeaderSize;
+    const int front = kSequenceCountSize + kDhpHeaderSize;
     const int size = _GetItemLength(item.get()) - front;
     return copyPccc(size > 0 ? cip::itemData(item.get()) + front : nullptr, size, request,
                     replySize);
@@ -205,6 +204,7 @@ _PCCC_Reply* finish(cip::MallocPtr<_PCCC_Reply> reply, int size, const char* nam
 
 _PCCC_Reply* _SendUnConnectedPCCCRequest(const _PCCC_Target* target, const void* request,
                                          int requestLength, int* replySize) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     int unwanted = 0;
     int* size = replySize ? replySize : &unwanted;
     *size = 0;
@@ -215,6 +215,7 @@ _PCCC_Reply* _SendUnConnectedPCCCRequest(const _PCCC_Target* target, const void*
 
 _PCCC_Reply* _SendConnectedPCCCRequest(const _PCCC_Target* target, const void* request,
                                        int requestLength, int* replySize) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     int unwanted = 0;
     int* size = replySize ? replySize : &unwanted;
     *size = 0;

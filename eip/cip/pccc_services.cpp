@@ -139,7 +139,8 @@ int pick(_PCCC_Reply* reply, int replySize, const Span& span, uint16_t count) {
     return kPcccReplyHead + count * span.pickedSize;
 }
 
-/// Whole words are written: with the word that a bit stands in, its other bits would be overwritten.
+/// Whole words are written: with the word that a bit stands in, its other bits would be
+/// overwritten.
 bool namesNoBit(const char* address) {
     _PLC_Address parsed;
     if (_ParsePLCAddress(address, &parsed) && parsed.bit >= 0) {
@@ -159,6 +160,7 @@ _PLC_Read* _ReadPLCData(const _PCCC_Target* target, int plcKind, uint16_t transa
 
 _PLC_Read* _ReadPLCData_Ex(const _PCCC_Target* target, uint16_t transaction, const char* address,
                            uint16_t count) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     _PLC_Address parsed;
     if (!_ParsePLCAddress(address, &parsed)) {
         return nullptr;
@@ -175,6 +177,7 @@ _PLC_Read* _ReadPLCData_Ex(const _PCCC_Target* target, uint16_t transaction, con
 
 _PLC_Read* _ReadPLCData_ExPlus(const _PCCC_Target* target, uint16_t transaction,
                                const char* address, uint16_t count) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     _PLC_Address parsed;
     if (!_ParsePLCAddress(address, &parsed)) {
         return nullptr;
@@ -196,6 +199,7 @@ _PLC_Read* _ReadPLCData_ExPlus(const _PCCC_Target* target, uint16_t transaction,
 
 int _WritePLCData(const _PCCC_Target* target, uint16_t transaction, const char* address,
                   _PLC_Data_Type type, const void* data, uint16_t count) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     const bool isWord = type == PLC_TYPE_INTEGER || type == PLC_TYPE_BIT_STRING;
     if (!isWord && type != PLC_TYPE_FLOAT) {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_UNSUPPORTED_TYPE, 0);
@@ -212,6 +216,7 @@ int _WritePLCData(const _PCCC_Target* target, uint16_t transaction, const char* 
 
 int WriteMaskAndDataToPLC(const _PCCC_Target* target, uint16_t transaction, const char* address,
                           uint16_t mask, uint16_t value) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     int size = 0;
     const RequestPtr request(
         _BuildPLCWriteWithMaskRequest(transaction, address, mask, value, &size));
@@ -220,6 +225,7 @@ int WriteMaskAndDataToPLC(const _PCCC_Target* target, uint16_t transaction, cons
 
 int WriteBytesToPLC(const _PCCC_Target* target, uint16_t transaction, const char* address,
                     const void* data, int byteCount) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     if (!namesNoBit(address)) {
         return -1;
     }

@@ -34,7 +34,8 @@ _PLC_Read* _ReadPLCData_ExPlus(const _PCCC_Target* target, uint16_t transaction,
 
 /// Writes `count` elements of `type` with a typed write. `data` holds little-endian values of 2
 /// bytes for integers and bit strings, 4 for floating point; another type is refused with
-/// (0, -24, 0), an address that names a bit with (0, -21, 0). Returns the reply's status byte (0 is success), or -1 without a reply.
+/// (0, -24, 0), an address that names a bit with (0, -21, 0). Returns the reply's status byte (0 is
+/// success), or -1 without a reply.
 int _WritePLCData(const _PCCC_Target* target, uint16_t transaction, const char* address,
                   _PLC_Data_Type type, const void* data, uint16_t count);
 
@@ -43,8 +44,8 @@ int _WritePLCData(const _PCCC_Target* target, uint16_t transaction, const char* 
 int WriteMaskAndDataToPLC(const _PCCC_Target* target, uint16_t transaction, const char* address,
                           uint16_t mask, uint16_t value);
 
-/// Writes `byteCount` bytes (at most 255) from `address` on, which names no bit (0, -21, 0). Result as
-/// above.
+/// Writes `byteCount` bytes (at most 255) from `address` on, which names no bit (0, -21, 0). Result
+/// as above.
 int WriteBytesToPLC(const _PCCC_Target* target, uint16_t transaction, const char* address,
                     const void* data, int byteCount);
 

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "common/digits.h"
+#include "eip/cip/cip_error.h"
 #include "eip/cip/wire.h"
 
 namespace {
@@ -52,11 +53,16 @@ int32_t parseNumber(const char* text, int length) {
 }  // namespace
 
 int _BuildIOI(unsigned char* buffer, const char* tagName) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     int size = 0;
     const char* at = tagName ? tagName : "";
     while (*at) {
         const size_t nameLength = strcspn(at, "[.");
-        size += _BuildIOIString(behind(buffer, size), at, asInt(nameLength));
+        const int segment = _BuildIOIString(behind(buffer, size), at, asInt(nameLength));
+        if (segment < 0) {
+            return segment;
+        }
+        size += segment;
         at += nameLength;
         if (*at == '.') {
             ++at;
@@ -75,11 +81,15 @@ int _BuildIOI(unsigned char* buffer, const char* tagName) {
 // 1  1  n
 // 2  n  name, a zero byte behind it when n is odd
 int _BuildIOIString(unsigned char* buffer, const char* name, int maxLength) {
-    const int limit = std::min(maxLength, kMaxSymbolLength);
-    if (!name || limit < 1) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
+    if (!name || maxLength < 1) {
         return 0;
     }
-    const int length = static_cast<int>(strnlen(name, static_cast<size_t>(limit)));
+    const int length = static_cast<int>(strnlen(name, static_cast<size_t>(maxLength)));
+    if (length > kMaxSymbolLength) {
+        CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_BUFFER_TOO_SMALL, 0);
+        return -1;
+    }
     if (length < 1) {
         return 0;
     }
@@ -95,6 +105,7 @@ int _BuildIOIString(unsigned char* buffer, const char* name, int maxLength) {
 }
 
 int _BuildIOIArray(unsigned char* buffer, const char* text, int length) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     int size = 0;
     int at = 0;
     while (text && at < length) {
@@ -112,6 +123,7 @@ int _BuildIOIArray(unsigned char* buffer, const char* text, int length) {
 // 1  1  the value; or 0 and
 // 2  n  the value in 16 or 32 bits
 int _AddSegmentValue(unsigned char* buffer, int32_t value) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     unsigned char segment[2 + 4] = {kMember8, static_cast<unsigned char>(value)};
     int size = 2;
     if (value >= 0x10000) {

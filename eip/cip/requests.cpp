@@ -68,8 +68,8 @@ cip::MallocPtr<_Encap_Header> buildRequest(_Eip_Session* session, _Eip_Item* add
 cip::MallocPtr<_Encap_Header> buildCommand(_Eip_Session* session, uint16_t command,
                                            _Eip_Item* addressItem, const void* addressData,
                                            _Eip_Item* dataItem, const void* data) {
-    cip::MallocPtr<_Encap_Header> request(_BuildRequest(
-        session, addressItem, addressData, dataItem, data, session ? session->timeoutMs : 0));
+    cip::MallocPtr<_Encap_Header> request(_BuildRequest(session, addressItem, addressData, dataItem,
+                                                        data, session ? session->timeoutMs : 0));
     if (request) {
         _SetEncapCommand(request.get(), command);
     } else {
@@ -122,12 +122,14 @@ _Encap_Header* _SendData_WaitReply(_Eip_Session* session, uint16_t command, _Eip
 
 _Encap_Header* _SendRRData(_Eip_Session* session, _Eip_Item* addressItem, const void* addressData,
                            _Eip_Item* dataItem, const void* data) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     return _SendData_WaitReply(session, ENCAP_SEND_RR_DATA, addressItem, addressData, dataItem,
                                data);
 }
 
 _Encap_Header* _SendUnitData(_Eip_Session* session, _Eip_Item* addressItem, const void* addressData,
                              _Eip_Item* dataItem, const void* data) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     return _SendData_WaitReply(session, ENCAP_SEND_UNIT_DATA, addressItem, addressData, dataItem,
                                data);
 }
@@ -147,6 +149,7 @@ int _SendData(_Eip_Session* session, uint16_t command, _Eip_Item* addressItem,
 }
 
 int CipSendData(CipCallback* transport, const _Encap_Header* request) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     if (!transport) {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_CONNECTION_FAILED, 0);
         return -1;
@@ -158,6 +161,7 @@ int CipSendData(CipCallback* transport, const _Encap_Header* request) {
 }
 
 _Encap_Header* CipRecvData(CipCallback* transport, uint32_t timeoutMs) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     if (!transport) {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_CONNECTION_FAILED, 0);
         return nullptr;
@@ -167,6 +171,7 @@ _Encap_Header* CipRecvData(CipCallback* transport, uint32_t timeoutMs) {
 
 _Encap_Header* CipSendData_WaitReply(CipCallback* transport, const _Encap_Header* request,
                                      uint32_t unused, uint32_t timeoutMs) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     if (!transport) {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_CONNECTION_FAILED, 0);
         return nullptr;

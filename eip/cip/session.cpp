@@ -45,6 +45,7 @@ bool cip::isUsable(const void* argument) {
 }
 
 _Eip_Session* NewSession(unsigned long timeoutMs, CipCallback* transport) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     _Eip_Session* session = allocateSession(timeoutMs);
     if (session) {
         session->transport = transport;
@@ -53,6 +54,7 @@ _Eip_Session* NewSession(unsigned long timeoutMs, CipCallback* transport) {
 }
 
 _Eip_Session* _OpenSession(const char*, int, unsigned long timeoutMs) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     return allocateSession(timeoutMs);
 }
 

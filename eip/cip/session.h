@@ -8,8 +8,9 @@
 #include "eip/cip/encap_header.h"
 
 // The EtherNet/IP session (CIP Networks Library Vol. 2, 2-4) and the sending of encapsulated
-// requests. A session belongs to one thread at a time. Every function records its failures in the
-// thread's error record (cip_error.h); null pointers are refused with (0, -1, 0).
+// requests. A session belongs to one thread at a time. Every function but DeleteSession clears the
+// thread's error record (cip_error.h) first and records its failures there; null pointers are
+// refused with (0, -1, 0).
 
 /// Session record: created by NewSession, owned by the caller, freed by DeleteSession.
 struct _Eip_Session {

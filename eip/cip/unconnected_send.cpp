@@ -66,6 +66,7 @@ int encode(unsigned char* data, unsigned char priorityTick, unsigned char timeou
 _MR_Reply* _UnconnectedSend(_Eip_Session* session, unsigned char priorityTick,
                             unsigned char timeoutTicks, const void* request, int requestLength,
                             const unsigned char* routePath, int routePathLength, int* replySize) {
+    CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     if (replySize) {
         *replySize = 0;
     }

@@ -67,7 +67,9 @@ TestDevice::TestDevice(quint16 port, int timeoutMs, int retry)
     device.socketList.append(qMakePair(QString("127.0.0.1"), port));
 }
 
-QString pluginFile() { return PLUGIN_FILE; }
+QString pluginFile() {
+    return PLUGIN_FILE;
+}
 
 std::unique_ptr<DriverInterface> createDriver() {
     QLibrary library(pluginFile());

@@ -17,7 +17,7 @@
 
 /// A simulated controller that has started when it is constructed, and questions to its log.
 class Controller : public SimulatorProcess {
-  public:
+ public:
     explicit Controller(const QStringList& options, quint16 port = 0);
 
     /// Every Read Tag and Write Tag so far.
@@ -35,7 +35,7 @@ class Controller : public SimulatorProcess {
 
 /// The runtime's device object: one controller on loopback.
 class TestDevice : public AbstractDeviceInterface {
-  public:
+ public:
     explicit TestDevice(quint16 port, int timeoutMs = 3000, int retry = 0);
     DeviceSetting* deviceSetting() override { return &device; }
     DriverSetting* driverSetting() override { return &driver; }

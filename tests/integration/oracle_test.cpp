@@ -5,6 +5,7 @@
 #include <stdlib.h>
 
 #include <QElapsedTimer>
+#include <algorithm>
 #include <map>
 #include <random>
 #include <vector>
@@ -21,24 +22,36 @@ const int kCounterMask = (1 << kCounterBits) - 1;
 /// Every write goes this far beyond what was seen, so that values only grow.
 const int kWriteStep = 40;
 
+/// The controller is restarted so often and forgets its counters each time. Writes of one life stay
+/// within its range, so a value tells which life it is from; below the first range are tags that
+/// this life has not been written to yet.
+const int kLives = 9;
+const int kLifeRange = 100000;
+static_assert((kLives + 1) * kLifeRange <= kCounterMask, "a counter holds the ranges of all lives");
+
+/// How often a tag is read that must not give a value.
+const int kReadsOfAWithheldTag = 20;
+
 int runSeconds() {
     const char* seconds = getenv("ORACLE_SECONDS");
     return seconds ? atoi(seconds) : 60;
 }
 
-QString tagName(int tag) { return QString("T%1").arg(tag); }
+QString tagName(int tag) {
+    return QString("T%1").arg(tag);
+}
 
 /// What one tag has shown and been told so far.
 struct TagState {
-    int seen = 0;            ///< the highest counter that was delivered
-    int confirmed = 0;       ///< the counter of the last write that returned true
-    int written = 0;         ///< the counter of the last write that was tried
-    std::vector<int> good;   ///< counters of writes that returned true
-    std::vector<int> bad;    ///< counters of writes that returned false
+    int seen = 0;           ///< the highest counter that was delivered
+    int confirmed = 0;      ///< the counter of the last write that returned true
+    int written = 0;        ///< the counter of the last write that was tried
+    std::vector<int> good;  ///< counters of writes that returned true
+    std::vector<int> bad;   ///< counters of writes that returned false
 };
 
 class Oracle : public ::testing::Test {
-  protected:
+ protected:
     void SetUp() override {
         writeProjectDatabase(QStringList());
         QStringList options("--oracle");
@@ -66,6 +79,8 @@ class Oracle : public ::testing::Test {
         TagState& state = states[tag];
         const int counter = int(value & kCounterMask);
         ASSERT_EQ(unsigned(tag), value >> kCounterBits) << "another tag's value";
+        const int valuesLife = counter / kLifeRange;
+        ASSERT_TRUE(valuesLife == 0 || valuesLife == life) << counter << " in life " << life;
         ASSERT_GE(counter, state.confirmed) << tag << ": older than the last finished write";
         ASSERT_GE(counter, state.seen) << tag << ": older than what was shown before";
         state.seen = counter;
@@ -73,8 +88,8 @@ class Oracle : public ::testing::Test {
 
     void write(int tag) {
         TagState& state = states[tag];
-        const int counter = std::max(state.seen, state.written) + kWriteStep;
-        ASSERT_LT(counter, kCounterMask);
+        const int counter = std::max({state.seen, state.written, life * kLifeRange}) + kWriteStep;
+        ASSERT_LT(counter, (life + 1) * kLifeRange);
         state.written = counter;
         const bool ok = driver->write(device.get(), dint(tagName(tag)), dintBytes(counter));
         (ok ? state.good : state.bad).push_back(counter);
@@ -94,9 +109,42 @@ class Oracle : public ::testing::Test {
         driver->setSessionCommand(list);
     }
 
+    /// The controller is gone and comes back with other values.
+    void restartController() {
+        simulator->kill();
+        ASSERT_TRUE(simulator->restart()) << simulator->error();
+        ++life;
+        for (auto& entry : states) {
+            entry.second.seen = 0;
+            entry.second.confirmed = 0;
+            entry.second.written = 0;
+        }
+        for (int tag = 0; tag < kTags; ++tag) {
+            write(tag);
+        }
+    }
+
+    /// The controller stops giving one tag's value: once that has shown, no read gives one, and the
+    /// other tags go on.
+    void withholdOneTag() {
+        static const char* const kFaults[] = {"status:05", "unknown-type", "silence"};
+        const int tag = pick(kTags);
+        const QString fault = kFaults[pick(int(sizeof kFaults / sizeof *kFaults))];
+        ASSERT_EQ("ok", simulator->command("fault " + fault + "@on=read@tag=" + tagName(tag)));
+        const CommunicatorCommand command = dint(tagName(tag));
+        ASSERT_TRUE(waitFor([&] { return driver->read(device.get(), command).isEmpty(); }));
+        const int reads = fault == "silence" ? 2 : kReadsOfAWithheldTag;
+        for (int i = 0; i < reads; ++i) {
+            ASSERT_EQ(QByteArray(), driver->read(device.get(), command)) << fault.toStdString();
+            read((tag + 1 + pick(kTags - 1)) % kTags);
+        }
+        ++withheld;
+        ASSERT_EQ("ok", simulator->command("fault none"));
+    }
+
     void makeTrouble() {
         static const char* const kFaults[] = {"fault late:50x3", "fault late:900x1",
-                                              "fault repeatx4", "fault late:1600x1",
+                                              "fault repeatx4",  "fault late:1600x1",
                                               "fault repeatx20", "fault wrong-sequencex1"};
         ASSERT_EQ("ok", simulator->command(kFaults[pick(int(sizeof kFaults / sizeof *kFaults))]));
     }
@@ -106,6 +154,8 @@ class Oracle : public ::testing::Test {
     std::unique_ptr<DriverInterface> driver;
     std::mt19937 random;
     std::map<int, TagState> states;
+    int life = 1;
+    int withheld = 0;
     int goodReads = 0;
     int failedReads = 0;
 };
@@ -117,11 +167,18 @@ TEST_F(Oracle, NoMixUpsAndNoLostWrites) {
     qint64 nextTrouble = 1000;
     qint64 nextList = 300;
     const qint64 end = qint64(runSeconds()) * 1000;
+    const qint64 lifetime = end / kLives;
+    for (int tag = 0; tag < kTags; ++tag) {
+        write(tag);
+    }
     while (running.elapsed() < end && !HasFatalFailure()) {
         const int what = pick(1000);
         what < 990 ? read(pick(kTags)) : write(pick(kTags));
+        if (running.elapsed() > life * lifetime && life < kLives) {
+            restartController();
+        }
         if (running.elapsed() > nextTrouble) {
-            makeTrouble();
+            pick(2) == 0 ? makeTrouble() : withholdOneTag();
             nextTrouble = running.elapsed() + 1000 + pick(2000);
         }
         if (running.elapsed() > nextList) {
@@ -159,9 +216,13 @@ TEST_F(Oracle, NoMixUpsAndNoLostWrites) {
     EXPECT_GT(good, 50);
     // The trouble was real: connections broke over it.
     const int connections = simulator->connectionsOpened();
-    EXPECT_GT(connections, 1);
-    printf("%d reads, %d failed; %d writes confirmed, %d not; %d connections\n", goodReads,
-           failedReads, good, bad, connections);
+    EXPECT_GE(connections, life);
+    EXPECT_GT(life, 1);
+    EXPECT_GT(withheld, 0);
+    printf(
+        "%d reads, %d failed; %d writes confirmed, %d not; %d restarts, %d tags withheld, "
+        "%d connections\n",
+        goodReads, failedReads, good, bad, life - 1, withheld, connections);
 }
 
 }  // namespace

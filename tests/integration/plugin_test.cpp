@@ -38,8 +38,7 @@ TEST(Plugin, KeepsOneInstanceAndMakesANewOneWhenItWasDeleted) {
     EXPECT_TRUE(first.isNull());
     QPointer<QObject> second(loader.instance());
     ASSERT_FALSE(second.isNull());
-    EXPECT_EQ(QString("Micro800 Ethernet"),
-              qobject_cast<DriverInterface*>(second.data())->name());
+    EXPECT_EQ(QString("Micro800 Ethernet"), qobject_cast<DriverInterface*>(second.data())->name());
     delete second.data();
 }
 
@@ -71,8 +70,8 @@ TEST(Plugin, ExportsNothingElse) {
                              "qt_plugin_query_verification_data"}) {
         EXPECT_TRUE(dlsym(handle, name)) << name;
     }
-    for (const char* name : {"_ZN19DriverABMicro800EthC1Ev", "_Z9cip_errnov", "cip_errno",
-                             "_Z15GetDatabaseNamev"}) {
+    for (const char* name :
+         {"_ZN19DriverABMicro800EthC1Ev", "_Z9cip_errnov", "cip_errno", "_Z15GetDatabaseNamev"}) {
         EXPECT_FALSE(dlsym(handle, name)) << name;
     }
     dlclose(handle);

@@ -3,14 +3,17 @@
 #include <gtest/gtest.h>
 
 #include "integration/driver_rig.h"
+#include "integration/scripted_controller.h"
 #include "support/app_directory/app_directory.h"
 
 namespace {
 
-QByteArray hex(const char* text) { return QByteArray::fromHex(text); }
+QByteArray hex(const char* text) {
+    return QByteArray::fromHex(text);
+}
 
 class Read : public ::testing::Test {
-  protected:
+ protected:
     void start(const QStringList& options, int retry = 0,
                const QStringList& declared = QStringList()) {
         writeProjectDatabase(declared);
@@ -29,10 +32,16 @@ class Read : public ::testing::Test {
 };
 
 TEST_F(Read, ScalarsOfEveryType) {
-    start({"--tag", "B:BOOL=1", "--tag", "S:SINT=-5", "--tag", "I:INT=-1234", "--tag",
-           "D:DINT=-70000", "--tag", "US:USINT=200", "--tag", "UI:UINT=50000", "--tag",
-           "UD:UDINT=4000000000", "--tag", "R:REAL=21.5", "--tag", "L:LREAL=-2", "--tag",
-           "N:STRING=Mixer 3"});
+    start({"--tag", "B:BOOL=1",
+           "--tag", "S:SINT=-5",
+           "--tag", "I:INT=-1234",
+           "--tag", "D:DINT=-70000",
+           "--tag", "US:USINT=200",
+           "--tag", "UI:UINT=50000",
+           "--tag", "UD:UDINT=4000000000",
+           "--tag", "R:REAL=21.5",
+           "--tag", "L:LREAL=-2",
+           "--tag", "N:STRING=Mixer 3"});
     EXPECT_EQ(hex("01"), read("BOOL0:B", kUnitBit));
     EXPECT_EQ(hex("fb"), read("SINT0:S", kUnitByte));
     EXPECT_EQ(hex("2efb"), read("INT0:I", kUnitWord));
@@ -170,12 +179,33 @@ TEST_F(Read, AddressThatCannotBeSentIsAClearError) {
 TEST_F(Read, NameTooLongForARequestDisturbsNobody) {
     start({"--tag", "D:DINT=42"});
     ASSERT_EQ(dintBytes(42), read("DINT0:D", kUnitDoubleWord));
-    const QString longName = QString("DINT0:") + QStringList(QVector<QString>(10, QString(120, 'A')).toList()).join(".");
+    const QString longName =
+        QString("DINT0:") + QStringList(QVector<QString>(10, QString(120, 'A')).toList()).join(".");
     EXPECT_TRUE(driver->read(device.get(), CommunicatorCommand(3, 1, longName)).isEmpty());
     EXPECT_TRUE(driver->getLastError().endsWith("> Internal: buffer too small"))
         << driver->getLastError().toStdString();
     EXPECT_EQ(dintBytes(42), read("DINT0:D", kUnitDoubleWord));
     EXPECT_EQ(1, simulator->connectionsOpened());
+}
+
+/// Cut to what the length byte of a name can say it would be another tag's.
+TEST_F(Read, NameTooLongForItsLengthByteNeverReachesAnotherTag) {
+    writeProjectDatabase(QStringList());
+    const ScriptedController controller(
+        [](const QByteArray&) { return hex("cc000000c4002a000000"); });
+    device.reset(new TestDevice(controller.port()));
+    driver = createDriver();
+    const QString longest(255, 'N');
+    ASSERT_EQ(42, readDint(driver.get(), device.get(), longest));
+    const int before = controller.countRequests(0);
+    const CommunicatorCommand longer = dint(longest + "N");
+    EXPECT_TRUE(driver->read(device.get(), longer).isEmpty());
+    EXPECT_EQ("read DINT0:" + longest + "N> Internal: buffer too small", driver->getLastError());
+    EXPECT_FALSE(driver->write(device.get(), longer, dintBytes(7)));
+    EXPECT_EQ("write DINT0:" + longest + "N> Internal: buffer too small", driver->getLastError());
+    EXPECT_EQ(before, controller.countRequests(0));
+    EXPECT_EQ(42, readDint(driver.get(), device.get(), longest));
+    EXPECT_EQ(before + 1, controller.countRequests(0));
 }
 
 TEST_F(Read, WildSizesAreRefused) {

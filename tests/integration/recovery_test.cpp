@@ -10,7 +10,7 @@
 namespace {
 
 class Recovery : public ::testing::Test {
-  protected:
+ protected:
     void SetUp() override { writeProjectDatabase(QStringList()); }
 };
 
@@ -58,8 +58,7 @@ TEST_F(Recovery, AddressOfARefusingControllerCanBeCorrected) {
 
 TEST_F(Recovery, ControllerRestarts) {
     const quint16 port = freePort();
-    std::unique_ptr<Controller> simulator(
-        new Controller({"--tag", "D:DINT=1"}, port));
+    std::unique_ptr<Controller> simulator(new Controller({"--tag", "D:DINT=1"}, port));
     TestDevice device(port, 500, 3);
     const std::unique_ptr<DriverInterface> driver = createDriver();
     EXPECT_EQ(1, readDint(driver.get(), &device, "D"));
@@ -81,8 +80,8 @@ TEST_F(Recovery, IdleConnectionThatTheControllerDropped) {
 
 /// One answer comes after the driver gave its wait up; later reads give their own values.
 TEST_F(Recovery, LateAnswerDoesNotPutLaterReadsOutOfStep) {
-    Controller simulator({"--tag", "SLOW:DINT=1", "--tag", "A:DINT=10", "--tag",
-                                "B:DINT=20", "--fault", "late:1500x1@tag=SLOW"});
+    Controller simulator({"--tag", "SLOW:DINT=1", "--tag", "A:DINT=10", "--tag", "B:DINT=20",
+                          "--fault", "late:1500x1@tag=SLOW"});
     TestDevice device(simulator.port(), 3000, 2);
     const std::unique_ptr<DriverInterface> driver = createDriver();
     EXPECT_TRUE(driver->read(&device, dint("SLOW")).isEmpty());
@@ -93,6 +92,28 @@ TEST_F(Recovery, LateAnswerDoesNotPutLaterReadsOutOfStep) {
         EXPECT_EQ(10, readDint(driver.get(), &device, "A"));
         EXPECT_EQ(1, readDint(driver.get(), &device, "SLOW"));
     }
+}
+
+/// What an earlier attempt reported is not forgotten over an attempt that ends without any line.
+TEST_F(Recovery, FailureBeforeASilentAttemptIsStillReported) {
+    Controller simulator(
+        {"--tag", "D:DINT=1", "--fault", "status:05x1", "--fault", "late:1500@2x1"});
+    TestDevice device(simulator.port(), 3000, 3);
+    const std::unique_ptr<DriverInterface> driver = createDriver();
+    EXPECT_TRUE(driver->read(&device, dint("D")).isEmpty());
+    EXPECT_TRUE(driver->hasError());
+    EXPECT_EQ(QString("read DINT0:D> AB error: 0005H"), driver->getLastError());
+    EXPECT_EQ(2, simulator.countRequests("D"));
+}
+
+/// A value after a failed attempt takes the failure back.
+TEST_F(Recovery, ValueAfterAFailedAttemptIsNoError) {
+    Controller simulator({"--tag", "D:DINT=1", "--fault", "status:05x2"});
+    TestDevice device(simulator.port(), 3000, 2);
+    const std::unique_ptr<DriverInterface> driver = createDriver();
+    EXPECT_EQ(dintBytes(1), driver->read(&device, dint("D")));
+    EXPECT_FALSE(driver->hasError());
+    EXPECT_EQ(3, simulator.countRequests("D"));
 }
 
 /// The cache is fresh again without a call from the host, however the connection was lost.
@@ -137,7 +158,9 @@ struct FaultRow {
     int retries = 0;    ///< of the next read
 };
 
-void PrintTo(const FaultRow& row, std::ostream* out) { *out << row.fault; }
+void PrintTo(const FaultRow& row, std::ostream* out) {
+    *out << row.fault;
+}
 
 class RecoveryFrom : public ::testing::TestWithParam<FaultRow> {};
 
@@ -145,8 +168,7 @@ class RecoveryFrom : public ::testing::TestWithParam<FaultRow> {};
 /// never gives another value, and the very next read is good again.
 TEST_P(RecoveryFrom, AFaultyAnswer) {
     writeProjectDatabase(QStringList());
-    Controller simulator(
-        {"--tag", "D:DINT=42", "--tag", "E:DINT=43", "--fault", GetParam().fault});
+    Controller simulator({"--tag", "D:DINT=42", "--tag", "E:DINT=43", "--fault", GetParam().fault});
     TestDevice device(simulator.port(), 400);
     const std::unique_ptr<DriverInterface> driver = createDriver();
     const QByteArray first = driver->read(&device, dint("D"));
@@ -168,18 +190,16 @@ INSTANTIATE_TEST_SUITE_P(
         FaultRow{"silencex1", "Internal: receive timeout"},
         FaultRow{"cutx1", "Internal: receive timeout"},
         FaultRow{"cut:10x1", "Internal: receive error"},
-        FaultRow{"resetx1", "Internal: receive error"},
-        FaultRow{"torn:24,5x1", nullptr},
+        FaultRow{"resetx1", "Internal: receive error"}, FaultRow{"torn:24,5x1", nullptr},
         FaultRow{"tornx1", "Internal: receive error"},
-        FaultRow{"torn-headerx1", "Internal: receive error"},
-        FaultRow{"late:100x1", nullptr},
-        // On a busy machine the copy comes when the next request is out already, and fails its attempt.
-        FaultRow{"repeatx1", nullptr, 1},
-        FaultRow{"truncate:30x1", "Internal: receive timeout"},
+        FaultRow{"torn-headerx1", "Internal: receive error"}, FaultRow{"late:100x1", nullptr},
+        // On a busy machine the copy comes when the next request is out already, and fails its
+        // attempt.
+        FaultRow{"repeatx1", nullptr, 1}, FaultRow{"truncate:30x1", "Internal: receive timeout"},
         FaultRow{"wrong-commandx1", "Internal: unsolicited message"},
         FaultRow{"wrong-sessionx1", "Internal: unsolicited message"},
         FaultRow{"wrong-sequencex1", "Internal: unsolicited message"},
-        FaultRow{"wrong-servicex1", "Internal: invalid reply"},
+        FaultRow{"wrong-servicex1", "Internal: unknown error"},
         FaultRow{"encap-status:1x1", "EIP error: 0001H"},
         FaultRow{"encap-length-longx1", "Internal: receive timeout"},
         FaultRow{"encap-length-shortx1", "Internal: invalid reply"},

@@ -10,7 +10,7 @@ namespace {
 typedef QList<CommunicatorCommand> Commands;
 
 class Session : public ::testing::Test {
-  protected:
+ protected:
     void start(const QStringList& options, const QStringList& declared = QStringList()) {
         writeProjectDatabase(declared);
         simulator.reset(new Controller(options));
@@ -146,10 +146,10 @@ TEST_F(Session, DeclaredStringArrayIsPolledByElement) {
 
 TEST_F(Session, AddressThatNamesNoTagIsSkipped) {
     start({"--tag", "X:DINT=1", "--tag", "A:DINT=2"});
-    driver->setSessionCommand(Commands() << CommunicatorCommand(3, 1, "A0:X")
-                                         << CommunicatorCommand(3, 1, "X")
-                                         << CommunicatorCommand(3, 1, "DINT0:")
-                                         << CommunicatorCommand(3, 1, "DINT0:A\tB") << dint("A"));
+    driver->setSessionCommand(Commands()
+                              << CommunicatorCommand(3, 1, "A0:X") << CommunicatorCommand(3, 1, "X")
+                              << CommunicatorCommand(3, 1, "DINT0:")
+                              << CommunicatorCommand(3, 1, "DINT0:A\tB") << dint("A"));
     EXPECT_EQ(2, readDint(driver.get(), device.get(), "A"));
     EXPECT_TRUE(polled("A"));
     EXPECT_EQ(0, simulator->countRequests("X"));
@@ -198,8 +198,7 @@ TEST_F(Session, BiggestListThatFitsIsPolledWhole) {
     driver->setSessionCommand(list);
     EXPECT_EQ(0, readDint(driver.get(), device.get(), "T000"));
     EXPECT_TRUE(waitFor([&] { return simulator->tagsRead().size() == kEntries; }, 30000));
-    EXPECT_EQ(kEntries - 1,
-              readDint(driver.get(), device.get(), QString("T%1").arg(kEntries - 1)));
+    EXPECT_EQ(kEntries - 1, readDint(driver.get(), device.get(), QString("T%1").arg(kEntries - 1)));
 }
 
 TEST_F(Session, RefusedTagLeavesTheOthersAlone) {

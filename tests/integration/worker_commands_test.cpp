@@ -14,7 +14,7 @@ namespace {
 
 /// The handlers, open to the test; the thread is never started.
 class OpenWorker : public Micro800Worker {
-  public:
+ public:
     explicit OpenWorker(quint16 port) : Micro800Worker("127.0.0.1", port, 400) {}
     using EipWorker::processDriverIpSettingChangedCmd;
     using EipWorker::processDriverReadArrayElementCmd;
@@ -34,7 +34,7 @@ struct Outcome {
 };
 
 class WorkerCommands : public ::testing::Test {
-  protected:
+ protected:
     void start(const QStringList& options) {
         simulator.reset(new Controller(options));
         worker.reset(new OpenWorker(simulator->port()));
@@ -102,6 +102,34 @@ TEST_F(WorkerCommands, ReadFromTheCacheNamesNothing) {
     EXPECT_TRUE(outcome.name.isEmpty());
     EXPECT_EQ(QByteArray("02\t0002\t07000000\n"), outcome.answer);
     EXPECT_FALSE(open());
+}
+
+/// While no connection is open an entry is as good as it was; after the next opening it is older
+/// than the outage.
+TEST_F(WorkerCommands, EntryFromBeforeAnOutageIsServedOnlyUntilTheNextOpening) {
+    start({"--tag", "D:DINT=42", "--tag", "E:DINT=43"});
+    ASSERT_TRUE(worker->openConnection());
+    worker->receiver()->cacheInsert("D_1", QByteArray::fromHex("07000000"));
+    ASSERT_EQ("ok", simulator->command("fault resetx1"));
+    EXPECT_EQ(QByteArray("82\t0001\tInternal: receive error\n"), read("02\t0001\tE\t1\n").answer);
+    EXPECT_FALSE(open());
+    EXPECT_EQ(QByteArray("02\t0002\t07000000\n"), read("02\t0002\tD\t1\n").answer);
+    EXPECT_FALSE(open());
+    EXPECT_EQ(QByteArray("02\t0003\t2b000000\n"), read("02\t0003\tE\t1\n").answer);
+    EXPECT_TRUE(open());
+    EXPECT_EQ(QByteArray("02\t0004\t2a000000\n"), read("02\t0004\tD\t1\n").answer);
+}
+
+/// A tag that the controller refuses is not served from the cache by the worker either.
+TEST_F(WorkerCommands, EntryWhoseRefreshFailedIsNotServed) {
+    start({"--tag", "D:DINT=42", "--fault", "status:05@tag=D"});
+    worker->receiver()->cacheInsert("D_1", QByteArray::fromHex("07000000"));
+    ASSERT_TRUE(worker->openConnection());
+    bool broken = true;
+    EXPECT_FALSE(worker->updateCache("D", 1, &broken));
+    EXPECT_FALSE(broken);
+    EXPECT_EQ(QByteArray("82\t0001\tAB error: 0005H\n"), read("02\t0001\tD\t1\n").answer);
+    EXPECT_TRUE(worker->receiver()->cacheContains("D_1"));
 }
 
 TEST_F(WorkerCommands, RefusedReadKeepsTheConnection) {

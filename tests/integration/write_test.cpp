@@ -3,16 +3,19 @@
 #include <gtest/gtest.h>
 
 #include "integration/driver_rig.h"
+#include "integration/scripted_controller.h"
 #include "support/app_directory/app_directory.h"
 
 namespace {
 
 typedef QList<CommunicatorCommand> Commands;
 
-QByteArray hex(const char* text) { return QByteArray::fromHex(text); }
+QByteArray hex(const char* text) {
+    return QByteArray::fromHex(text);
+}
 
 class Write : public ::testing::Test {
-  protected:
+ protected:
     void start(const QStringList& options, const QStringList& declared = QStringList(),
                int retry = 0) {
         writeProjectDatabase(declared);
@@ -94,13 +97,22 @@ TEST_F(Write, StringLongerThanItsLengthByteIsRefused) {
     EXPECT_EQ(QByteArray("old"), read("STRING0:NAME", kUnitBlock, 3));
 }
 
-TEST_F(Write, ValueTooLongForARequestIsRefusedAndTheConnectionStays) {
-    start({"--tag", "A:DINT[0..399]", "--tag", "D:DINT=42"});
+/// A string is never split. Name and text take 510 bytes of the 502 that the connection carries.
+TEST_F(Write, StringTooLongForTheConnectionIsRefusedAndTheConnectionStays) {
+    writeProjectDatabase(QStringList());
+    const ScriptedController controller([](const QByteArray& request) {
+        return hex(request.at(0) == 0x4D ? "cd000000" : "cc000000c4002a000000");
+    });
+    device.reset(new TestDevice(controller.port()));
+    driver = createDriver();
+    const QByteArray address = "STRING0:" + QByteArray(245, 'N');
+    ASSERT_TRUE(write(address, QByteArray(200, 'x')));
+    const int before = controller.countRequests(0);
+    EXPECT_FALSE(write(address, QByteArray(255, 'x')));
+    EXPECT_EQ("write " + address + "> Internal: buffer too small", driver->getLastError());
+    EXPECT_EQ(before, controller.countRequests(0));
     EXPECT_EQ(42, readDint(driver.get(), device.get(), "D"));
-    EXPECT_FALSE(write("DINT0:A[0]", QByteArray(1600, 1)));
-    EXPECT_EQ(QString("write DINT0:A[0]> Internal: buffer too small"), driver->getLastError());
-    EXPECT_EQ(42, readDint(driver.get(), device.get(), "D"));
-    EXPECT_EQ(1, simulator->connectionsOpened());
+    EXPECT_EQ(before + 1, controller.countRequests(0));
 }
 
 TEST_F(Write, ControllersRefusalKeepsTheConnection) {
@@ -207,6 +219,24 @@ TEST_F(Write, WorkerThatCannotTakeItsListFailsTheWrite) {
     EXPECT_EQ(hex("2a000000"), read("DINT0:D"));
 }
 
+/// A name with a control character is no tag's name: cut at a NUL it would be another tag's.
+TEST_F(Write, NameWithAControlCharacterIsRefusedUnsent) {
+    start({"--tag", "A:DINT=1"});
+    for (const char control : {'\0', '\t', '\n', '\r', '\x1b'}) {
+        const QString address = QString("DINT0:A") + QLatin1Char(control) + "B";
+        const CommunicatorCommand command(kUnitDoubleWord, 1, address);
+        const QString problem = address + "> address or value does not fit a command";
+        EXPECT_FALSE(driver->write(device.get(), command, hex("2a000000"))) << int(control);
+        EXPECT_TRUE(driver->hasError());
+        EXPECT_EQ("write " + problem, driver->getLastError());
+        EXPECT_EQ(QByteArray(), driver->read(device.get(), command)) << int(control);
+        EXPECT_TRUE(driver->hasError());
+        EXPECT_EQ("read " + problem, driver->getLastError());
+    }
+    EXPECT_EQ(hex("01000000"), read("DINT0:A"));
+    EXPECT_TRUE(lastWrite().isEmpty());
+}
+
 /// While the polling cannot reach the controller, a write is refused without being tried.
 TEST_F(Write, WorkerInErrorRefusesAtOnce) {
     writeProjectDatabase(QStringList());
@@ -260,12 +290,14 @@ struct LossRow {
     const char* error;
 };
 
-void PrintTo(const LossRow& row, std::ostream* out) { *out << row.fault; }
+void PrintTo(const LossRow& row, std::ostream* out) {
+    *out << row.fault;
+}
 
 class WriteLoss : public ::testing::TestWithParam<LossRow> {};
 
-/// The answer to a write is lost or spoilt: the caller hears why, the write is not repeated, and the
-/// next one goes out on a new connection.
+/// The answer to a write is lost or spoilt: the caller hears why, the write is not repeated, and
+/// the next one goes out on a new connection.
 TEST_P(WriteLoss, IsReportedAndNotRepeated) {
     writeProjectDatabase(QStringList());
     Controller simulator({"--tag", "D:DINT=0", "--fault", GetParam().fault});

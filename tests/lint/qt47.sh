@@ -1,6 +1,7 @@
 #!/bin/sh
-# Compiles the product's sources against declarations of what Qt 4.7 has (tests/lint/qt47/), without making
-# anything of them, and sees that sources which use more are refused. So are casts to types that a processor
+# Compiles the product's sources against declarations of what Qt 4.7 has (tests/lint/qt47/) and with system
+# headers of Linux 2.6.24 and glibc 2.5, without making anything of them, and sees that sources which use more
+# are refused. So are casts to types that a processor
 # with strict alignment could not read there.
 #
 #   qt47.sh ROOT COMPILER
@@ -10,6 +11,7 @@ compiler=$2
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
+trap 'exit 130' HUP INT TERM
 
 # headers FILE NAME...: the public headers that FILE declares the classes of.
 headers() {
@@ -25,6 +27,20 @@ headers containers.h QHash QList QPair QSet QStringList QVector
 headers objects.h QCoreApplication QDataStream QDebug QDir QElapsedTimer QFile QFileInfo QIODevice \
     QMutex QMutexLocker QObject QPointer QSqlDatabase QSqlError QSqlQuery QThread QTime QVariant \
     QtDebug QtEndian QtPlugin
+
+# older HEADER NAME...: the system's header without constants that came later. Some are enumerators as well.
+older() {
+    header=$1
+    shift
+    mkdir -p "$work/$(dirname "$header")"
+    {
+        printf '#define %s later_%s\n' "$1" "$1"
+        printf '#include_next <%s>\n' "$header"
+        printf '#undef %s\n' "$@"
+    } >"$work/$header"
+}
+older sys/socket.h SOCK_CLOEXEC
+older sys/prctl.h PR_SET_TIMERSLACK
 
 align=-Wcast-align=strict
 echo | "$compiler" -Werror $align -fsyntax-only -x c++ - 2>/dev/null || align=
@@ -67,6 +83,14 @@ SAMPLE
 refused text_of_unknown_encoding <<'SAMPLE'
 #include <QString>
 QString name(const char* bytes) { return bytes; }
+SAMPLE
+refused newer_socket_flag <<'SAMPLE'
+#include <sys/socket.h>
+int open() { return socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0); }
+SAMPLE
+refused newer_prctl <<'SAMPLE'
+#include <sys/prctl.h>
+int slack() { return prctl(PR_SET_TIMERSLACK, 1); }
 SAMPLE
 if [ -n "$align" ]; then
     refused cast_to_more_alignment <<'SAMPLE'

@@ -145,6 +145,12 @@ TEST(Troubleshooting, HasTheLogixStatuses) {
                });
 }
 
+TEST(Troubleshooting, HasLogixStatusesWithWordsBehind) {
+    const int32_t oneWord = 0x0100;
+    const std::string shown = shownText(CIP_ERR_AB, oneWord | 0x05, 0x2105);
+    EXPECT_TRUE(oneRowHas("`" + shown + "`", "`0005H`")) << shown;
+}
+
 TEST(Troubleshooting, HasThePcccStatuses) {
     expectRows(CIP_ERR_PCCC, 0, 0xEF, "Unknow PCCC Error type", isNumber);
     expectRows(CIP_ERR_PCCC, 0, 0xFF, "Unknow PCCC Error type",
@@ -208,6 +214,14 @@ TEST(Troubleshooting, HasTheTextsOfDriverWorkerAndPipeLines) {
 TEST(Troubleshooting, EveryRowSaysWhatToCheck) {
     for (const std::string& row : rows()) {
         EXPECT_FALSE(std::regex_search(row, std::regex("\\|\\s*\\|"))) << row;
+    }
+}
+
+/// A program shows single rows (micro800 doctor): none may lean on the one above it.
+TEST(Troubleshooting, EveryRowStandsAlone) {
+    for (const std::string& row : rows()) {
+        EXPECT_FALSE(std::regex_search(row, std::regex("[Aa]s (above|for) "))) << row;
+        EXPECT_FALSE(std::regex_search(row, std::regex("As above"))) << row;
     }
 }
 

@@ -14,9 +14,12 @@ stop() {
     rm -rf "$work"
 }
 trap stop EXIT
+trap 'exit 130' HUP INT TERM
 fail() { echo "$*" >&2; exit 1; }
 
-"$cpack" --config "$build/CPackConfig.cmake" -B "$work/cpack" >"$work/cpack.log" 2>&1 || { cat "$work/cpack.log" >&2; exit 1; }
+# Packed by somebody whose files are nobody else's business.
+(umask 077 && "$cpack" --config "$build/CPackConfig.cmake" -B "$work/cpack") >"$work/cpack.log" 2>&1 ||
+    { cat "$work/cpack.log" >&2; exit 1; }
 package=$(echo "$work"/cpack/*.deb)
 root=$work/root
 dpkg-deb -x "$package" "$root"
@@ -32,17 +35,25 @@ usr/bin/micro800-sim
 $lib/libab_micro800_ethernet.so
 usr/share/bash-completion/completions/micro800
 usr/share/bash-completion/completions/micro800-sim
+usr/share/man/man1/micro800-check.1.gz
+usr/share/man/man1/micro800-discover.1.gz
+usr/share/man/man1/micro800-doctor.1.gz
 usr/share/man/man1/micro800-identify.1.gz
 usr/share/man/man1/micro800-info.1.gz
+usr/share/man/man1/micro800-plan.1.gz
 usr/share/man/man1/micro800-project.1.gz
 usr/share/man/man1/micro800-read.1.gz
+usr/share/man/man1/micro800-record.1.gz
+usr/share/man/man1/micro800-restore.1.gz
+usr/share/man/man1/micro800-save.1.gz
 usr/share/man/man1/micro800-sim.1.gz
+usr/share/man/man1/micro800-tags.1.gz
 usr/share/man/man1/micro800-watch.1.gz
 usr/share/man/man1/micro800-write.1.gz
 usr/share/man/man1/micro800.1.gz
 LIST
 diff "$work/expected" "$work/files" || fail 'files of the package: < expected, > found'
-for document in README.md SECURITY.md changelog.gz copyright docs/troubleshooting.md docs/panel.md; do
+for document in README.md SECURITY.md CHANGELOG.md changelog.gz copyright docs/commissioning.md docs/troubleshooting.md docs/panel.md; do
     [ -s "$root/usr/share/doc/micro800/$document" ] || fail "no $document in the package"
 done
 for needed in libqt5core5a libqt5sql5 libqt5network5 libqt5sql5-sqlite libc6; do
@@ -56,7 +67,7 @@ esac
 
 # What Debian asks of any package. A folder of the building machine in a file would be looked into, or be
 # shown to somebody, on another.
-[ -z "$(dpkg-deb --ctrl-tarfile "$package" | tar -t | grep -E '(pre|post)(inst|rm)')" ] || fail 'it runs scripts when it is installed'
+! dpkg-deb --ctrl-tarfile "$package" | tar -t | grep -E '(pre|post)(inst|rm)' || fail 'it runs scripts when it is installed'
 dpkg-deb -c "$package" | awk '
     { kind = substr($1, 1, 1); program = $6 ~ /^\.\/usr\/bin\// }
     $2 != "root/root" { print "owner:", $0; bad = 1 }
@@ -69,6 +80,13 @@ for binary in usr/bin/micro800 usr/bin/micro800-sim "$lib/libab_micro800_etherne
     ! grep -aqF -e "$build" -e "$source" "$root/$binary" || fail "$binary names folders of the building machine"
 done
 
+[ "$(dpkg-deb -f "$package" Version)" = "$(dpkg-parsechangelog -l "$source/packaging/deb/changelog" -S Version)" ] ||
+    fail 'the version of the package is not that of packaging/deb/changelog'
+# The address of the maintainers is to be set by whoever hands the package out.
+command -v lintian >/dev/null || fail 'lintian is not installed'
+lintian --no-cfg --fail-on none "$package" >"$work/lintian" 2>"$work/lintian.log" || fail 'lintian failed'
+! grep -vE '^N:|bogus-mail-host' "$work/lintian" || fail 'what lintian says about the package'
+
 # A read, with the installed programs and the installed plugin. HOME and the build are out of reach.
 unset MICRO800_PLUGIN LD_LIBRARY_PATH
 cd "$work"
@@ -77,7 +95,9 @@ simulator=$!
 tries=0
 while [ ! -s port ]; do
     tries=$((tries + 1))
-    [ $tries -le 200 ] && kill -0 $simulator || fail 'the installed simulator did not start'
+    if [ $tries -gt 200 ] || ! kill -0 "$simulator"; then
+        fail 'the installed simulator did not start'
+    fi
     sleep 0.05
 done
 said=$("$root/usr/bin/micro800" read --host 127.0.0.1 --port "$(head -n 1 port)" DINT0:COUNTER 'INT0:LEVEL[1]')
@@ -90,7 +110,7 @@ grep -q '2080-LC50-48QWB' identity || { cat identity >&2; fail 'identify does no
 
 # The plugin that it took is the installed one.
 mv "$root/$lib/libab_micro800_ethernet.so" elsewhere.so
-! "$root/usr/bin/micro800" info >info 2>&1 || fail 'it found a plugin outside the package'
+! "$root/usr/bin/micro800" info >said 2>&1 || fail 'it found a plugin outside the package'
 mv elsewhere.so "$root/$lib/libab_micro800_ethernet.so"
 
 # Manual pages: the name line that indexes are made of, and every option of --help.
@@ -117,6 +137,19 @@ if command -v bash >/dev/null; then
         [ -z "$(complete_words micro800 identify UDI)" ]
         [ "$(complete_words micro800 read --hos)" = --host ]
         [ "$(complete_words micro800 read UDI)" = UDINT0: ]
+        [ "$(complete_words micro800 disc)" = discover ]
+        [ "$(complete_words micro800 discover --bro)" = --broadcast ]
+        [[ " $(complete_words micro800 discover --interface l) " == *" lo "* ]]
+        [ "$(complete_words micro800 tags --cs)" = --csv ]
+        [ "$(complete_words micro800 check UDI)" = UDINT0: ]
+        [ "$(complete_words micro800 check --so)" = --sort ]
+        [ "$(complete_words micro800 doctor --rea)" = --reads ]
+        [ "$(complete_words micro800 res)" = restore ]
+        [ "$(complete_words micro800 pl)" = plan ]
+        [ "$(complete_words micro800 plan --read)" = --read-ms ]
+        [ "$(complete_words micro800 save REA)" = REAL0: ]
+        [ "$(complete_words micro800 save --ke)" = --keep-going ]
+        [ "$(complete_words micro800 save --outp)" = --output ]
         [ "$(complete_words micro800-sim --ramp-)" = --ramp-tag ]
     ' "$root" || fail 'completion'
 fi

@@ -12,6 +12,7 @@ moc=$4
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
+trap 'exit 130' HUP INT TERM
 sdk=$work/sdk
 mkdir -p "$sdk/bin" "$sdk/lib" "$sdk/mkspecs/default" "$sdk/include/QtCore" "$sdk/include/QtSql"
 
@@ -30,8 +31,6 @@ esac
 EOQ
 chmod +x "$sdk/bin/qmake"
 ln -s "$moc" "$sdk/bin/moc"
-printf '#!/bin/sh\n' | tee "$sdk/bin/rcc" >"$sdk/bin/uic"
-chmod +x "$sdk/bin/rcc" "$sdk/bin/uic"
 echo 'QT_CONFIG += release' >"$sdk/mkspecs/qconfig.pri"
 for module in Core Sql; do
     touch "$sdk/include/Qt$module/Qt$module"

@@ -5,8 +5,9 @@
 
 /// Closes what is open and marks it as closed.
 inline void closeIfOpen(int* descriptor) {
-    if (*descriptor >= 0)
+    if (*descriptor >= 0) {
         close(*descriptor);
+    }
     *descriptor = -1;
 }
 

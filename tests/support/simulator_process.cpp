@@ -100,7 +100,7 @@ int exitCode(pid_t pid) {
 
 }  // namespace
 
-SimulatorProcess::SimulatorProcess(const QStringList& arguments) : m_arguments(arguments) {}
+SimulatorProcess::SimulatorProcess(const QStringList& arguments) : ownArguments(arguments) {}
 
 SimulatorProcess::~SimulatorProcess() {
     kill();
@@ -112,34 +112,34 @@ QString SimulatorProcess::program() {
 }
 
 bool SimulatorProcess::start(quint16 port) {
-    QStringList arguments = m_arguments;
+    QStringList arguments = ownArguments;
     arguments << "--port" << QString::number(port) << "--stdin";
-    if (m_logging) {
+    if (logging) {
         arguments << "--log" << logPath();
     }
     Stream input;
     Stream output;
-    if (m_pid >= 0 || !input.open() || !output.open()) {
-        m_error = m_pid >= 0 ? "it is running already" : std::strerror(errno);
+    if (process >= 0 || !input.open() || !output.open()) {
+        problem = process >= 0 ? "it is running already" : std::strerror(errno);
         return false;
     }
-    m_pid = spawn(arguments, input.theirs, output.theirs, -1);
+    process = spawn(arguments, input.theirs, output.theirs, -1);
     const int failure = errno;
     ::close(input.theirs);
     ::close(output.theirs);
-    m_input = input.ours;
-    m_output = output.ours;
-    m_pending.clear();
-    if (m_pid < 0) {
+    inDescriptor = input.ours;
+    outDescriptor = output.ours;
+    pending.clear();
+    if (process < 0) {
         closeStreams();
-        m_error = program().toStdString() + ": " + std::strerror(failure);
+        problem = program().toStdString() + ": " + std::strerror(failure);
         return false;
     }
     QByteArray line;
     bool ok = readLine(&line, kStartMs);
-    m_port = line.toUShort(&ok);
+    printedPort = line.toUShort(&ok);
     if (!ok) {
-        m_error = "it printed '" + line.toStdString() + "' instead of its port";
+        problem = "it printed '" + line.toStdString() + "' instead of its port";
         kill();
     }
     return ok;
@@ -147,20 +147,20 @@ bool SimulatorProcess::start(quint16 port) {
 
 bool SimulatorProcess::restart() {
     kill();
-    return start(m_port);
+    return start(printedPort);
 }
 
 int SimulatorProcess::stop(int signal) {
-    if (m_pid < 0) {
+    if (process < 0) {
         return -1;
     }
-    ::kill(m_pid, signal);
+    ::kill(process, signal);
     return collect(kStopMs);
 }
 
 void SimulatorProcess::kill() {
-    if (m_pid >= 0) {
-        ::kill(m_pid, SIGKILL);
+    if (process >= 0) {
+        ::kill(process, SIGKILL);
         collect(kStopMs);
     }
 }
@@ -171,48 +171,48 @@ int SimulatorProcess::collect(int timeoutMs) {
     QByteArray ignored;
     int state = 1;
     while (state > 0) {
-        state = readSome(m_output, &ignored, timeoutMs - waited.elapsed());
+        state = readSome(outDescriptor, &ignored, timeoutMs - waited.elapsed());
     }
     if (state < 0) {
-        m_error = "it did not end in time";
-        ::kill(m_pid, SIGKILL);
+        problem = "it did not end in time";
+        ::kill(process, SIGKILL);
     }
-    const int code = exitCode(m_pid);
-    m_pid = -1;
+    const int code = exitCode(process);
+    process = -1;
     closeStreams();
     return state < 0 ? -1 : code;
 }
 
 void SimulatorProcess::closeStreams() {
-    closeIfOpen(&m_input);
-    closeIfOpen(&m_output);
+    closeIfOpen(&inDescriptor);
+    closeIfOpen(&outDescriptor);
 }
 
 bool SimulatorProcess::readLine(QByteArray* line, int timeoutMs) {
     QElapsedTimer waited;
     waited.start();
-    int end = m_pending.indexOf('\n');
+    int end = pending.indexOf('\n');
     while (end < 0) {
-        if (readSome(m_output, &m_pending, timeoutMs - waited.elapsed()) <= 0) {
+        if (readSome(outDescriptor, &pending, timeoutMs - waited.elapsed()) <= 0) {
             return false;
         }
-        end = m_pending.indexOf('\n');
+        end = pending.indexOf('\n');
     }
-    *line = m_pending.left(end);
-    m_pending.remove(0, end + 1);
+    *line = pending.left(end);
+    pending.remove(0, end + 1);
     return true;
 }
 
 std::string SimulatorProcess::command(const QString& line) {
     const QByteArray text = line.toUtf8() + '\n';
-    if (m_pid < 0 ||
-        send(m_input, text.constData(), size_t(text.size()), MSG_NOSIGNAL) != text.size()) {
-        m_error = "it takes no command";
+    if (process < 0 ||
+        send(inDescriptor, text.constData(), size_t(text.size()), MSG_NOSIGNAL) != text.size()) {
+        problem = "it takes no command";
         return std::string();
     }
     QByteArray answer;
     if (!readLine(&answer, kAnswerMs)) {
-        m_error = "it did not answer '" + line.toStdString() + "'";
+        problem = "it did not answer '" + line.toStdString() + "'";
     }
     return answer.toStdString();
 }

@@ -35,14 +35,14 @@ class SimulatorProcess {
 
     /// Without a log requests are served faster, and a long test does not fill the disk. Before
     /// start().
-    void setLogging(bool on) { m_logging = on; }
+    void setLogging(bool on) { logging = on; }
 
     /// Starts the program and reads its port. False with the reason in error().
     bool start(quint16 port = 0);
     /// Starts it again on the port that it had, with nothing left of what it knew but its log.
     bool restart();
-    quint16 port() const { return m_port; }
-    pid_t pid() const { return m_pid; }
+    quint16 port() const { return printedPort; }
+    pid_t pid() const { return process; }
 
     /// Asks it to end by this signal and waits; the exit code, -1 when it did not end in time or of
     /// its own.
@@ -60,9 +60,9 @@ class SimulatorProcess {
     /// Waits until at least `count` requests are such; false when they are not in time.
     bool waitForLog(int count, const std::function<bool(const QJsonObject&)>& such,
                     int timeoutMs = 10000) const;
-    QString logPath() const { return m_dir.filePath("requests.json"); }
+    QString logPath() const { return dir.filePath("requests.json"); }
 
-    std::string error() const { return m_error; }
+    std::string error() const { return problem; }
 
     /// The path of the program.
     static QString program();
@@ -76,15 +76,15 @@ class SimulatorProcess {
     int collect(int timeoutMs);
     void closeStreams();
 
-    const QStringList m_arguments;
-    const QTemporaryDir m_dir;
-    bool m_logging = true;
-    quint16 m_port = 0;
-    pid_t m_pid = -1;
-    int m_input = -1;   ///< our end of its standard input
-    int m_output = -1;  ///< our end of its standard output
-    QByteArray m_pending;
-    std::string m_error;
+    const QStringList ownArguments;
+    const QTemporaryDir dir;
+    bool logging = true;
+    quint16 printedPort = 0;
+    pid_t process = -1;
+    int inDescriptor = -1;   ///< our end of its standard input
+    int outDescriptor = -1;  ///< our end of its standard output
+    QByteArray pending;
+    std::string problem;
 };
 
 #endif

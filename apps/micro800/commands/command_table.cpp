@@ -2,8 +2,23 @@
 
 const QVector<Command>& commandTable() {
     static const QVector<Command> table = {
-        {readHelp, runRead},         {writeHelp, runWrite}, {watchHelp, runWatch},
-        {identifyHelp, runIdentify}, {infoHelp, runInfo},   {projectHelp, runProject},
+        // what the plugin answers
+        {readHelp, runRead},
+        {writeHelp, runWrite},
+        {watchHelp, runWatch},
+        {saveHelp, runSave},
+        {restoreHelp, runRestore},
+        // what the controller answers
+        {discoverHelp, runDiscover},
+        {identifyHelp, runIdentify},
+        {tagsHelp, runTags},
+        {checkHelp, runCheck},
+        {doctorHelp, runDoctor},
+        // neither of them
+        {planHelp, runPlan},
+        {recordHelp, runRecord},
+        {infoHelp, runInfo},
+        {projectHelp, runProject},
     };
     return table;
 }

@@ -1,7 +1,8 @@
 #include "apps/micro800/commands/command.h"
-#include "apps/micro800/commands/connection_options.h"
-#include "apps/micro800/identity_facts.h"
-#include "apps/micro800/identity_query.h"
+#include "apps/micro800/controller/identity_facts.h"
+#include "apps/micro800/controller/identity_query.h"
+#include "apps/micro800/options/connection_options.h"
+#include "apps/micro800/options/controller_options.h"
 
 namespace {
 
@@ -46,6 +47,7 @@ CommandHelp identifyHelp() {
              QStringLiteral("Prints one JSON object: host, port, ok, and the facts or error. A "
                             "failure goes to standard error as well."),
              QString()},
+            verboseOptionSpec(),
         };
     help.examples << QStringLiteral(
                          "micro800 identify --host 192.168.1.20\n"
@@ -65,20 +67,23 @@ CommandHelp identifyHelp() {
 int runIdentify(const CommandLine& line, Console& console) {
     Connection connection;
     QString problem;
-    if (!planIdentify(line, &connection, &problem))
+    if (!planIdentify(line, &connection, &problem)) {
         return wrongUsage(console, QStringLiteral("identify"), problem);
+    }
     const bool json = line.isSet(QStringLiteral("json"));
     CipIdentity identity;
-    if (!queryIdentity(connection, &identity, &problem)) {
-        if (json)
+    if (!queryIdentity(connection, traceFrom(line, &console), &identity, &problem)) {
+        if (json) {
             console.json(resultJson(connection, false, {{QStringLiteral("error"), problem}}));
+        }
         console.error(QStringLiteral("micro800: %1").arg(problem));
         return kExitFailed;
     }
     const QVector<Fact> facts = identityFacts(identity);
-    if (json)
+    if (json) {
         console.json(resultJson(connection, true, factsJson(facts)));
-    else
+    } else {
         printFacts(facts, false, console);
+    }
     return kExitOk;
 }

@@ -1,11 +1,12 @@
 #include <QJsonObject>
 #include <memory>
 
-#include "apps/micro800/app_directory.h"
 #include "apps/micro800/commands/command.h"
-#include "apps/micro800/commands/connection_options.h"
-#include "apps/micro800/fact_list.h"
-#include "apps/micro800/plugin.h"
+#include "apps/micro800/options/connection_options.h"
+#include "apps/micro800/plugin/plugin.h"
+#include "apps/micro800/project/app_directory.h"
+#include "apps/micro800/reports/live_figures.h"
+#include "apps/micro800/terminal/fact_list.h"
 #include "common/device_setting.h"
 #include "common/driver_setting.h"
 
@@ -85,12 +86,21 @@ CommandHelp infoHelp() {
     CommandHelp help;
     help.name = QStringLiteral("info");
     help.summary = QStringLiteral("shows what the plugin says about itself");
-    help.synopsis << QStringLiteral("[OPTION...]");
+    help.synopsis << QStringLiteral("[OPTION...]")
+                  << QStringLiteral("--host HOST [--for SECONDS] [OPTION...] [ADDRESS...]");
     help.description << QStringLiteral(
-        "Loads the plugin file and prints its identity, the settings it suggests and what it "
-        "supports. No controller is needed.");
-    help.options << pluginOptionSpec()
-                 << OptionSpec{QStringLiteral("json"), QString(),
+                            "Loads the plugin file and prints its identity, the settings it "
+                            "suggests and what it "
+                            "supports. No controller is needed.")
+                     << QStringLiteral(
+                            "With --host it has the driver poll the addresses for a while and "
+                            "prints what the driver counted: requests, answers by CIP status, "
+                            "time-outs, connections, the time of a polling pass and the longest "
+                            "wait of a call. Without an address it reads a name that no "
+                            "controller has, whose refusal is an answer too. The exit status is 1 "
+                            "when the controller gave no answer at all.");
+    help.options = liveFigureOptionSpecs();
+    help.options << OptionSpec{QStringLiteral("json"), QString(),
                                QStringLiteral("Prints one JSON object."), QString()};
     help.examples << QStringLiteral(
                          "micro800 info\n"
@@ -98,11 +108,15 @@ CommandHelp infoHelp() {
                          "Interface            com.tarvelon.drivers.DriverInterface/1.1\n"
                          "Name                 Micro800 Ethernet\n"
                          "...")
+                  << QStringLiteral("micro800 info --host 192.168.1.20 --for 10s DINT0:COUNTER")
                   << QStringLiteral("micro800 info --plugin ./libab_micro800_ethernet.so --json");
     return help;
 }
 
 int runInfo(const CommandLine& line, Console& console) {
+    if (line.isSet(QStringLiteral("host"))) {
+        return runLiveFigures(line, console);
+    }
     if (!line.positional().isEmpty()) {
         return wrongUsage(console, QStringLiteral("info"),
                           QStringLiteral("unexpected argument %1").arg(line.positional().first()));

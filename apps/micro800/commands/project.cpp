@@ -1,11 +1,14 @@
 #include <QJsonArray>
 #include <QRegularExpression>
 
-#include "apps/micro800/array_declaration.h"
+#include "apps/micro800/base/connection.h"
 #include "apps/micro800/commands/command.h"
-#include "apps/micro800/device.h"
-#include "apps/micro800/project_store.h"
+#include "apps/micro800/format/array_declaration.h"
+#include "apps/micro800/options/connection_options.h"
+#include "apps/micro800/project/project_store.h"
+#include "apps/micro800/reports/declaration_text.h"
 #include "common/hmi_port.h"
+#include "common/packet_sizes.h"
 
 namespace {
 
@@ -53,14 +56,16 @@ bool nodeFrom(const CommandLine& line, ProjectPlan* plan, QString* problem) {
         return false;
     }
     plan->node.linkId = plan->link;
-    plan->node.ip = line.value(QStringLiteral("host"));
     plan->node.isDefault = true;
-    if (plan->hasNode && plan->node.ip.isEmpty()) {
+    if (!plan->hasNode) {
+        return true;
+    }
+    const HostText given = {"--host", line.value(QStringLiteral("host"))};
+    if (given.text.isEmpty()) {
         *problem = QStringLiteral("--host: no address given");
         return false;
     }
-    return line.number(QStringLiteral("port"), 1, 65535, Connection().port, &plan->node.port,
-                       problem) &&
+    return hostAndPortFrom(line, given, &plan->node.ip, &plan->node.port, problem) &&
            line.number(QStringLiteral("station"), 0, 255, 0, &plan->node.stationId, problem);
 }
 
@@ -75,34 +80,13 @@ bool planProject(const CommandLine& line, ProjectPlan* plan, QString* problem) {
     plan->json = line.isSet(QStringLiteral("json"));
     for (const QString& text : line.values(QStringLiteral("array"))) {
         ArrayDeclaration declaration;
-        if (!parseArrayDeclaration(text, &declaration, problem))
+        if (!parseArrayDeclaration(text, &declaration, problem)) {
             return false;
+        }
         plan->arrays.append(declaration);
     }
     return line.number(QStringLiteral("link"), 0, 0x7FFFFFFF, plan->link, &plan->link, problem) &&
            connectorFrom(line, plan, problem) && nodeFrom(line, plan, problem);
-}
-
-/// " (50 elements)"; empty for a row that declares nothing.
-QString elementsText(const QString& address) {
-    ArrayDeclaration declaration;
-    QString ignored;
-    if (!parseArrayDeclaration(address, &declaration, &ignored))
-        return QString();
-    const int size = declaration.size();
-    return size == 1 ? QStringLiteral(" (1 element)") : QStringLiteral(" (%1 elements)").arg(size);
-}
-
-QString doneText(ProjectStore::Declared done) {
-    switch (done) {
-        case ProjectStore::Declared::kAdded:
-            return QStringLiteral("added");
-        case ProjectStore::Declared::kReplaced:
-            return QStringLiteral("replaced");
-        case ProjectStore::Declared::kUnchanged:
-            break;
-    }
-    return QStringLiteral("unchanged");
 }
 
 bool changeProject(const ProjectPlan& plan, QStringList* done, QString* problem) {
@@ -113,15 +97,15 @@ bool changeProject(const ProjectPlan& plan, QStringList* done, QString* problem)
     }
     for (const ArrayDeclaration& array : plan.arrays) {
         ProjectStore::Declared declared;
-        if (!store.declareArray(plan.link, array, &declared, problem))
+        if (!store.declareArray(plan.link, array, &declared, problem)) {
             return false;
-        *done << QStringLiteral("%1 on link %2: %3")
-                     .arg(array.text + elementsText(array.text), QString::number(plan.link),
-                          doneText(declared));
+        }
+        *done << declaredText(array.text, plan.link, declared);
     }
     if (plan.hasNode) {
-        if (!store.setDefaultNode(plan.node, problem))
+        if (!store.setDefaultNode(plan.node, problem)) {
             return false;
+        }
         *done << QStringLiteral("%1:%2 on link %3: default node")
                      .arg(plan.node.ip, QString::number(plan.node.port),
                           QString::number(plan.link));
@@ -129,9 +113,25 @@ bool changeProject(const ProjectPlan& plan, QStringList* done, QString* problem)
     return store.commit(problem);
 }
 
+/// Tells which of the new declarations take the driver several requests a polling pass.
+void warnOfLargeArrays(const ProjectPlan& plan, Console& console) {
+    for (const ArrayDeclaration& array : plan.arrays) {
+        if (array.requests() > 1) {
+            console.error(
+                QStringLiteral(
+                    "micro800: warning: %1: more than the %2 bytes that one packet holds; "
+                    "each polling pass takes %3 requests, and the elements may be of "
+                    "different scans of the controller")
+                    .arg(array.text, QString::number(kReplyValueBytes),
+                         QString::number(array.requests())));
+        }
+    }
+}
+
 void printText(const ProjectContents& contents, Console& console) {
-    for (const ProjectContents::Link& link : contents.links)
+    for (const ProjectContents::Link& link : contents.links) {
         console.line(QStringLiteral("link %1: port %2").arg(link.linkId).arg(link.hmiPort));
+    }
     for (const ProjectContents::Node& node : contents.nodes) {
         console.line(QStringLiteral("node on link %1: station %2, %3:%4%5")
                          .arg(QString::number(node.linkId), QString::number(node.stationId),
@@ -143,8 +143,9 @@ void printText(const ProjectContents& contents, Console& console) {
             QStringLiteral("array on link %1: %2%3")
                 .arg(QString::number(array.linkId), array.address, elementsText(array.address)));
     }
-    if (contents.arrays.isEmpty())
+    if (contents.arrays.isEmpty()) {
         console.line(QStringLiteral("no arrays declared"));
+    }
 }
 
 QJsonObject contentsJson(const ProjectContents& contents) {
@@ -174,12 +175,14 @@ QJsonObject contentsJson(const ProjectContents& contents) {
 bool listProject(const ProjectPlan& plan, Console& console, QString* problem) {
     ProjectStore store;
     ProjectContents contents;
-    if (!store.openToRead(plan.directory, problem) || !store.contents(&contents, problem))
+    if (!store.openToRead(plan.directory, problem) || !store.contents(&contents, problem)) {
         return false;
-    if (plan.json)
+    }
+    if (plan.json) {
         console.json(contentsJson(contents));
-    else
+    } else {
         printText(contents, console);
+    }
     return true;
 }
 
@@ -201,7 +204,9 @@ QVector<OptionSpec> projectOptions() {
              .arg(QLatin1String(kDefaultConnector)),
          QString()},
         {QStringLiteral("host"), QStringLiteral("IP"),
-         QStringLiteral("Enters a controller as the link's default node."), QString()},
+         QStringLiteral(
+             "Enters a controller as the link's default node; IP:PORT names the port as well."),
+         QString()},
         {QStringLiteral("port"), QStringLiteral("PORT"),
          QStringLiteral("The TCP port of that controller."), QStringLiteral("44818")},
         {QStringLiteral("station"), QStringLiteral("N"),
@@ -229,7 +234,10 @@ CommandHelp projectHelp() {
                "all.")
         << QStringLiteral(
                "A declared array is read by its bounds and kept fresh as a whole; an "
-               "element of an array that is not declared is read by itself.");
+               "element of an array that is not declared is read by itself. An array "
+               "above %1 bytes does not fit one packet: it takes several requests in "
+               "each polling pass, of which a warning tells.")
+               .arg(kReplyValueBytes);
     help.options = projectOptions();
     help.examples << QStringLiteral(
                          "micro800 project ./panel --array 'DINT0:RECIPE[0..9,0..4]'\n"
@@ -247,17 +255,21 @@ CommandHelp projectHelp() {
 int runProject(const CommandLine& line, Console& console) {
     ProjectPlan plan;
     QString problem;
-    if (!planProject(line, &plan, &problem))
+    if (!planProject(line, &plan, &problem)) {
         return wrongUsage(console, QStringLiteral("project"), problem);
+    }
     QStringList done;
     bool ok = !plan.changes() || changeProject(plan, &done, &problem);
-    if (ok && (plan.json || !plan.changes()))
+    if (ok && (plan.json || !plan.changes())) {
         ok = listProject(plan, console, &problem);
+    }
     if (!ok) {
         console.error(QStringLiteral("micro800: %1").arg(problem));
         return kExitFailed;
     }
-    for (const QString& text : plan.json ? QStringList() : done)
+    for (const QString& text : plan.json ? QStringList() : done) {
         console.line(text);
+    }
+    warnOfLargeArrays(plan, console);
     return kExitOk;
 }

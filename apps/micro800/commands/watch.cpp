@@ -1,18 +1,21 @@
 #include <QElapsedTimer>
 #include <algorithm>
 
-#include "apps/micro800/commands/addresses.h"
+#include "apps/micro800/base/signals.h"
 #include "apps/micro800/commands/command.h"
-#include "apps/micro800/commands/connection_options.h"
-#include "apps/micro800/signals.h"
-#include "apps/micro800/watch_model.h"
-#include "apps/micro800/watch_view.h"
+#include "apps/micro800/options/addresses.h"
+#include "apps/micro800/options/connection_options.h"
+#include "apps/micro800/options/output_options.h"
+#include "apps/micro800/polling/poll_plan.h"
+#include "apps/micro800/watch/watch_model.h"
+#include "apps/micro800/watch/watch_view.h"
 
 namespace {
 
 const int kDefaultIntervalMs = 500;
 const int kLongestIntervalMs = 3600000;
 const int kRefreshMs = 100;
+const int kMostRounds = 1000000000;
 const double kLongestDurationS = 1e9;
 
 struct WatchPlan {
@@ -21,15 +24,16 @@ struct WatchPlan {
     QVector<CommunicatorCommand> commands;
     int intervalMs = kDefaultIntervalMs;
     qint64 durationMs = -1;  // -1: until it is stopped
+    int rounds = 0;          // 0: without a limit
+    OutputOptions output;
     bool once = false;
-    bool json = false;
     bool plain = false;
-    bool quiet = false;
 };
 
 bool durationFrom(const CommandLine& line, WatchPlan* plan, QString* problem) {
-    if (!line.isSet(QStringLiteral("duration")))
+    if (!line.isSet(QStringLiteral("duration"))) {
         return true;
+    }
     bool ok = false;
     const QString text = line.value(QStringLiteral("duration"));
     const double seconds = text.toDouble(&ok);
@@ -43,13 +47,25 @@ bool durationFrom(const CommandLine& line, WatchPlan* plan, QString* problem) {
 }
 
 bool sessionFrom(const CommandLine& line, WatchPlan* plan, QString* problem) {
-    if (!addressesFrom(line, 1, &plan->addresses, &plan->commands, problem))
+    if (!addressesFrom(line, 1, &plan->addresses, &plan->commands, problem)) {
         return false;
-    if (!sessionListFits(plan->addresses, !plan->options.project.isEmpty())) {
+    }
+    QVector<ListedAddress> declared;
+    if (!plan->options.project.isEmpty() &&
+        !declaredArrays(plan->options.project, plan->options.connection.link, &declared, problem)) {
+        return false;
+    }
+    QVector<ListedAddress> listed;
+    for (const TagAddress& address : plan->addresses) {
+        listed.append({address.text, QString(), address, {}});
+    }
+    const PollPlan list(listed, declared);
+    if (!list.fits()) {
         *problem = QStringLiteral(
-                       "%1 addresses are more than the driver's list holds (some 4000 "
-                       "characters)")
-                       .arg(plan->addresses.size());
+                       "%1 addresses make a list of %2 bytes, and the driver takes at "
+                       "most %3; 'micro800 plan' tells what would help")
+                       .arg(QString::number(plan->addresses.size()),
+                            QString::number(list.lineBytes()), QString::number(kListLimit));
         return false;
     }
     return true;
@@ -57,70 +73,89 @@ bool sessionFrom(const CommandLine& line, WatchPlan* plan, QString* problem) {
 
 bool planWatch(const CommandLine& line, WatchPlan* plan, QString* problem) {
     plan->once = line.isSet(QStringLiteral("once"));
-    plan->json = line.isSet(QStringLiteral("json"));
     plan->plain = line.isSet(QStringLiteral("plain"));
-    plan->quiet = line.isSet(QStringLiteral("quiet"));
     return connectionOptionsFrom(line, &plan->options, problem) &&
            line.number(QStringLiteral("interval"), 1, kLongestIntervalMs, kDefaultIntervalMs,
                        &plan->intervalMs, problem) &&
-           durationFrom(line, plan, problem) && sessionFrom(line, plan, problem);
+           line.number(QStringLiteral("count"), 1, kMostRounds, 0, &plan->rounds, problem) &&
+           outputOptionsFrom(line, &plan->output, problem) && durationFrom(line, plan, problem) &&
+           sessionFrom(line, plan, problem);
 }
 
 std::unique_ptr<WatchView> makeView(const WatchPlan& plan, Console& console) {
-    if (plan.json)
-        return makeJsonView(console);
-    if (console.outIsTerminal() && !plan.plain && !plan.once) {
+    const NumberBase base = plan.output.base;
+    if (plan.output.form == OutputOptions::Form::kJson) {
+        return makeJsonView(console, base);
+    }
+    if (plan.output.form == OutputOptions::Form::kCsv) {
+        return makeCsvView(console, base);
+    }
+    if (console.outCanMoveItsCursor() && !plan.plain && !plan.once) {
         const Connection& connection = plan.options.connection;
         std::unique_ptr<WatchView> table =
-            makeTableView(console, QStringLiteral("micro800 watch %1:%2")
-                                       .arg(connection.host, QString::number(connection.port)));
-        if (table)
+            makeTableView(console,
+                          QStringLiteral("micro800 watch %1:%2")
+                              .arg(connection.host, QString::number(connection.port)),
+                          base);
+        if (table) {
             return table;
+        }
     }
-    return makeLinesView(console, plan.quiet || plan.once);
+    return makeLinesView(console, plan.output.quiet || plan.once, base);
 }
 
 /// The watch while it runs.
 class Watch {
  public:
-    Watch(const WatchPlan& plan, DriverSession* session, WatchView* view)
-        : plan_(plan), session_(session), view_(view), model_(plan.addresses, plan.commands) {
-        clock_.start();
+    Watch(const WatchPlan& wanted, DriverSession* opened, WatchView* shown, const Console& output)
+        : plan(wanted),
+          session(opened),
+          view(shown),
+          console(output),
+          model(wanted.addresses, wanted.commands) {
+        clock.start();
     }
 
-    /// Until it is stopped, its time is over, or the first round is done when it runs once.
+    /// Until it is stopped, its time is over, or the rounds are done that it was asked for.
     void run() {
-        for (qint64 next = 0; !over();) {
+        const int rounds = plan.once ? 1 : plan.rounds;
+        qint64 next = 0;
+        for (int round = 1; !over(); ++round) {
             readRound();
-            if (plan_.once)
+            if (round == rounds) {
                 break;
-            next = std::max(next + plan_.intervalMs, now());
+            }
+            next = std::max(next + plan.intervalMs, now());
             waitUntil(next);
         }
-        view_->end(model_, now());
+        view->end(model, now());
     }
 
-    /// A user's stop is no failure, whatever the tags show.
+    /// A user's stop is no failure, whatever the tags show. That the output fails the program
+    /// tells.
     int exitCode() const {
-        return stops_.stopped() || quit_ || model_.allGood() ? kExitOk : kExitFailed;
+        return stops.stopped() || quit || model.allGood() ? kExitOk : kExitFailed;
     }
 
  private:
-    qint64 now() const { return clock_.elapsed(); }
+    qint64 now() const { return clock.elapsed(); }
 
     bool over() const {
-        return quit_ || stops_.stopped() || (plan_.durationMs >= 0 && now() >= plan_.durationMs);
+        return quit || stops.stopped() || console.hasFailed() ||
+               (plan.durationMs >= 0 && now() >= plan.durationMs);
     }
 
     void readRound() {
-        for (int i = 0; i < model_.size() && !over(); ++i) {
-            const DriverResult result = session_->read(model_.tag(i).command);
-            const WatchEvent event = model_.take(i, result, now());
-            if (event != WatchEvent::kNothing)
-                view_->tell(model_.tag(i), event);
+        for (int i = 0; i < model.size() && !over(); ++i) {
+            const DriverResult result = session->read(model.tag(i).command);
+            const WatchEvent event = model.take(i, result, now());
+            if (event != WatchEvent::kNothing) {
+                view->tell(model.tag(i), event);
+            }
             // A read may take long, and the list may be long.
-            if (now() - refreshedAt_ >= kRefreshMs)
+            if (now() - refreshedAt >= kRefreshMs) {
                 refresh(0);
+            }
         }
         refresh(0);
     }
@@ -128,28 +163,30 @@ class Watch {
     void waitUntil(qint64 time) {
         while (!over() && now() < time) {
             qint64 pause = std::min<qint64>(time - now(), kRefreshMs);
-            if (plan_.durationMs >= 0)
-                pause = std::min(pause, std::max<qint64>(plan_.durationMs - now(), 0));
+            if (plan.durationMs >= 0) {
+                pause = std::min(pause, std::max<qint64>(plan.durationMs - now(), 0));
+            }
             refresh(static_cast<int>(pause));
         }
     }
 
     /// Waits for a signal or a key at most `ms`, then shows how things are.
     void refresh(int ms) {
-        stops_.wait(ms, view_->keyDescriptor());
-        quit_ = view_->takeKeys() || quit_;
-        view_->refresh(model_, now());
-        refreshedAt_ = now();
+        stops.wait(ms, view->keyDescriptor());
+        quit = view->takeKeys() || quit;
+        view->refresh(model, now());
+        refreshedAt = now();
     }
 
-    const WatchPlan& plan_;
-    DriverSession* session_;
-    WatchView* view_;
-    WatchModel model_;
-    StopSignals stops_;
-    QElapsedTimer clock_;
-    qint64 refreshedAt_ = 0;
-    bool quit_ = false;
+    const WatchPlan& plan;
+    DriverSession* session;
+    WatchView* view;
+    const Console& console;
+    WatchModel model;
+    StopSignals stops;
+    QElapsedTimer clock;
+    qint64 refreshedAt = 0;
+    bool quit = false;
 };
 
 QVector<OptionSpec> watchOptions() {
@@ -165,13 +202,16 @@ QVector<OptionSpec> watchOptions() {
                 QString()},
                {QStringLiteral("plain"), QString(),
                 QStringLiteral("Prints lines also on a terminal."), QString()},
-               {QStringLiteral("quiet"), QString(),
-                QStringLiteral("Leaves out the line that sums up at the end."), QString()},
-               {QStringLiteral("json"), QString(),
-                QStringLiteral("Prints one JSON object a change: address, type, ok, ms, at (UTC), "
-                               "source (cache or controller) and value, or error."),
-                QString()},
-           };
+               {QStringLiteral("count"), QStringLiteral("N"),
+                QStringLiteral("Ends after N rounds of reads."), QStringLiteral("until stopped")},
+           } +
+           outputOptionSpecs(
+               QStringLiteral("Prints one JSON object a change: address, type, ok, ms, at (UTC), "
+                              "source (cache or controller) and value, or error."),
+               QStringLiteral("Prints a line with the names of the fields, and one line a change "
+                              "with as many fields: that of read --csv, then the time (UTC) and "
+                              "the source."),
+               QStringLiteral("Leaves out the line that sums up at the end."));
 }
 
 }  // namespace
@@ -180,7 +220,7 @@ CommandHelp watchHelp() {
     CommandHelp help;
     help.name = QStringLiteral("watch");
     help.summary = QStringLiteral("has the driver keep tags fresh and shows them");
-    help.synopsis << QStringLiteral("--host HOST [OPTION...] ADDRESS...");
+    help.synopsis << QStringLiteral("--host HOST [OPTION...] ADDRESS|@FILE...");
     help.description
         << QStringLiteral(
                "Hands the addresses to the driver as its session list, which the driver "
@@ -188,6 +228,7 @@ CommandHelp watchHelp() {
                "interval. On a terminal it shows a table that refreshes in place; q, "
                "Ctrl-C or SIGTERM ends it with exit status 0. Elsewhere it prints a line "
                "when a value is first seen and whenever it changes.")
+        << addressFileHelp()
         << QStringLiteral(
                "The table marks a value that changed within the last second with *, and "
                "a tag whose last read failed with ! and the failure in place of the "
@@ -200,7 +241,7 @@ CommandHelp watchHelp() {
                "take longer. The reads that the driver makes to keep its cache fresh do "
                "not show.")
         << QStringLiteral(
-               "With --once or --duration the exit status is 1 when the last read of any "
+               "With --once, --count or --duration the exit status is 1 when the last read of any "
                "tag failed.");
     help.options = watchOptions();
     help.examples << QStringLiteral(
@@ -223,17 +264,20 @@ CommandHelp watchHelp() {
 int runWatch(const CommandLine& line, Console& console) {
     WatchPlan plan;
     QString problem;
-    if (!planWatch(line, &plan, &problem))
+    if (!planWatch(line, &plan, &problem)) {
         return wrongUsage(console, QStringLiteral("watch"), problem);
+    }
     DriverSession session(plan.options.connection);
-    if (!openSession(plan.options, &session, console))
+    if (!openSession(plan.options, &session, console)) {
         return kExitFailed;
-    if (!session.watch(plan.commands.toList()))
+    }
+    if (!session.watch(plan.commands.toList())) {
         console.error(
             QStringLiteral("micro800: the driver keeps no session list; every read goes "
                            "to the controller"));
+    }
     const std::unique_ptr<WatchView> view = makeView(plan, console);
-    Watch watch(plan, &session, view.get());
+    Watch watch(plan, &session, view.get(), console);
     watch.run();
     return watch.exitCode();
 }

@@ -1,64 +1,80 @@
-#include "apps/micro800/address.h"
 #include "apps/micro800/commands/command.h"
-#include "apps/micro800/commands/connection_options.h"
-#include "apps/micro800/tag_json.h"
-#include "apps/micro800/value_format.h"
+#include "apps/micro800/format/value_format.h"
+#include "apps/micro800/options/connection_options.h"
+#include "apps/micro800/plugin/tag_json.h"
+#include "apps/micro800/reports/write_steps.h"
 
 namespace {
 
 struct WritePlan {
     ConnectionOptions options;
-    TagAddress address;
-    CommunicatorCommand command;
-    QByteArray bytes;
-    int count = 1;
+    QVector<WriteStep> steps;
     bool json = false;
     bool quiet = false;
 };
 
-bool valuesFrom(const QStringList& texts, const CommandLine& line, WritePlan* plan,
-                QString* problem) {
-    plan->count = texts.size();
-    int wanted = 0;
-    if (!line.number(QStringLiteral("count"), 1, 65535, plan->count, &wanted, problem))
-        return false;
-    if (plan->count == 0) {
-        *problem = QStringLiteral("%1: no value given").arg(plan->address.text);
+bool countFits(const CommandLine& line, const WritePlan& plan, QString* problem) {
+    if (!line.isSet(QStringLiteral("count"))) {
+        return true;
+    }
+    if (areAssignments(line.positional())) {
+        *problem = QStringLiteral("--count goes with ADDRESS VALUE..., not with assignments");
         return false;
     }
-    if (wanted != plan->count) {
+    const int given = plan.steps.first().count;
+    int wanted = 0;
+    if (!line.number(QStringLiteral("count"), 1, 65535, given, &wanted, problem)) {
+        return false;
+    }
+    if (wanted != given) {
         *problem = QStringLiteral("--count %1, but %2 given")
                        .arg(QString::number(wanted),
-                            plan->count == 1 ? QStringLiteral("1 value is")
-                                             : QStringLiteral("%1 values are").arg(plan->count));
+                            given == 1 ? QStringLiteral("1 value is")
+                                       : QStringLiteral("%1 values are").arg(given));
         return false;
     }
-    if (!commandFor(plan->address, plan->count, &plan->command, problem))
-        return false;
-    for (const QString& text : texts) {
-        if (!appendValue(*plan->address.type, text, &plan->bytes, problem)) {
-            *problem = plan->address.text + QLatin1String(": ") + *problem;
-            return false;
-        }
-    }
-    // A string's command counts its bytes; for all others the count is right already.
-    if (plan->address.type->kind == ValueKind::kString)
-        plan->command.unitCount = static_cast<quint32>(plan->bytes.size());
     return true;
 }
 
 bool planWrite(const CommandLine& line, WritePlan* plan, QString* problem) {
-    if (!connectionOptionsFrom(line, &plan->options, problem))
-        return false;
     plan->json = line.isSet(QStringLiteral("json"));
     plan->quiet = line.isSet(QStringLiteral("quiet"));
-    QStringList words = line.positional();
-    if (words.isEmpty()) {
-        *problem = QStringLiteral("no address given");
-        return false;
+    return connectionOptionsFrom(line, &plan->options, problem) &&
+           writeStepsFrom(line.positional(), &plan->steps, problem) &&
+           countFits(line, *plan, problem);
+}
+
+bool writeOne(const WritePlan& plan, const WriteStep& step, DriverSession* session,
+              Console& console) {
+    const DriverResult result = session->write(step.command, step.bytes);
+    if (plan.json) {
+        console.json(accessJson(step.address, step.count, result, step.bytes));
+    } else if (result.ok && !plan.quiet) {
+        console.line(step.address.text + QLatin1String(" = ") +
+                     valueText(*step.address.type, step.bytes, step.count));
     }
-    return parseTagAddress(words.takeFirst(), &plan->address, problem) &&
-           valuesFrom(words, line, plan, problem);
+    if (!result.ok) {
+        console.error(result.error);
+    }
+    return result.ok;
+}
+
+/// Says what was left out: a set point must not be taken for written.
+void tellNotWritten(const WritePlan& plan, int from, Console& console) {
+    QStringList left;
+    for (int i = from; i < plan.steps.size(); ++i) {
+        const TagAddress& address = plan.steps.at(i).address;
+        left << address.text;
+        if (plan.json) {
+            DriverResult result;
+            result.error = QStringLiteral("not written, since the write before it failed");
+            console.json(accessJson(address, 1, result, QByteArray()));
+        }
+    }
+    if (!left.isEmpty()) {
+        console.error(QStringLiteral("micro800: not written, since the write before failed: %1")
+                          .arg(left.join(QLatin1String(", "))));
+    }
 }
 
 }  // namespace
@@ -66,8 +82,9 @@ bool planWrite(const CommandLine& line, WritePlan* plan, QString* problem) {
 CommandHelp writeHelp() {
     CommandHelp help;
     help.name = QStringLiteral("write");
-    help.summary = QStringLiteral("writes one tag, or elements of one array");
-    help.synopsis << QStringLiteral("--host HOST [OPTION...] ADDRESS VALUE...");
+    help.summary = QStringLiteral("writes tags and elements of arrays");
+    help.synopsis << QStringLiteral("--host HOST [OPTION...] ADDRESS VALUE...")
+                  << QStringLiteral("--host HOST [OPTION...] ADDRESS=VALUE[,VALUE...]|@FILE...");
     help.description
         << QStringLiteral(
                "Writes the value and prints 'ADDRESS = VALUE' when the controller has "
@@ -76,10 +93,17 @@ CommandHelp writeHelp() {
                "is never repeated: after 'no answer in time' read the tag to see what it "
                "holds.")
         << QStringLiteral(
+               "With assignments several tags are written, one after the other in the order given, "
+               "and nothing is sent before all of them are checked. After a failure the rest is "
+               "not written. Values for successive elements are separated by commas; a STRING is "
+               "all that follows the =. @FILE stands for the assignments in FILE and - for those "
+               "on standard input: one a line, # begins a comment.")
+        << QStringLiteral(
                "Values are read by the prefix's type, and nothing is sent when one does "
                "not fit. Whole numbers are decimal or hexadecimal (0x2A), in the type's "
                "range. REAL and LREAL take finite numbers with a point, with or without "
-               "an exponent. BOOL takes true, false, 1 or 0. A STRING is the argument as "
+               "an exponent. BOOL takes true, false, on, off, yes, no, 1 or 0. A STRING is the "
+               "argument as "
                "it stands: 1 to 255 characters of Latin-1.")
         << QStringLiteral(
                "A negative number is a value and never an option. After '--' everything "
@@ -90,8 +114,9 @@ CommandHelp writeHelp() {
                                               "given."),
                                QStringLiteral("the number of values")}
                  << OptionSpec{QStringLiteral("json"), QString(),
-                               QStringLiteral("Prints a JSON object: address, type, ok, ms, and "
-                                              "value, values or error."),
+                               QStringLiteral(
+                                   "Prints one JSON object a write: address, type, ok, ms, "
+                                   "and value, values or error."),
                                QString()}
                  << OptionSpec{QStringLiteral("quiet"), QString(),
                                QStringLiteral("Prints nothing but errors."), QString()};
@@ -101,6 +126,12 @@ CommandHelp writeHelp() {
                   << QStringLiteral(
                          "micro800 write --host 192.168.1.20 'INT0:LEVELS[3]' 10 -20 30\n"
                          "INT0:LEVELS[3] = 10 -20 30")
+                  << QStringLiteral(
+                         "micro800 write --host plc DINT0:SETPOINT=42 BOOL0:RUN=on "
+                         "'INT0:LEVELS[0]=1,2'\n"
+                         "DINT0:SETPOINT = 42\n"
+                         "BOOL0:RUN = true\n"
+                         "INT0:LEVELS[0] = 1 2")
                   << QStringLiteral(
                          "micro800 write --host 192.168.1.20 DINT0:SETPOINT 5000000000\n"
                          "micro800 write: DINT0:SETPOINT: 5000000000 does not fit DINT "
@@ -115,21 +146,23 @@ int runWrite(const CommandLine& line, Console& console) {
     const QString name = QStringLiteral("write");
     WritePlan plan;
     QString problem;
-    if (!planWrite(line, &plan, &problem))
+    if (!planWrite(line, &plan, &problem)) {
         return wrongUsage(console, name, problem);
+    }
     DriverSession session(plan.options.connection);
-    if (!openSession(plan.options, &session, console))
+    if (!openSession(plan.options, &session, console)) {
         return kExitFailed;
-    if (plan.command.getDataSize() > session.blockSize())
-        return wrongUsage(console, name, tooLarge(plan.command, session.blockSize()));
-
-    const DriverResult result = session.write(plan.command, plan.bytes);
-    if (plan.json)
-        console.json(accessJson(plan.address, plan.count, result, plan.bytes));
-    else if (result.ok && !plan.quiet)
-        console.line(plan.address.text + QLatin1String(" = ") +
-                     valueText(*plan.address.type, plan.bytes, plan.count));
-    if (!result.ok)
-        console.error(result.error);
-    return result.ok ? kExitOk : kExitFailed;
+    }
+    for (const WriteStep& step : plan.steps) {
+        if (step.command.getDataSize() > session.blockSize()) {
+            return wrongUsage(console, name, tooLarge(step.command, session.blockSize()));
+        }
+    }
+    for (int i = 0; i < plan.steps.size(); ++i) {
+        if (!writeOne(plan, plan.steps.at(i), &session, console)) {
+            tellNotWritten(plan, i + 1, console);
+            return kExitFailed;
+        }
+    }
+    return kExitOk;
 }

@@ -34,15 +34,21 @@ class CliAppDirectory : public CliTest {
         }));
         process->signal(SIGTERM);
         EXPECT_EQ(process->finish().exitCode, 0);
-        const QJsonObject last = controller->log().last();
+        QJsonObject last;
+        for (const QJsonObject& request : controller->log()) {
+            if (request.value("service").toString() == "ReadTag") {
+                last = request;
+            }
+        }
         return last.value("tag").toString() + " " + QString::number(last.value("count").toInt());
     }
 
     bool waitForLeftovers(bool some) {
         QElapsedTimer clock;
         clock.start();
-        while (leftovers().isEmpty() == some && clock.elapsed() < kWaitMs)
+        while (leftovers().isEmpty() == some && clock.elapsed() < kWaitMs) {
             usleep(1000);
+        }
         return leftovers().isEmpty() != some;
     }
 };
@@ -188,8 +194,9 @@ TEST_F(CliAppDirectory, APluginThatCannotBeLoadedLeavesNothing) {
 }
 
 TEST_F(CliAppDirectory, TheEmulatorsCommandRunsTheCopy) {
-    if (qEnvironmentVariableIsSet("MICRO800_EMULATOR"))
+    if (qEnvironmentVariableIsSet("MICRO800_EMULATOR")) {
         GTEST_SKIP() << "runs under an emulator already";
+    }
     startController({"--tag", "T:DINT=31"});
     environment.insert("MICRO800_EMULATOR", "env MICRO800_TEST=\"a b\"");
     const CliResult result = runWith("read", {"DINT0:T"});

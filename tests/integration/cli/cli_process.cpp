@@ -31,29 +31,32 @@ void takeFrom(int* descriptor, QByteArray* text) {
 
 std::vector<QByteArray> programWords(const QString& program, const QStringList& arguments) {
     std::vector<QByteArray> words;
-    for (const QString& word : QProcess::splitCommand(qEnvironmentVariable("MICRO800_EMULATOR")))
+    for (const QString& word : QProcess::splitCommand(qEnvironmentVariable("MICRO800_EMULATOR"))) {
         words.push_back(QFile::encodeName(word));
+    }
     words.push_back(QFile::encodeName(program));
-    for (const QString& argument : arguments)
+    for (const QString& argument : arguments) {
         words.push_back(argument.toUtf8());
+    }
     return words;
 }
 
 std::vector<char*> pointersTo(std::vector<QByteArray>* texts) {
     std::vector<char*> pointers;
-    for (QByteArray& text : *texts)
+    for (QByteArray& text : *texts) {
         pointers.push_back(text.data());
+    }
     pointers.push_back(nullptr);
     return pointers;
 }
 
 CliProcess::~CliProcess() {
-    if (m_pid > 0) {
-        kill(m_pid, SIGKILL);
-        waitpid(m_pid, nullptr, 0);
+    if (pid > 0) {
+        kill(pid, SIGKILL);
+        waitpid(pid, nullptr, 0);
     }
-    closeIfOpen(&m_out);
-    closeIfOpen(&m_err);
+    closeIfOpen(&outDescriptor);
+    closeIfOpen(&errDescriptor);
 }
 
 bool CliProcess::start(const QString& program, const QStringList& arguments,
@@ -61,13 +64,15 @@ bool CliProcess::start(const QString& program, const QStringList& arguments,
                        int output) {
     int out[2] = {-1, output};
     int err[2];
-    if ((output < 0 && pipe2(out, O_CLOEXEC) != 0) || pipe2(err, O_CLOEXEC) != 0)
+    if ((output < 0 && pipe2(out, O_CLOEXEC) != 0) || pipe2(err, O_CLOEXEC) != 0) {
         return false;
-    m_out = out[0];
-    m_err = err[0];
+    }
+    outDescriptor = out[0];
+    errDescriptor = err[0];
     const bool started = spawnWith(program, arguments, environment, directory, out[1], err[1]);
-    if (output < 0)
+    if (output < 0) {
         close(out[1]);
+    }
     close(err[1]);
     return started;
 }
@@ -77,57 +82,65 @@ bool CliProcess::spawnWith(const QString& program, const QStringList& arguments,
                            int output, int errors) {
     std::vector<QByteArray> words = programWords(program, arguments);
     std::vector<QByteArray> settings;
-    for (const QString& setting : environment.toStringList())
+    for (const QString& setting : environment.toStringList()) {
         settings.push_back(QFile::encodeName(setting));
+    }
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, QFile::encodeName(input).constData(),
+                                     O_RDONLY, 0);
     posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, errors, STDERR_FILENO);
     if (!directory.isEmpty()) {
         posix_spawn_file_actions_addchdir_np(&actions, QFile::encodeName(directory).constData());
     }
-    const int failure = posix_spawnp(&m_pid, words[0].constData(), &actions, nullptr,
+    const int failure = posix_spawnp(&pid, words[0].constData(), &actions, nullptr,
                                      pointersTo(&words).data(), pointersTo(&settings).data());
     posix_spawn_file_actions_destroy(&actions);
-    if (failure != 0)
-        m_pid = -1;
+    if (failure != 0) {
+        pid = -1;
+    }
     return failure == 0;
 }
 
 void CliProcess::take(int ms) {
-    struct pollfd waited[] = {{m_out, POLLIN, 0}, {m_err, POLLIN, 0}};
+    struct pollfd waited[] = {{outDescriptor, POLLIN, 0}, {errDescriptor, POLLIN, 0}};
     poll(waited, 2, ms);
-    if (waited[0].revents)
-        takeFrom(&m_out, &m_result.out);
-    if (waited[1].revents)
-        takeFrom(&m_err, &m_result.err);
+    if (waited[0].revents) {
+        takeFrom(&outDescriptor, &result.out);
+    }
+    if (waited[1].revents) {
+        takeFrom(&errDescriptor, &result.err);
+    }
 }
 
 bool CliProcess::hasPrinted(const char* text, int times) {
     QElapsedTimer clock;
     clock.start();
-    while (m_result.out.count(text) + m_result.err.count(text) < times) {
-        if (clock.elapsed() > kCliWaitMs || (m_out < 0 && m_err < 0))
+    while (result.out.count(text) + result.err.count(text) < times) {
+        if (clock.elapsed() > kCliWaitMs || (outDescriptor < 0 && errDescriptor < 0)) {
             return false;
+        }
         take(100);
     }
     return true;
 }
 
 void CliProcess::signal(int number) {
-    if (m_pid > 0)
-        kill(m_pid, number);
+    if (pid > 0) {
+        kill(pid, number);
+    }
 }
 
 void CliProcess::closeOutput() {
-    closeIfOpen(&m_out);
+    closeIfOpen(&outDescriptor);
 }
 
 bool CliProcess::hasEnded(int* status) {
-    if (m_pid <= 0 || waitpid(m_pid, status, WNOHANG) != m_pid)
+    if (pid <= 0 || waitpid(pid, status, WNOHANG) != pid) {
         return false;
-    m_pid = -1;
+    }
+    pid = -1;
     return true;
 }
 
@@ -135,16 +148,19 @@ CliResult CliProcess::finish() {
     QElapsedTimer clock;
     clock.start();
     int status = 0;
-    while (m_pid > 0 && clock.elapsed() < kCliWaitMs) {
+    while (pid > 0 && clock.elapsed() < kCliWaitMs) {
         take(10);
-        if (!hasEnded(&status))
+        if (!hasEnded(&status)) {
             continue;
-        while ((m_out >= 0 || m_err >= 0) && clock.elapsed() < 2 * kCliWaitMs)
+        }
+        while ((outDescriptor >= 0 || errDescriptor >= 0) && clock.elapsed() < 2 * kCliWaitMs) {
             take(1000);
-        if (WIFEXITED(status))
-            m_result.exitCode = WEXITSTATUS(status);
-        else if (WIFSIGNALED(status))
-            m_result.signal = WTERMSIG(status);
+        }
+        if (WIFEXITED(status)) {
+            result.exitCode = WEXITSTATUS(status);
+        } else if (WIFSIGNALED(status)) {
+            result.signal = WTERMSIG(status);
+        }
     }
-    return m_result;
+    return result;
 }

@@ -36,15 +36,19 @@ class CliProcess {
     CliProcess(const CliProcess&) = delete;
     CliProcess& operator=(const CliProcess&) = delete;
 
-    /// Starts the program with nothing on its standard input. `output` (when not negative) takes
+    /// Starts the program. `output` (when not negative) takes
     /// its standard output in place of finish(). False when it could not be started.
     bool start(const QString& program, const QStringList& arguments,
                const QProcessEnvironment& environment, const QString& directory = QString(),
                int output = -1);
+    /// What it finds on its standard input; before start().
+    void setInput(const QString& file) { input = file; }
 
     /// Waits until it has printed `text` `times` times, on either stream.
     bool hasPrinted(const char* text, int times = 1);
     void signal(int number);
+    /// -1 when it has ended or never started.
+    pid_t processId() const { return pid; }
     /// Closes our end of its standard output.
     void closeOutput();
     /// Waits for its end.
@@ -57,10 +61,11 @@ class CliProcess {
     void take(int ms);
     bool hasEnded(int* status);
 
-    pid_t m_pid = -1;
-    int m_out = -1;
-    int m_err = -1;
-    CliResult m_result;
+    pid_t pid = -1;
+    QString input = QStringLiteral("/dev/null");
+    int outDescriptor = -1;
+    int errDescriptor = -1;
+    CliResult result;
 };
 
 #endif

@@ -1,10 +1,12 @@
 #include "integration/cli/cli_program.h"
 
 #include <QDir>
+#include <QFile>
 
 CliTest::CliTest() : environment(QProcessEnvironment::systemEnvironment()) {
-    for (const char* name : {"MICRO800_PLUGIN", "MICRO800_APP_DIRECTORY"})
+    for (const char* name : {"MICRO800_PLUGIN", "MICRO800_HOST"}) {
         environment.remove(name);
+    }
     environment.insert("TMPDIR", tmp.path());
 }
 
@@ -23,6 +25,7 @@ QStringList CliTest::leftovers() const {
 
 std::unique_ptr<CliProcess> CliTest::start(const QStringList& arguments) {
     auto process = std::make_unique<CliProcess>();
+    process->setInput(input);
     EXPECT_TRUE(process->start(program(), arguments, environment));
     return process;
 }
@@ -55,7 +58,16 @@ CliResult CliTest::runWith(const char* command, const QStringList& arguments) {
 
 int CliTest::requests(const char* service) const {
     int count = 0;
-    for (const QJsonObject& request : controller->log())
+    for (const QJsonObject& request : controller->log()) {
         count += request.value("service").toString() == QLatin1String(service);
+    }
     return count;
+}
+
+QString CliTest::fileWith(const char* name, const QByteArray& content) const {
+    const QString path = files.filePath(name);
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    EXPECT_EQ(file.write(content), content.size());
+    return path;
 }

@@ -49,10 +49,15 @@ class CliTest : public testing::Test {
     QStringList leftovers() const;
 
     static QString program();
+    /// A file of this content that lives as long as the test.
+    QString fileWith(const char* name, const QByteArray& content) const;
 
     QTemporaryDir tmp;
     QProcessEnvironment environment;
     std::unique_ptr<SimulatorProcess> controller;
+    QTemporaryDir files;
+    /// What the programs that it starts find on their standard input.
+    QString input = QStringLiteral("/dev/null");
 };
 
 #endif

@@ -58,6 +58,16 @@ TEST_F(CliIdentify, Json) {
     EXPECT_EQ(object.value("state").toObject().value("text").toString(), QString("operational"));
 }
 
+TEST_F(CliIdentify, VerboseShowsRequestAndReply) {
+    startController({});
+    const CliResult result = runWith("identify", {"--verbose"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_TRUE(result.err.startsWith("> ListIdentity request, 24 bytes\n"));
+    EXPECT_TRUE(result.err.contains("\n< ListIdentity reply, 79 bytes\n"));
+    EXPECT_TRUE(result.err.contains("\n  003a  serial number            de c0 80 60\n"));
+    EXPECT_TRUE(result.out.startsWith("Vendor "));
+}
+
 TEST_F(CliIdentify, NobodyListens) {
     startController({});
     const QStringList arguments = withController("identify", {"--json"});

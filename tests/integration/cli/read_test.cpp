@@ -5,6 +5,7 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QRegularExpression>
 
 #include "integration/cli/cli_program.h"
 
@@ -109,9 +110,40 @@ TEST_F(CliRead, RepeatsAndSeesTheValueMove) {
     startController({"--tag", "T:DINT=0", "--ramp", "5"});
     const CliResult result = runWith("read", {"--repeat", "4", "--interval", "100", "DINT0:T"});
     const QList<QByteArray> lines = result.out.trimmed().split('\n');
-    ASSERT_EQ(lines.size(), 4);
-    EXPECT_NE(lines.first(), lines.last());
+    ASSERT_EQ(lines.size(), 5);
+    EXPECT_NE(lines.at(0), lines.at(3));
+    const QRegularExpression form(
+        "^4 reads, 0 failures; median (\\d+\\.\\d{3}) ms, p99 (\\d+\\.\\d{3}) ms$");
+    const QRegularExpressionMatch match = form.match(lines.last());
+    ASSERT_TRUE(match.hasMatch()) << lines.last().constData();
+    EXPECT_LE(match.captured(1).toDouble(), match.captured(2).toDouble());
+    EXPECT_GT(match.captured(1).toDouble(), 0);
     EXPECT_EQ(result.exitCode, 0);
+}
+
+TEST_F(CliRead, CsvAndHex) {
+    startController({"--tag", "A:INT=-2", "--tag", "N:STRING=\"a, b\""});
+    const CliResult result =
+        runWith("read", {"--csv", "--hex", "--retry", "0", "INT0:A", "STRING0:N", "DINT0:GONE"});
+    const QList<QByteArray> lines = result.out.split('\n');
+    ASSERT_EQ(lines.size(), 5);
+    EXPECT_EQ(lines.at(0), QByteArray("address,type,ok,ms,value,error"));
+    EXPECT_TRUE(lines.at(1).startsWith("INT0:A,INT,true,")) << lines.at(1).constData();
+    EXPECT_TRUE(lines.at(1).endsWith(",0xFFFE,"));
+    EXPECT_TRUE(lines.at(2).endsWith(",\"a, b\","));
+    EXPECT_TRUE(lines.at(3).startsWith("DINT0:GONE,DINT,false,"));
+    EXPECT_TRUE(lines.at(3).contains(",,read DINT0:GONE> "));
+    EXPECT_EQ(result.exitCode, 1);
+}
+
+TEST_F(CliRead, QuietPrintsErrorsOnly) {
+    startController({"--tag", "A:INT=-2"});
+    const CliResult result = runWith("read", {"--quiet", "--retry", "0", "--repeat", "2",
+                                              "--interval", "0", "INT0:A", "DINT0:GONE"});
+    EXPECT_EQ(result.out, QByteArray());
+    EXPECT_EQ(result.err.count("read DINT0:GONE> "), 2);
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(runWith("read", {"--quiet", "INT0:A"}).exitCode, 0);
 }
 
 TEST_F(CliRead, AControllerThatIsNotThere) {
@@ -131,6 +163,17 @@ TEST_F(CliRead, AControllerThatDoesNotAnswer) {
         << result.err.constData();
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(requests("ReadTag"), 1);
+}
+
+TEST_F(CliRead, TheHostOfTheEnvironment) {
+    startController({"--tag", "A:DINT=7"});
+    environment.insert("MICRO800_HOST", "127.0.0.1");
+    const QStringList port{"--port", QString::number(controller->port())};
+    EXPECT_EQ(run(QStringList{"read", "DINT0:A"} + port).out, QByteArray("DINT0:A = 7\n"));
+    EXPECT_EQ(run(QStringList{"identify"} + port).exitCode, 0);
+    // The one of the command line comes first.
+    environment.insert("MICRO800_HOST", "not a host");
+    EXPECT_EQ(runWith("read", {"DINT0:A"}).out, QByteArray("DINT0:A = 7\n"));
 }
 
 TEST_F(CliRead, WrongUsageSendsNothing) {
@@ -165,6 +208,16 @@ TEST_F(CliRead, OutputThatCannotBeWrittenIsAFailure) {
     const CliResult result = process.finish();
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(result.err, QByteArray("micro800: the output could not be written\n"));
+}
+
+/// Every run gives its connection back: this controller has four, and keeps what nobody closes.
+TEST_F(CliRead, HundredRunsUseUpNoConnection) {
+    startController({"--tag", "D:DINT=42", "--connections", "4", "--keep-connections"});
+    for (int i = 0; i < 100; ++i) {
+        const CliResult result = runWith("read", {"DINT0:D"});
+        ASSERT_EQ(result.exitCode, 0) << i << ": " << result.err.constData();
+        ASSERT_EQ(result.out, QByteArray("DINT0:D = 42\n"));
+    }
 }
 
 }  // namespace

@@ -1,26 +1,16 @@
 // "micro800 watch" against the simulated controller: as lines, as JSON, and as a table in a
 // terminal.
 
-#include <fcntl.h>
-#include <poll.h>
-#include <pty.h>
 #include <signal.h>
-#include <sys/wait.h>
-#include <termios.h>
-#include <unistd.h>
 
-#include <QElapsedTimer>
 #include <QFile>
 #include <QJsonDocument>
 #include <QRegularExpression>
-#include <cstdlib>
-#include <vector>
 
 #include "integration/cli/cli_program.h"
+#include "integration/cli/terminal.h"
 
 namespace {
-
-const int kWaitMs = 30000;
 
 class CliWatch : public CliTest {};
 
@@ -97,6 +87,46 @@ TEST_F(CliWatch, SignalsEndItWithoutFailure) {
     }
 }
 
+TEST_F(CliWatch, WhatIsIgnoredAtTheStartStaysIgnored) {
+    startController({"--tag", "T:DINT=0", "--ramp", "20"});
+    // As nohup does it.
+    const sighandler_t before = ::signal(SIGHUP, SIG_IGN);
+    auto process = start(withController("watch", {"--interval", "50", "DINT0:T"}));
+    ::signal(SIGHUP, before);
+    ASSERT_TRUE(process->hasPrinted(" DINT0:T = ", 3));
+    process->signal(SIGHUP);
+    EXPECT_TRUE(process->hasPrinted(" DINT0:T = ", 30));
+    process->signal(SIGTERM);
+    EXPECT_EQ(process->finish().exitCode, 0);
+}
+
+TEST_F(CliWatch, AnOutputThatTakesNothingEndsIt) {
+    startController({"--tag", "T:DINT=0", "--ramp", "20"});
+    for (const QStringList& form : {QStringList(), QStringList("--json")}) {
+        int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+        ASSERT_GE(full, 0);
+        CliProcess process;
+        ASSERT_TRUE(process.start(program(), withController("watch", form + QStringList("DINT0:T")),
+                                  environment, QString(), full));
+        close(full);
+        const CliResult result = process.finish();
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_EQ(result.err, QByteArray("micro800: the output could not be written\n"));
+    }
+}
+
+TEST_F(CliWatch, AReadThatRepeatsEndsWithItsOutput) {
+    startController({"--tag", "T:DINT=0"});
+    int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+    ASSERT_GE(full, 0);
+    CliProcess process;
+    ASSERT_TRUE(process.start(
+        program(), withController("read", {"--repeat", "1000000", "--interval", "10", "DINT0:T"}),
+        environment, QString(), full));
+    close(full);
+    EXPECT_EQ(process.finish().exitCode, 1);
+}
+
 TEST_F(CliWatch, TellsALossOnceAndTheReturn) {
     startController({"--tag", "T:DINT=7"});
     auto process = start(withController("watch", {"--interval", "50", "--retry", "0", "DINT0:T"}));
@@ -140,6 +170,32 @@ TEST_F(CliWatch, JsonIsOneObjectAChange) {
     EXPECT_EQ(errors, 1);
 }
 
+TEST_F(CliWatch, EndsAfterItsRounds) {
+    startController({"--tag", "T:DINT=0"});
+    const CliResult result = runWith("watch", {"--count", "3", "--interval", "300", "DINT0:T"});
+    EXPECT_EQ(result.exitCode, 0);
+    // Three rounds are two pauses.
+    const QRegularExpression form("\n(\\d+\\.\\d) s: 0 changes, 0 failed reads; ");
+    const double seconds = form.match(result.out).captured(1).toDouble();
+    EXPECT_GE(seconds, 0.6) << result.out.constData();
+    const CliResult bad =
+        runWith("watch", {"--count", "1", "--retry", "0", "--quiet", "DINT0:GONE"});
+    EXPECT_EQ(bad.exitCode, 1);
+    EXPECT_EQ(bad.out, QByteArray());
+}
+
+TEST_F(CliWatch, CsvAndHex) {
+    startController({"--tag", "T:INT=-2"});
+    const CliResult result =
+        runWith("watch", {"--csv", "--hex", "--count", "2", "--interval", "10", "INT0:T"});
+    const QList<QByteArray> lines = result.out.split('\n');
+    ASSERT_EQ(lines.size(), 3) << result.out.constData();
+    EXPECT_EQ(lines.at(0), QByteArray("address,type,ok,ms,value,error,at,source"));
+    const QRegularExpression form(
+        "^INT0:T,INT,true,\\d+\\.\\d{3},0xFFFE,,\\d{4}-.*Z,(cache|controller)$");
+    EXPECT_TRUE(form.match(lines.at(1)).hasMatch()) << lines.at(1).constData();
+}
+
 TEST_F(CliWatch, AReaderThatGoesAwayEndsIt) {
     startController({"--tag", "T:DINT=0", "--ramp", "5"});
     const CliResult result =
@@ -150,100 +206,6 @@ TEST_F(CliWatch, AReaderThatGoesAwayEndsIt) {
 // ---- the table
 // --------------------------------------------------------------------------------------
 
-/// The program on a terminal of its own.
-class Terminal {
- public:
-    Terminal(const QString& program, const QStringList& arguments,
-             const QProcessEnvironment& environment, const char* type) {
-        struct winsize size = {24, 80, 0, 0};
-        std::vector<QByteArray> words = programWords(program, arguments);
-        std::vector<QByteArray> settings;
-        for (const QString& setting : environment.toStringList()) {
-            if (!setting.startsWith("TERM=") && !setting.startsWith("NO_COLOR="))
-                settings.push_back(setting.toUtf8());
-        }
-        settings.push_back(QByteArray("TERM=") + type);
-        m_pid = forkpty(&m_master, nullptr, nullptr, &size);
-        if (m_pid == 0) {
-            execvpe(words[0].constData(), pointersTo(&words).data(), pointersTo(&settings).data());
-            _exit(127);
-        }
-        fcntl(m_master, F_SETFD, FD_CLOEXEC);
-        tcgetattr(m_master, &m_before);
-    }
-    ~Terminal() {
-        if (m_pid > 0) {
-            kill(m_pid, SIGKILL);
-            waitpid(m_pid, nullptr, 0);
-        }
-        close(m_master);
-    }
-
-    /// Waits until the terminal has received `text`.
-    bool shows(const char* text) {
-        QElapsedTimer clock;
-        clock.start();
-        while (!m_screen.contains(text) && clock.elapsed() < kWaitMs)
-            take(100);
-        return m_screen.contains(text);
-    }
-    void press(const char* keys) { ASSERT_GT(write(m_master, keys, strlen(keys)), 0); }
-    void resize(unsigned short rows, unsigned short columns) {
-        struct winsize size = {rows, columns, 0, 0};
-        ioctl(m_master, TIOCSWINSZ, &size);
-    }
-    /// What it has received since the last call.
-    QByteArray takeScreen() {
-        const QByteArray screen = m_screen;
-        m_screen.clear();
-        return screen;
-    }
-    void signal(int number) {
-        if (m_pid > 0)
-            kill(m_pid, number);
-    }
-
-    /// The exit code; -1 when the program ended by a signal or not in time.
-    int wait() {
-        QElapsedTimer clock;
-        clock.start();
-        int status = 0;
-        while (clock.elapsed() < kWaitMs) {
-            take(20);
-            if (waitpid(m_pid, &status, WNOHANG) == m_pid) {
-                m_pid = -1;
-                take(0);
-                return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-            }
-        }
-        return -1;
-    }
-    /// Whether the terminal's modes are what they were before the program.
-    bool isRestored() const {
-        struct termios now;
-        return tcgetattr(m_master, &now) == 0 && now.c_lflag == m_before.c_lflag &&
-               now.c_iflag == m_before.c_iflag && now.c_oflag == m_before.c_oflag;
-    }
-
- private:
-    void take(int ms) {
-        struct pollfd waited = {m_master, POLLIN, 0};
-        while (poll(&waited, 1, ms) > 0 && (waited.revents & POLLIN)) {
-            char buffer[4096];
-            const ssize_t count = read(m_master, buffer, sizeof buffer);
-            if (count <= 0)
-                return;
-            m_screen.append(buffer, static_cast<int>(count));
-            ms = 0;
-        }
-    }
-
-    int m_master = -1;
-    pid_t m_pid = -1;
-    struct termios m_before;
-    QByteArray m_screen;
-};
-
 /// What a terminal of type xterm is told to leave the second screen.
 const char kLeaveScreen[] = "\x1b[?1049l";
 const char kEnterScreen[] = "\x1b[?1049h";
@@ -251,8 +213,9 @@ const char kEnterScreen[] = "\x1b[?1049h";
 class CliTable : public CliWatch {
  protected:
     void SetUp() override {
-        if (!MICRO800_HAS_TABLE)
+        if (!MICRO800_HAS_TABLE) {
             GTEST_SKIP() << "built without the table";
+        }
     }
 };
 
@@ -298,6 +261,17 @@ TEST_F(CliTable, EndsOnQAndOnSigterm) {
     EXPECT_TRUE(bySignal.isRestored());
 }
 
+TEST_F(CliTable, EndsWhenItsTerminalIsGone) {
+    startController({"--tag", "T:DINT=1"});
+    // A hang-up ends the program; one that it ignores leaves it without anybody to talk to.
+    const sighandler_t before = ::signal(SIGHUP, SIG_IGN);
+    Terminal terminal(program(), withController("watch", {"DINT0:T"}), environment, "xterm");
+    ::signal(SIGHUP, before);
+    ASSERT_TRUE(terminal.shows("DINT0:T"));
+    terminal.hangUp();
+    EXPECT_EQ(terminal.wait(), 1);
+}
+
 TEST_F(CliTable, EndsWhileTheControllerIsSilent) {
     startController({"--tag", "T:DINT=1", "--fault", "silence@on=read"});
     Terminal terminal(program(), withController("watch", {"--timeout", "1500", "DINT0:T"}),
@@ -341,8 +315,11 @@ TEST_F(CliTable, ScrollsAListThatIsLongerThanTheScreen) {
     QStringList tags;
     QStringList addresses;
     for (int i = 0; i < 40; ++i) {
-        tags << "--tag" << QString("TAG%1:DINT=%2").arg(i).arg(7000 + i);
-        addresses << QString("DINT0:TAG%1").arg(i);
+        // Only what differs from the row before is drawn anew: this name differs in every
+        // character.
+        const QString name = i == 19 ? QString("NINETEEN") : QString("TAG%1").arg(i);
+        tags << "--tag" << QString("%1:DINT=%2").arg(name).arg(7000 + i);
+        addresses << "DINT0:" + name;
     }
     startController(tags);
     Terminal terminal(program(),
@@ -350,7 +327,7 @@ TEST_F(CliTable, ScrollsAListThatIsLongerThanTheScreen) {
                       environment, "xterm");
     ASSERT_TRUE(terminal.shows("1 to 19 of 40"));
     terminal.press("\x1bOB");  // arrow down
-    EXPECT_TRUE(terminal.shows("TAG19"));
+    EXPECT_TRUE(terminal.shows("NINETEEN"));
     terminal.press("q");
     EXPECT_EQ(terminal.wait(), 0);
 }
@@ -362,6 +339,17 @@ TEST_F(CliTable, ATerminalThatIsNotKnownGetsLines) {
     terminal.press("\x03");
     EXPECT_EQ(terminal.wait(), 0);
     EXPECT_FALSE(terminal.takeScreen().contains(kEnterScreen));
+}
+
+TEST_F(CliTable, ADumbTerminalGetsPlainLines) {
+    startController({"--tag", "T:DINT=55"});
+    Terminal terminal(program(), withController("watch", {"--duration", "0.3", "DINT0:T"}),
+                      environment, "dumb");
+    EXPECT_EQ(terminal.wait(), 0);
+    const QByteArray screen = terminal.takeScreen();
+    EXPECT_TRUE(screen.contains(" DINT0:T = 55")) << screen.constData();
+    EXPECT_FALSE(screen.contains("ADDRESS"));
+    EXPECT_FALSE(screen.contains("\x1b"));
 }
 
 TEST_F(CliTable, PlainAndJsonAndOnceNeverDrawIt) {

@@ -54,6 +54,51 @@ TEST_F(CliWrite, SeveralValuesGoToSuccessiveElementsInOneRequest) {
               QByteArray("INT0:A[0] = 1 -20 30 -40 5\n"));
 }
 
+TEST_F(CliWrite, AssignmentsGoOutInTheirOrder) {
+    startController({"--tag", "D:DINT=0", "--tag", "A:INT[0..3]=0,0,0,0", "--tag", "B:BOOL=0",
+                     "--tag", "N:STRING=old", "--tag", "R:REAL=0"});
+    const QString file = fileWith("values", "# start\nREAL0:R = -0.5\nSTRING0:N = a, b=c # name\n");
+    const CliResult result =
+        runWith("write", {"DINT0:D=-5", "INT0:A[1]=1, -2,0x3", "BOOL0:B=on", "@" + file});
+    EXPECT_EQ(result.err, QByteArray());
+    EXPECT_EQ(result.out, QByteArray("DINT0:D = -5\nINT0:A[1] = 1 -2 3\nBOOL0:B = true\n"
+                                     "REAL0:R = -0.5\nSTRING0:N = \"a, b=c\"\n"));
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(controller->command("get A"), "ok 0,1,-2,3");
+    EXPECT_EQ(requests("WriteTag"), 5);
+    // The present form keeps an equals sign in a value.
+    EXPECT_EQ(runWith("write", {"STRING0:N", "x=1"}).out, QByteArray("STRING0:N = \"x=1\"\n"));
+}
+
+TEST_F(CliWrite, NothingIsSentBeforeAllAreChecked) {
+    startController({"--tag", "D:DINT=0", "--tag", "A:DINT[0..9]=1"});
+    QStringList many;
+    for (int i = 0; i < 257; ++i) {
+        many << "7";
+    }
+    for (const QString& last : {QString("DINT0:D=x"), "DINT0:A[0]=" + many.join(',')}) {
+        const CliResult result = runWith("write", {"DINT0:D=1", last});
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_EQ(result.out, QByteArray());
+    }
+    EXPECT_EQ(controller->log().size(), 0);
+}
+
+TEST_F(CliWrite, AfterAFailureTheRestIsNotWritten) {
+    startController({"--tag", "A:DINT=0", "--tag", "B:INT=0", "--tag", "C:DINT=0"});
+    const CliResult result = runWith("write", {"DINT0:A=1", "DINT0:B=2", "DINT0:C=3", "DINT0:A=4"});
+    EXPECT_EQ(result.out, QByteArray("DINT0:A = 1\n"));
+    EXPECT_TRUE(result.err.startsWith("write DINT0:B> ")) << result.err.constData();
+    EXPECT_TRUE(
+        result.err.endsWith("micro800: not written, since the write before failed: "
+                            "DINT0:C, DINT0:A\n"))
+        << result.err.constData();
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(controller->command("get C"), "ok 0");
+    const CliResult json = runWith("write", {"--json", "DINT0:B=2", "DINT0:C=3"});
+    EXPECT_EQ(json.out.count("\"ok\":false"), 2) << json.out.constData();
+}
+
 TEST_F(CliWrite, WhatDoesNotFitIsNotSent) {
     startController({"--tag", "X:DINT=1", "--tag", "B:BOOL=1", "--tag", "A:INT[0..2]=1,2,3"});
     const QStringList lines[] = {

@@ -49,8 +49,9 @@ class DirectTransport : public testing::Test {
     /// A controller with the tag COUNTER, and a connection that is open.
     void openWith(const QStringList& options) {
         start(QStringList{"--tag", "COUNTER:DINT=42", "--tag", "OTHER:DINT=7"} + options);
-        if (!HasFatalFailure())
+        if (!HasFatalFailure()) {
             open();
+        }
     }
 
     /// The elements of a DINT tag; empty when it cannot be read.
@@ -58,8 +59,9 @@ class DirectTransport : public testing::Test {
         const std::unique_ptr<_LGX_Read, void (*)(_LGX_Read*)> value(
             _ReadLgxData(session, connection, tag, count), _FreeLGXRead);
         Numbers numbers;
-        for (int i = 0; value && i < value->count; ++i)
+        for (int i = 0; value && i < value->count; ++i) {
             numbers.push_back(static_cast<int>(GetLGXValueAsUInt32(value.get(), i)));
+        }
         return numbers;
     }
     /// Reads what cannot be read and gives back "type number extended" of the error.
@@ -93,8 +95,9 @@ TEST_F(DirectTransport, ReadsAndWritesATag) {
     connection = nullptr;
     EXPECT_EQ(24, _UnRegisterSession(session));
     QStringList services;
-    for (const QJsonObject& request : simulator->log())
+    for (const QJsonObject& request : simulator->log()) {
         services << request["service"].toString();
+    }
     EXPECT_EQ("|ForwardOpen|ReadTag|WriteTag|ReadTag|ForwardClose",
               services.mid(0, 6).join('|').toStdString());
 }

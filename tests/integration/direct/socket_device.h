@@ -11,8 +11,8 @@ class SocketDevice : public ByteStreamDevice {
     SocketDevice(const SocketDevice&) = delete;
     SocketDevice& operator=(const SocketDevice&) = delete;
 
-    bool isConnected() const { return m_socket >= 0; }
-    void setReadTimeout(int ms) { m_readTimeoutMs = ms; }
+    bool isConnected() const { return descriptor >= 0; }
+    void setReadTimeout(int ms) { readTimeoutMs = ms; }
 
     /// Waits for all of it. Fewer bytes, or 0, when time is up (ETIMEDOUT) or the peer has closed
     /// (ECONNRESET; -1 when nothing came before).
@@ -25,8 +25,8 @@ class SocketDevice : public ByteStreamDevice {
     bool isReadable(int ms) const;
 
  private:
-    int m_socket;
-    int m_readTimeoutMs;
+    int descriptor;
+    int readTimeoutMs;
 };
 
 #endif

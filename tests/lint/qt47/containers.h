@@ -95,6 +95,24 @@ class QList {
     QSet<T> toSet() const;
 };
 
+template <typename Key, typename T>
+class QMap {
+ public:
+    struct iterator {
+        const Key& key() const;
+        T& value() const;
+    };
+    QMap();
+    QMap(const QMap& other);
+    ~QMap();
+    QMap& operator=(const QMap& other);
+    int size() const;
+    bool isEmpty() const;
+    bool contains(const Key& key) const;
+    iterator insert(const Key& key, const T& value);
+    const T value(const Key& key) const;
+};
+
 class QStringList : public QList<QString> {
  public:
     QStringList();

@@ -9,15 +9,16 @@ struct QMetaObject;
 class QObject;
 
 #define QT_TR_FUNCTIONS static QString tr(const char* s, const char* c = 0);
-#define Q_OBJECT                                           \
-  public:                                                  \
-    static const QMetaObject staticMetaObject;             \
-    virtual const QMetaObject* metaObject() const;         \
-    virtual void* qt_metacast(const char*);                \
-    virtual int qt_metacall(int, int, void**);             \
-    QT_TR_FUNCTIONS                                        \
-  private:
+#define Q_OBJECT                                   \
+ public:                                           \
+    static const QMetaObject staticMetaObject;     \
+    virtual const QMetaObject* metaObject() const; \
+    virtual void* qt_metacast(const char*);        \
+    virtual int qt_metacall(int, int, void**);     \
+    QT_TR_FUNCTIONS                                \
+ private:
 #define Q_INTERFACES(x)
+#define Q_PROPERTY(text)
 #define Q_CLASSINFO(name, value)
 #define Q_SIGNALS protected
 #define Q_SLOTS
@@ -27,14 +28,14 @@ class QObject;
 #define SIGNAL(a) "2" #a
 #define SLOT(a) "1" #a
 #define Q_EXPORT_PLUGIN2(name, Class)
-#define Q_DECLARE_INTERFACE(Interface, id)                       \
-    template <>                                                  \
-    inline const char* qobject_interface_iid<Interface*>() {     \
-        return id;                                               \
-    }                                                            \
-    template <>                                                  \
+#define Q_DECLARE_INTERFACE(Interface, id)                        \
+    template <>                                                   \
+    inline const char* qobject_interface_iid<Interface*>() {      \
+        return id;                                                \
+    }                                                             \
+    template <>                                                   \
     inline Interface* qobject_cast<Interface*>(QObject * object); \
-    template <>                                                  \
+    template <>                                                   \
     inline Interface* qobject_cast<Interface*>(const QObject* object);
 
 template <typename T>
@@ -70,7 +71,7 @@ class QObject {
     bool inherits(const char* className) const;
     void deleteLater();
 
-  private:
+ private:
     QObject(const QObject&);
     QObject& operator=(const QObject&);
 };
@@ -101,7 +102,7 @@ class QMutex {
     bool tryLock(int timeout);
     void unlock();
 
-  private:
+ private:
     QMutex(const QMutex&);
     QMutex& operator=(const QMutex&);
 };
@@ -113,7 +114,7 @@ class QMutexLocker {
     void unlock();
     void relock();
 
-  private:
+ private:
     QMutexLocker(const QMutexLocker&);
     QMutexLocker& operator=(const QMutexLocker&);
 };
@@ -143,7 +144,7 @@ class QThread : public QObject {
     void quit();
     bool wait(unsigned long time = (~0ul));
 
-  protected:
+ protected:
     virtual void run();
     int exec();
     static void sleep(unsigned long);
@@ -311,6 +312,9 @@ class QFile : public QIODevice {
     static bool exists(const QString& fileName);
     bool open(OpenMode flags);
     QString fileName() const;
+    static bool remove(const QString& fileName);
+    static QByteArray encodeName(const QString& fileName);
+    static QString decodeName(const QByteArray& localFileName);
 };
 
 class QFileInfo {
@@ -328,6 +332,10 @@ class QFileInfo {
 
 class QDir {
  public:
+    enum Filter { Dirs = 1, Files = 2, Hidden = 0x100 };
+    typedef QFlags<Filter> Filters;
+    enum SortFlag { Name = 0, Time = 1, NoSort = -1 };
+    typedef QFlags<SortFlag> SortFlags;
     QDir(const QString& path = QString());
     QString path() const;
     QString absolutePath() const;
@@ -339,10 +347,17 @@ class QDir {
     bool cdUp();
     bool exists() const;
     bool exists(const QString& name) const;
+    QStringList entryList(Filters filters, SortFlags sort = NoSort) const;
+    QStringList entryList(const QStringList& nameFilters, Filters filters,
+                          SortFlags sort = NoSort) const;
+    bool mkpath(const QString& dirPath) const;
     static QString currentPath();
     static QDir current();
     static QString cleanPath(const QString& path);
 };
+
+class QVariant;
+typedef QMap<QString, QVariant> QVariantMap;
 
 class QVariant {
  public:
@@ -351,6 +366,8 @@ class QVariant {
     QVariant(uint i);
     QVariant(qlonglong i);
     QVariant(bool b);
+    QVariant(double d);
+    QVariant(const QVariantMap& map);
     QVariant(const char* s);
     QVariant(const QByteArray& a);
     QVariant(const QString& s);
@@ -393,12 +410,15 @@ class QSqlDatabase {
     QString databaseName() const;
     QString connectionName() const;
     void setConnectOptions(const QString& options = QString());
-    static QSqlDatabase addDatabase(const QString& type,
-                                    const QString& connectionName = QLatin1String("qt_sql_default_connection"));
+    static QSqlDatabase addDatabase(
+        const QString& type,
+        const QString& connectionName = QLatin1String("qt_sql_default_connection"));
     static QSqlDatabase database(
-        const QString& connectionName = QLatin1String("qt_sql_default_connection"), bool open = true);
+        const QString& connectionName = QLatin1String("qt_sql_default_connection"),
+        bool open = true);
     static void removeDatabase(const QString& connectionName);
-    static bool contains(const QString& connectionName = QLatin1String("qt_sql_default_connection"));
+    static bool contains(
+        const QString& connectionName = QLatin1String("qt_sql_default_connection"));
     static QStringList connectionNames();
     static QStringList drivers();
     static bool isDriverAvailable(const QString& name);

@@ -236,8 +236,8 @@ class QCharRef {
     char toLatin1() const;
 };
 
-// Left out here: what takes plain characters for text, and text for plain characters. Qt 4.7 reads them as
-// Latin-1 and Qt 5 as UTF-8; the product says which it means.
+// Left out here: what takes plain characters for text, and text for plain characters. Qt 4.7 reads
+// them as Latin-1 and Qt 5 as UTF-8; the product says which it means.
 class QString {
  public:
     typedef QChar* iterator;
@@ -278,14 +278,22 @@ class QString {
     QCharRef operator[](int i);
     const QChar operator[](uint i) const;
     QCharRef operator[](uint i);
-    QString arg(qlonglong a, int fieldwidth = 0, int base = 10, const QChar& fill = QLatin1Char(' ')) const;
-    QString arg(qulonglong a, int fieldwidth = 0, int base = 10, const QChar& fill = QLatin1Char(' ')) const;
-    QString arg(long a, int fieldwidth = 0, int base = 10, const QChar& fill = QLatin1Char(' ')) const;
-    QString arg(ulong a, int fieldwidth = 0, int base = 10, const QChar& fill = QLatin1Char(' ')) const;
-    QString arg(int a, int fieldWidth = 0, int base = 10, const QChar& fill = QLatin1Char(' ')) const;
-    QString arg(uint a, int fieldWidth = 0, int base = 10, const QChar& fill = QLatin1Char(' ')) const;
-    QString arg(short a, int fieldWidth = 0, int base = 10, const QChar& fill = QLatin1Char(' ')) const;
-    QString arg(ushort a, int fieldWidth = 0, int base = 10, const QChar& fill = QLatin1Char(' ')) const;
+    QString arg(qlonglong a, int fieldwidth = 0, int base = 10,
+                const QChar& fill = QLatin1Char(' ')) const;
+    QString arg(qulonglong a, int fieldwidth = 0, int base = 10,
+                const QChar& fill = QLatin1Char(' ')) const;
+    QString arg(long a, int fieldwidth = 0, int base = 10,
+                const QChar& fill = QLatin1Char(' ')) const;
+    QString arg(ulong a, int fieldwidth = 0, int base = 10,
+                const QChar& fill = QLatin1Char(' ')) const;
+    QString arg(int a, int fieldWidth = 0, int base = 10,
+                const QChar& fill = QLatin1Char(' ')) const;
+    QString arg(uint a, int fieldWidth = 0, int base = 10,
+                const QChar& fill = QLatin1Char(' ')) const;
+    QString arg(short a, int fieldWidth = 0, int base = 10,
+                const QChar& fill = QLatin1Char(' ')) const;
+    QString arg(ushort a, int fieldWidth = 0, int base = 10,
+                const QChar& fill = QLatin1Char(' ')) const;
     QString arg(double a, int fieldWidth = 0, char fmt = 'g', int prec = -1,
                 const QChar& fill = QLatin1Char(' ')) const;
     QString arg(char a, int fieldWidth = 0, const QChar& fill = QLatin1Char(' ')) const;
@@ -297,10 +305,12 @@ class QString {
     QString& sprintf(const char* format, ...) __attribute__((format(printf, 2, 3)));
     int indexOf(QChar c, int from = 0, Qt::CaseSensitivity cs = Qt::CaseSensitive) const;
     int indexOf(const QString& s, int from = 0, Qt::CaseSensitivity cs = Qt::CaseSensitive) const;
-    int indexOf(const QLatin1String& s, int from = 0, Qt::CaseSensitivity cs = Qt::CaseSensitive) const;
+    int indexOf(const QLatin1String& s, int from = 0,
+                Qt::CaseSensitivity cs = Qt::CaseSensitive) const;
     int indexOf(const QRegExp&, int from = 0) const;
     int lastIndexOf(QChar c, int from = -1, Qt::CaseSensitivity cs = Qt::CaseSensitive) const;
-    int lastIndexOf(const QString& s, int from = -1, Qt::CaseSensitivity cs = Qt::CaseSensitive) const;
+    int lastIndexOf(const QString& s, int from = -1,
+                    Qt::CaseSensitivity cs = Qt::CaseSensitive) const;
     bool contains(QChar c, Qt::CaseSensitivity cs = Qt::CaseSensitive) const;
     bool contains(const QString& s, Qt::CaseSensitivity cs = Qt::CaseSensitive) const;
     bool contains(const QRegExp& rx) const;

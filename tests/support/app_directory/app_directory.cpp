@@ -20,6 +20,9 @@
 namespace {
 
 const char kMarker[] = "TEST_APP_DIRECTORY";
+// Names of database connections.
+const char kWriter[] = "project-writer";
+const char kLocker[] = "project-locker";
 
 std::string ownPath() {
     char path[PATH_MAX];
@@ -27,8 +30,8 @@ std::string ownPath() {
     return length > 0 ? std::string(path, static_cast<size_t>(length)) : std::string();
 }
 
-/// Replaces this process; only returns when that is impossible. Where programs run under an emulator
-/// that the kernel does not know, MICRO800_EMULATOR holds its command.
+/// Replaces this process; only returns when that is impossible. Where programs run under an
+/// emulator that the kernel does not know, MICRO800_EMULATOR holds its command.
 void execute(const std::string& program, char** argv) {
     const QByteArray emulator = qgetenv("MICRO800_EMULATOR");
     if (emulator.isEmpty()) {
@@ -72,6 +75,13 @@ QString databasePath() {
     return QCoreApplication::applicationDirPath() + "/compile/database/database";
 }
 
+QSqlDatabase openToWrite(const char* connection) {
+    QSqlDatabase database = QSqlDatabase::addDatabase("QSQLITE", connection);
+    database.setDatabaseName(databasePath());
+    EXPECT_TRUE(database.open()) << database.lastError().text().toStdString();
+    return database;
+}
+
 }  // namespace
 
 int runTestsInOwnAppDirectory(int argc, char** argv) {
@@ -100,14 +110,13 @@ QString writeProjectDatabase(const QStringList& addresses, int connectorId) {
     QDir().mkpath(QFileInfo(path).path());
     QFile::remove(path);
     {
-        QSqlDatabase database = QSqlDatabase::addDatabase("QSQLITE", "project-writer");
-        database.setDatabaseName(path);
-        EXPECT_TRUE(database.open()) << database.lastError().text().toStdString();
+        QSqlDatabase database = openToWrite(kWriter);
         QSqlQuery query(database);
         EXPECT_TRUE(query.exec("CREATE TABLE custom_tag_table (address TEXT, connector_id INT)"));
         EXPECT_TRUE(query.exec("CREATE TABLE LINK (LINKID INT, HMIPORT INT)"));
-        EXPECT_TRUE(query.exec("CREATE TABLE NODE (LINKID INT, STATIONID INT, IP TEXT, "
-                               "PORT INT, ISDEFAULT INT)"));
+        EXPECT_TRUE(
+            query.exec("CREATE TABLE NODE (LINKID INT, STATIONID INT, IP TEXT, "
+                       "PORT INT, ISDEFAULT INT)"));
         for (const QString& address : addresses) {
             query.prepare("INSERT INTO custom_tag_table VALUES (?, ?)");
             query.addBindValue(address);
@@ -115,8 +124,32 @@ QString writeProjectDatabase(const QStringList& addresses, int connectorId) {
             EXPECT_TRUE(query.exec());
         }
     }
-    QSqlDatabase::removeDatabase("project-writer");
+    QSqlDatabase::removeDatabase(kWriter);
     return path;
 }
 
-void removeProjectDatabase() { QFile::remove(databasePath()); }
+void removeProjectDatabase() {
+    QFile::remove(databasePath());
+}
+
+QString changeProjectDatabase(const QStringList& statements) {
+    {
+        QSqlDatabase database = openToWrite(kWriter);
+        for (const QString& statement : statements) {
+            QSqlQuery query(database);
+            EXPECT_TRUE(query.exec(statement)) << query.lastError().text().toStdString();
+        }
+    }
+    QSqlDatabase::removeDatabase(kWriter);
+    return databasePath();
+}
+
+ProjectLock::ProjectLock() {
+    QSqlQuery query(openToWrite(kLocker));
+    EXPECT_TRUE(query.exec("BEGIN EXCLUSIVE")) << query.lastError().text().toStdString();
+}
+
+ProjectLock::~ProjectLock() {
+    QSqlDatabase::database(kLocker, false).close();
+    QSqlDatabase::removeDatabase(kLocker);
+}

@@ -17,4 +17,17 @@ QString writeProjectDatabase(const QStringList& addresses, int connectorId = 1);
 /// Removes the database, so that opening it fails.
 void removeProjectDatabase();
 
+/// Runs SQL statements on that database, one after the other; the file is made when it is missing.
+/// Returns its path.
+QString changeProjectDatabase(const QStringList& statements);
+
+/// While it lives, nobody else can read that database.
+class ProjectLock {
+ public:
+    ProjectLock();
+    ~ProjectLock();
+    ProjectLock(const ProjectLock&) = delete;
+    ProjectLock& operator=(const ProjectLock&) = delete;
+};
+
 #endif

@@ -9,8 +9,8 @@
 
 namespace {
 
-unsigned char* bytesOf(QByteArray& data) {
-    return reinterpret_cast<unsigned char*>(data.data());
+unsigned char* bytesOf(QByteArray* data) {
+    return reinterpret_cast<unsigned char*>(data->data());
 }
 
 // --- bits of a value
@@ -26,8 +26,9 @@ TYPED_TEST(BitsOfAValue, SetAndClearEachBit) {
         TypeParam value = 0;
         setBit(value, bit);
         EXPECT_EQ(Q_UINT64_C(1) << bit, value) << bit;
-        for (int other = 0; other < width; ++other)
+        for (int other = 0; other < width; ++other) {
             EXPECT_EQ(other == bit, getBit(value, other)) << bit << " " << other;
+        }
         value = static_cast<TypeParam>(~TypeParam(0));
         clearBit(value, bit);
         EXPECT_EQ(static_cast<TypeParam>(~(Q_UINT64_C(1) << bit)), value) << bit;
@@ -128,18 +129,21 @@ TEST(CopyBits, OverlappingAsIfThroughASecondBuffer) {
     std::mt19937 random(1);
     for (int round = 0; round < 2000; ++round) {
         QByteArray data(6, '\0');
-        for (int i = 0; i < data.size(); ++i)
+        for (int i = 0; i < data.size(); ++i) {
             data[i] = static_cast<char>(random());
+        }
         const int count = static_cast<int>(random() % 49);
         const int to = static_cast<int>(random() % (49 - count));
         const int from = static_cast<int>(random() % (49 - count));
         std::vector<bool> expected(48);
-        for (int i = 0; i < 48; ++i)
+        for (int i = 0; i < 48; ++i) {
             expected[i] = getBit(data, i >= to && i < to + count ? from + i - to : i);
-        unsigned char* bytes = bytesOf(data);
+        }
+        unsigned char* bytes = bytesOf(&data);
         CopyBits(bytes, to, bytes, from, count);
-        for (int i = 0; i < 48; ++i)
+        for (int i = 0; i < 48; ++i) {
             ASSERT_EQ(expected[i], getBit(data, i)) << to << " " << from << " " << count;
+        }
     }
 }
 
@@ -186,7 +190,7 @@ TEST(RightShiftNBits, MovesBitsDown) {
     };
     for (const auto& row : rows) {
         QByteArray data = hex("81c3f0ffffff");  // the bytes behind the three must not come in
-        RightShiftNBits(bytesOf(data), 3, row.bits);
+        RightShiftNBits(bytesOf(&data), 3, row.bits);
         EXPECT_STREQ(row.result, data.left(3).toHex().constData()) << row.bits;
         EXPECT_STREQ("ffffff", data.mid(3).toHex().constData()) << row.bits;
     }
@@ -209,9 +213,10 @@ TEST(FitBitArray, CutsFillsAndClears) {
         {"ffff", 9, "ff01"}, {"ffff", 16, "ffff"}, {"ffff", 17, "ffff00"},
         {"", 3, "00"},       {"", 0, ""},          {"ffff", 33, "ffff000000"},
     };
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
         EXPECT_STREQ(row.result, FitBitArray(hex(row.data), row.bits).toHex().constData())
             << row.data << " " << row.bits;
+    }
 }
 
 TEST(ClearUnnecessaryBits, KeepsTheSize) {

@@ -35,8 +35,9 @@ TEST(Bytes, BytesOfValues) {
 }
 
 TEST(Bytes, ThereAndBack) {
-    for (qint32 value : {0, 1, -1, 0x7FFFFFFF, -0x7FFFFFFF - 1, 0x12345678})
+    for (qint32 value : {0, 1, -1, 0x7FFFFFFF, -0x7FFFFFFF - 1, 0x12345678}) {
         EXPECT_EQ(value, QByteArrayToInt(intToByteArray(value)));
+    }
     for (int value = 0; value <= 0xFFFF; ++value) {
         const quint16 word = static_cast<quint16>(value);
         ASSERT_EQ(word, QByteArrayToWord(wordToByteArray(word)));

@@ -60,10 +60,11 @@ TEST(CommandData, BitData) {
         {6, 100, "ffff", "ff"},
         {6, 0xFFFFFFFFu, "ffff", "ff"},
     };
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
         EXPECT_STREQ(row.result,
                      getBitData(command(row.kind, row.count), hex(row.data)).toHex().constData())
             << row.kind << " " << row.count << " " << row.data;
+    }
 }
 
 TEST(CommandData, SafeLengthIsInQuadWords) {
@@ -78,9 +79,10 @@ TEST(CommandData, SafeLengthIsInQuadWords) {
         {6, 5, 8},           {1, 65535, 65536},   {1, 65536, 65536},   {1, 65537, 0},
         {2, 0x80000001u, 0}, {5, 0xFFFFFFFFu, 0}, {0, 0xFFFFFFFFu, 0},
     };
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
         EXPECT_EQ(row.length, GetSafeDataLen(command(row.kind, row.count)))
             << row.kind << " " << row.count;
+    }
 }
 
 TEST(CommandData, SafeDataIsTheCommandsDataAndZeros) {
@@ -98,10 +100,11 @@ TEST(CommandData, SafeDataIsTheCommandsDataAndZeros) {
         {1, 0, "01", ""},
         {5, 0xFFFFFFFFu, "01", ""},
     };
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
         EXPECT_STREQ(row.result,
                      ToSafeData(command(row.kind, row.count), hex(row.data)).toHex().constData())
             << row.kind << " " << row.count << " " << row.data;
+    }
 }
 
 TEST(CommandData, ANegativeSizeIsRefused) {

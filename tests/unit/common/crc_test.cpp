@@ -10,8 +10,9 @@ const char kCheckText[] = "123456789";
 template <typename Crc>
 Crc over(Crc (*step)(Crc, unsigned char), Crc initial) {
     Crc crc = initial;
-    for (const char* c = kCheckText; *c != '\0'; ++c)
+    for (const char* c = kCheckText; *c != '\0'; ++c) {
         crc = step(crc, static_cast<unsigned char>(*c));
+    }
     return crc;
 }
 
@@ -34,8 +35,9 @@ TEST(Crc, CheckValuesOfTheSixteenBitCrcs) {
         {"CRC-16/IBM-SDLC", update_crc_kermit, 0xFFFF, 0xFFFF, 0x906E},
         {"CRC-16/DNP", update_crc_dnp, 0x0000, 0xFFFF, 0xEA82},
     };
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
         EXPECT_EQ(row.check, over(row.step, row.initial) ^ row.finalXor) << row.name;
+    }
 }
 
 TEST(Crc, CheckValuesOfTheThirtyTwoBitCrcs) {
@@ -57,15 +59,17 @@ TEST(Crc, CheckValueOfSick) {
 /// One step by the definition, bit by bit.
 quint32 reflectedByBits(quint32 crc, unsigned char byte, quint32 polynomial) {
     crc ^= byte;
-    for (int bit = 0; bit < 8; ++bit)
+    for (int bit = 0; bit < 8; ++bit) {
         crc = crc & 1 ? crc >> 1 ^ polynomial : crc >> 1;
+    }
     return crc;
 }
 
 quint16 forwardByBits(quint16 crc, unsigned char byte, quint16 polynomial) {
     unsigned int value = crc ^ static_cast<unsigned int>(byte) << 8;
-    for (int bit = 0; bit < 8; ++bit)
+    for (int bit = 0; bit < 8; ++bit) {
         value = value & 0x8000 ? value << 1 ^ polynomial : value << 1;
+    }
     return static_cast<quint16>(value);
 }
 
@@ -80,8 +84,9 @@ TEST(Crc, EveryByteStepsByTheDefinition) {
             EXPECT_EQ(reflectedByBits(crc, byte, 0xA6BC), update_crc_dnp(crc, byte));
             EXPECT_EQ(forwardByBits(crc, byte, 0x1021), update_crc_ccitt(crc, byte));
         }
-        for (quint32 crc : doubles)
+        for (quint32 crc : doubles) {
             EXPECT_EQ(reflectedByBits(crc, byte, 0xEDB88320u), update_crc_32(crc, byte));
+        }
     }
 }
 

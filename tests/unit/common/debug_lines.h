@@ -10,9 +10,9 @@ class DebugLines {
  public:
     DebugLines() {
         lines().clear();
-        previous_ = qInstallMessageHandler(&DebugLines::take);
+        previous = qInstallMessageHandler(&DebugLines::take);
     }
-    ~DebugLines() { qInstallMessageHandler(previous_); }
+    ~DebugLines() { qInstallMessageHandler(previous); }
     DebugLines(const DebugLines&) = delete;
     DebugLines& operator=(const DebugLines&) = delete;
 
@@ -24,11 +24,12 @@ class DebugLines {
         return list;
     }
     static void take(QtMsgType type, const QMessageLogContext&, const QString& text) {
-        if (type == QtDebugMsg)
+        if (type == QtDebugMsg) {
             lines().append(text);
+        }
     }
 
-    QtMessageHandler previous_;
+    QtMessageHandler previous;
 };
 
 #endif

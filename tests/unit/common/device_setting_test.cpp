@@ -18,9 +18,10 @@ DeviceSetting serialDefault() {
 
 DeviceSetting withEntries(int count) {
     DeviceSetting setting = serialDefault();
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         setting.socketList.append(DeviceSetting::SocketData(
             QString("192.168.1.%1").arg(10 + i), static_cast<unsigned short>(44818 + i)));
+    }
     return setting;
 }
 
@@ -36,39 +37,39 @@ QByteArray streamed(const DeviceSetting& setting) {
     return out;
 }
 
-QDataStream::Status readFrom(const QByteArray& data, DeviceSetting& setting) {
+QDataStream::Status readFrom(const QByteArray& data, DeviceSetting* setting) {
     QDataStream stream(data);
     stream.setVersion(QDataStream::Qt_4_7);
-    stream >> setting;
+    stream >> *setting;
     return stream.status();
 }
 
 /// Hands out its bytes like a pipe: no size, no position.
 class SequentialBytes : public QIODevice {
  public:
-    explicit SequentialBytes(const QByteArray& data) : data_(data) {
+    explicit SequentialBytes(const QByteArray& bytes) : data(bytes) {
         open(QIODevice::ReadOnly | QIODevice::Unbuffered);
     }
     bool isSequential() const override { return true; }
-    qint64 bytesAvailable() const override { return data_.size() + QIODevice::bytesAvailable(); }
+    qint64 bytesAvailable() const override { return data.size() + QIODevice::bytesAvailable(); }
 
  protected:
     qint64 readData(char* out, qint64 max) override {
-        const qint64 taken = qMin<qint64>(max, data_.size());
-        std::memcpy(out, data_.constData(), static_cast<size_t>(taken));
-        data_.remove(0, static_cast<int>(taken));
+        const qint64 taken = qMin<qint64>(max, data.size());
+        std::memcpy(out, data.constData(), static_cast<size_t>(taken));
+        data.remove(0, static_cast<int>(taken));
         return taken;
     }
     qint64 writeData(const char*, qint64) override { return -1; }
 
  private:
-    QByteArray data_;
+    QByteArray data;
 };
 
 /// Says that there is more, and never has any: a medium that fails under the reader.
 class FailingAfter : public QIODevice {
  public:
-    explicit FailingAfter(const QByteArray& data) : data_(data) {
+    explicit FailingAfter(const QByteArray& bytes) : data(bytes) {
         open(QIODevice::ReadOnly | QIODevice::Unbuffered);
     }
     bool isSequential() const override { return true; }
@@ -76,17 +77,18 @@ class FailingAfter : public QIODevice {
 
  protected:
     qint64 readData(char* out, qint64 max) override {
-        if (data_.isEmpty())
+        if (data.isEmpty()) {
             return -1;
-        const qint64 taken = qMin<qint64>(max, data_.size());
-        std::memcpy(out, data_.constData(), static_cast<size_t>(taken));
-        data_.remove(0, static_cast<int>(taken));
+        }
+        const qint64 taken = qMin<qint64>(max, data.size());
+        std::memcpy(out, data.constData(), static_cast<size_t>(taken));
+        data.remove(0, static_cast<int>(taken));
         return taken;
     }
     qint64 writeData(const char*, qint64) override { return -1; }
 
  private:
-    QByteArray data_;
+    QByteArray data;
 };
 
 // Every field but the list: type 32, "COM2", 9600, 8, 1, 2, extra 7, link 5, and index 1.
@@ -341,7 +343,7 @@ TEST(DeviceSetting, ByteOrderIsTheStreams) {
 
 TEST(DeviceSetting, AFreshRecordReadsAllButTheIndex) {
     DeviceSetting setting(static_cast<device_type>(0), "old", 1, 1, 1, 1, 1, "own text");
-    ASSERT_EQ(QDataStream::Ok, readFrom(bytes(kHead) + bytes(kTwoEntries), setting));
+    ASSERT_EQ(QDataStream::Ok, readFrom(bytes(kHead) + bytes(kTwoEntries), &setting));
     expectGoldenNumbers(setting);
     EXPECT_EQ(0, setting.currentIPIndex);
     EXPECT_EQ("own text", setting.extraText.toStdString());
@@ -355,7 +357,7 @@ TEST(DeviceSetting, AFreshRecordReadsAllButTheIndex) {
 TEST(DeviceSetting, ARecordWithAListAsLongKeepsTheIndex) {
     for (int held : {2, 3, 5}) {
         DeviceSetting setting = withEntries(held);
-        ASSERT_EQ(QDataStream::Ok, readFrom(bytes(kHead) + bytes(kTwoEntries), setting));
+        ASSERT_EQ(QDataStream::Ok, readFrom(bytes(kHead) + bytes(kTwoEntries), &setting));
         EXPECT_EQ(1, setting.currentIPIndex) << held;
         EXPECT_EQ("10.0.0.2", setting.socketIP().toStdString()) << held;
         EXPECT_EQ(2, setting.socketList.size()) << held;
@@ -365,12 +367,12 @@ TEST(DeviceSetting, ARecordWithAListAsLongKeepsTheIndex) {
 TEST(DeviceSetting, TheIndexIsTestedAgainstTheOldList) {
     // The old list takes index 1, the new one is empty.
     DeviceSetting setting = withEntries(2);
-    readFrom(bytes(kHead) + bytes("00000000"), setting);
+    readFrom(bytes(kHead) + bytes("00000000"), &setting);
     EXPECT_EQ(1, setting.currentIPIndex);
     EXPECT_TRUE(setting.socketList.isEmpty());
     // The old list is too short: the old index stays.
     DeviceSetting shorter = withEntries(1);
-    readFrom(bytes(kHead) + bytes(kTwoEntries), shorter);
+    readFrom(bytes(kHead) + bytes(kTwoEntries), &shorter);
     EXPECT_EQ(0, shorter.currentIPIndex);
 }
 
@@ -394,7 +396,7 @@ TEST(DeviceSetting, EveryShortStreamReadsWithoutHarm) {
     for (int size = 0; size < whole.size(); ++size) {
         DeviceSetting setting = withEntries(3);
         setting.currentIPIndex = 2;
-        const QDataStream::Status status = readFrom(whole.left(size), setting);
+        const QDataStream::Status status = readFrom(whole.left(size), &setting);
         // A stream that ends right behind a pair ends the list without an error.
         EXPECT_EQ(size == afterFirstPair ? QDataStream::Ok : QDataStream::ReadPastEnd, status)
             << size;
@@ -405,7 +407,7 @@ TEST(DeviceSetting, EveryShortStreamReadsWithoutHarm) {
 TEST(DeviceSetting, AShortStreamLeavesZerosAndEmptyTexts) {
     DeviceSetting setting = withEntries(3);
     setting.linkID = 9;
-    readFrom(bytes(kHead).left(4 + 4 + 4), setting);  // the name is cut
+    readFrom(bytes(kHead).left(4 + 4 + 4), &setting);  // the name is cut
     EXPECT_EQ(32, setting.type);
     EXPECT_EQ("", setting.name.toStdString());
     EXPECT_EQ(0, setting.baudrate);
@@ -418,11 +420,11 @@ TEST(DeviceSetting, AShortStreamLeavesZerosAndEmptyTexts) {
 TEST(DeviceSetting, AListCutShortKeepsWhatWasReached) {
     const QByteArray whole = bytes(kHead) + bytes(kTwoEntries);
     DeviceSetting setting = serialDefault();
-    readFrom(whole.left(whole.size() - 2 - 16 - 4), setting);  // ends after the first pair
+    readFrom(whole.left(whole.size() - 2 - 16 - 4), &setting);  // ends after the first pair
     ASSERT_EQ(1, setting.socketList.size());
     EXPECT_EQ("10.0.0.1", setting.socketIP(0).toStdString());
 
-    readFrom(whole.left(whole.size() - 2), setting);  // ends before the second port
+    readFrom(whole.left(whole.size() - 2), &setting);  // ends before the second port
     ASSERT_EQ(2, setting.socketList.size());
     EXPECT_EQ("10.0.0.2", setting.socketIP(1).toStdString());
     EXPECT_EQ(0, setting.port(1));
@@ -437,7 +439,7 @@ TEST(DeviceSetting, AHugeCountReservesNoMoreThanTheStreamHolds) {
                                     "0005");
         DeviceSetting setting = serialDefault();
         const size_t before = heapInUse();
-        readFrom(data, setting);
+        readFrom(data, &setting);
         const size_t after = heapInUse();
         EXPECT_LT(after, before + 64 * 1024) << count;
         ASSERT_EQ(1, setting.socketList.size()) << count;

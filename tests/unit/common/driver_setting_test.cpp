@@ -17,10 +17,10 @@ void expectFields(const DriverSetting& setting, int timeout, int retry, int stat
     EXPECT_EQ(extraText, setting.extraText.toStdString());
 }
 
-QDataStream::Status readFrom(const char* hex, DriverSetting& setting) {
+QDataStream::Status readFrom(const char* hex, DriverSetting* setting) {
     QDataStream stream(QByteArray::fromHex(hex));
     stream.setVersion(QDataStream::Qt_4_7);
-    stream >> setting;
+    stream >> *setting;
     return stream.status();
 }
 
@@ -71,7 +71,7 @@ TEST(DriverSetting, ReadsFourIntsAndLeavesTheRest) {
                                         "00000003"
                                         "ffffffff"
                                         "01020304",
-                                        setting));
+                                        &setting));
     expectFields(setting, 3000, 3, -1, 0x01020304, "own");
     EXPECT_TRUE(setting.extraFlag);
 }
@@ -80,7 +80,7 @@ TEST(DriverSetting, AShortStreamLeavesZeros) {
     DriverSetting setting(9, 9, 9, 9);
     EXPECT_EQ(QDataStream::ReadPastEnd, readFrom("00000bb8"
                                                  "0000",
-                                                 setting));
+                                                 &setting));
     expectFields(setting, 3000, 0, 0, 0, "");
 }
 

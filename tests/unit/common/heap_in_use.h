@@ -9,8 +9,9 @@ extern "C" __attribute__((weak)) std::size_t __sanitizer_get_current_allocated_b
 
 /// Bytes of heap that are handed out now, under the sanitizers' allocators as well.
 inline std::size_t heapInUse() {
-    if (__sanitizer_get_current_allocated_bytes != nullptr)
+    if (__sanitizer_get_current_allocated_bytes != nullptr) {
         return __sanitizer_get_current_allocated_bytes();
+    }
     const struct mallinfo2 info = mallinfo2();
     return info.uordblks + info.hblkhd;
 }

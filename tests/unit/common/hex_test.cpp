@@ -20,8 +20,9 @@ unsigned int value(const char* text) {
 TEST(HexToUInt, BadTextIsZero) {
     for (const char* text :
          {"", "g", "0x", "0X", "x1", "0y1", " 1", "1 ", "-1", "+1", "12g4", "1.0", "0x0x1", "00x1",
-          "100000000", "0xFFFFFFFFF", "FFFFFFFFFFFFFFFFF"})
+          "100000000", "0xFFFFFFFFF", "FFFFFFFFFFFFFFFFF"}) {
         EXPECT_EQ(0u, value(text)) << text;
+    }
     EXPECT_EQ(0u, HexToUInt(nullptr, 4));
     EXPECT_EQ(0u, HexToUInt("12", -1));
     const char withZero[] = {'1', '\0', '2'};
@@ -45,8 +46,9 @@ TEST(HexToUInt, Numbers) {
         {"0xFFFFFFFF", 0xFFFFFFFFu},
         {"0x89abcdef", 0x89ABCDEFu},
     };
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
         EXPECT_EQ(row.value, value(row.text)) << row.text;
+    }
 }
 
 TEST(HexToUInt, ReadsNoFurtherThanTheLength) {
@@ -71,8 +73,9 @@ TEST(DumpByteArray, NoBytes) {
 
 TEST(DumpByteArray, SixteenBytesALine) {
     QByteArray data;
-    for (int i = 0; i < 18; ++i)
+    for (int i = 0; i < 18; ++i) {
         data.append(static_cast<char>(0xF0 + i));
+    }
     {
         DebugLines debug;
         dumpByteArray(data.left(16));

@@ -15,17 +15,17 @@ const unsigned char kUntouched = 0xEE;
 /// A buffer of exactly `size` bytes on the heap: a byte too far shows under the sanitizer.
 class Buffer {
  public:
-    explicit Buffer(int size) : size_(size), bytes_(new unsigned char[size]) {
-        std::memset(bytes_.get(), kUntouched, static_cast<size_t>(size));
+    explicit Buffer(int wanted) : size(wanted), bytes(new unsigned char[wanted]) {
+        std::memset(bytes.get(), kUntouched, static_cast<size_t>(size));
     }
-    unsigned char* get() { return bytes_.get(); }
+    unsigned char* get() { return bytes.get(); }
     std::string hex() const {
-        return QByteArray(reinterpret_cast<const char*>(bytes_.get()), size_).toHex().toStdString();
+        return QByteArray(reinterpret_cast<const char*>(bytes.get()), size).toHex().toStdString();
     }
 
  private:
-    int size_;
-    std::unique_ptr<unsigned char[]> bytes_;
+    int size;
+    std::unique_ptr<unsigned char[]> bytes;
 };
 
 int vpack(void* buffer, const char* format, ...) {
@@ -146,8 +146,9 @@ TEST(DataPack, ThreeZeroBytes) {
 }
 
 TEST(DataPack, EachCountedLetter) {
-    if (Q_BYTE_ORDER != Q_LITTLE_ENDIAN)
+    if (Q_BYTE_ORDER != Q_LITTLE_ENDIAN) {
         GTEST_SKIP() << "the bytes of n and N are those of a little-endian machine";
+    }
     const struct {
         const char* item;
         const char* bytes;
@@ -235,8 +236,9 @@ TEST(ByteArrayPack, SameBytesAsIntoABuffer) {
 
 TEST(ByteArrayPack, AWrongFormatGivesWhatWasPacked) {
     for (const char* format : {"cz", "c0c", "c3s", "c5", "c18446744073709551617x", "c2147483647x",
-                               "c2000000000x", "c4294967297X"})
+                               "c2000000000x", "c4294967297X"}) {
         EXPECT_EQ("07", ByteArrayPack(format, 7, kMemory).toHex().toStdString()) << format;
+    }
     EXPECT_EQ("07", ByteArrayPack("c2v", 7, static_cast<void*>(nullptr)).toHex().toStdString());
     EXPECT_TRUE(ByteArrayPack("z").isEmpty());
 }
@@ -342,12 +344,15 @@ void expectBack(const char* letter, quint32 value) {
 
 TEST(Packing, EveryLetterThereAndBack) {
     for (quint32 value : {0u, 1u, 0x80u, 0xFFu, 0x1234u, 0x8001u, 0x12345678u, 0xFFFFFFFFu}) {
-        for (const char* letter : {"c", "C"})
+        for (const char* letter : {"c", "C"}) {
             expectBack<quint8>(letter, value);
-        for (const char* letter : {"s", "S", "v", "n"})
+        }
+        for (const char* letter : {"s", "S", "v", "n"}) {
             expectBack<quint16>(letter, value);
-        for (const char* letter : {"i", "l", "I", "L", "V", "N"})
+        }
+        for (const char* letter : {"i", "l", "I", "L", "V", "N"}) {
             expectBack<quint32>(letter, value);
+        }
     }
 }
 
@@ -360,8 +365,9 @@ TEST(Packing, EveryCountedLetterThereAndBack) {
         for (int count : {1, 2, 7, 300}) {
             const std::string format = std::to_string(count) + row.letter;
             std::vector<unsigned char> items(static_cast<size_t>(count * row.width));
-            for (size_t i = 0; i < items.size(); ++i)
+            for (size_t i = 0; i < items.size(); ++i) {
                 items[i] = static_cast<unsigned char>(i * 37 + 11);
+            }
             const QByteArray packed = ByteArrayPack(format.c_str(), items.data());
             ASSERT_EQ(count * row.width, packed.size()) << format;
             std::vector<unsigned char> back(items.size());

@@ -18,8 +18,9 @@ TEST(ProcessIsRunning, InitCountsWithoutPermissionToo) {
 TEST(ProcessIsRunning, AReapedChildIsGone) {
     const pid_t child = fork();
     ASSERT_GE(child, 0);
-    if (child == 0)
+    if (child == 0) {
         _exit(0);
+    }
     EXPECT_TRUE(ProcessIsRunning(child));  // running or waiting to be reaped
     int status = 0;
     ASSERT_EQ(child, waitpid(child, &status, 0));
@@ -27,14 +28,16 @@ TEST(ProcessIsRunning, AReapedChildIsGone) {
 }
 
 TEST(ProcessIsRunning, LackOfPermissionMeansRunning) {
-    if (geteuid() != 0)
+    if (geteuid() != 0) {
         GTEST_SKIP() << "init is foreign already";
+    }
     const pid_t child = fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
         // As nobody, init may not be signalled; the child's status tells what was answered.
-        if (setgid(65534) != 0 || setuid(65534) != 0)
+        if (setgid(65534) != 0 || setuid(65534) != 0) {
             _exit(3);
+        }
         _exit(ProcessIsRunning(1) ? 0 : 1);
     }
     int status = 0;

@@ -33,10 +33,10 @@ const char* const kProject[] = {
 class ProjectDatabase : public ::testing::Test {
  protected:
     void SetUp() override {
-        ASSERT_TRUE(temporary_.isValid());
+        ASSERT_TRUE(temporary.isValid());
         {
             QSqlDatabase database = QSqlDatabase::addDatabase("QSQLITE", kConnection);
-            database.setDatabaseName(temporary_.filePath("database"));
+            database.setDatabaseName(temporary.filePath("database"));
             ASSERT_TRUE(database.open());
             for (const char* statement : kProject) {
                 QSqlQuery query(database);
@@ -47,15 +47,16 @@ class ProjectDatabase : public ::testing::Test {
     }
     void TearDown() override { QSqlDatabase::removeDatabase(kConnection); }
 
-    QTemporaryDir temporary_;
+    QTemporaryDir temporary;
 };
 
 typedef std::vector<std::pair<int, int> > Pairs;
 
 Pairs pairs(const QList<LinkIdStationId>& list) {
     Pairs out;
-    for (const LinkIdStationId& entry : list)
+    for (const LinkIdStationId& entry : list) {
         out.push_back(std::make_pair(entry.linkId, entry.stationId));
+    }
     return out;
 }
 

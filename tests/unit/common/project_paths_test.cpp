@@ -16,40 +16,40 @@ namespace {
 class ProjectPaths : public ::testing::Test {
  protected:
     void SetUp() override {
-        ASSERT_TRUE(temporary_.isValid());
-        root_ = QDir(temporary_.path()).canonicalPath();
-        ASSERT_TRUE(QFile::copy(MICRO800_PATHS_PROBE, root_ + "/probe"));
-        ASSERT_TRUE(QFile::setPermissions(root_ + "/probe",
+        ASSERT_TRUE(temporary.isValid());
+        root = QDir(temporary.path()).canonicalPath();
+        ASSERT_TRUE(QFile::copy(MICRO800_PATHS_PROBE, root + "/probe"));
+        ASSERT_TRUE(QFile::setPermissions(root + "/probe",
                                           QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
     }
 
     /// What the program printed, the application directory cut off its front.
     QStringList paths() {
         QProcess probe;
-        probe.start(root_ + "/probe", QStringList());
+        probe.start(root + "/probe", QStringList());
         EXPECT_TRUE(probe.waitForFinished(30000));
         EXPECT_EQ(0, probe.exitCode());
         QStringList lines =
             QString::fromLocal8Bit(probe.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts);
         for (QString& line : lines) {
-            EXPECT_TRUE(line.startsWith(root_)) << line.toStdString();
-            line.remove(0, root_.size());
+            EXPECT_TRUE(line.startsWith(root)) << line.toStdString();
+            line.remove(0, root.size());
         }
         return lines;
     }
 
     void makeFile(const QString& name) {
-        QFile file(root_ + name);
+        QFile file(root + name);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write("x");
     }
 
-    QTemporaryDir temporary_;
-    QString root_;
+    QTemporaryDir temporary;
+    QString root;
 };
 
 TEST_F(ProjectPaths, TheNormalProject) {
-    ASSERT_TRUE(QDir(root_).mkpath("compile/database"));
+    ASSERT_TRUE(QDir(root).mkpath("compile/database"));
     EXPECT_EQ(QStringList({"/compile", "/compile/database/database"}), paths());
 }
 
@@ -58,12 +58,12 @@ TEST_F(ProjectPaths, NeitherDirectory) {
 }
 
 TEST_F(ProjectPaths, CompileDirectoryOnly) {
-    ASSERT_TRUE(QDir(root_).mkpath("compile"));
+    ASSERT_TRUE(QDir(root).mkpath("compile"));
     EXPECT_EQ(QStringList({"/compile", "/compile/database"}), paths());
 }
 
 TEST_F(ProjectPaths, DatabaseDirectoryOnly) {
-    ASSERT_TRUE(QDir(root_).mkpath("database"));
+    ASSERT_TRUE(QDir(root).mkpath("database"));
     EXPECT_EQ(QStringList({"", "/database/database"}), paths());
 }
 
@@ -74,7 +74,7 @@ TEST_F(ProjectPaths, FilesInPlaceOfDirectoriesAreNotEntered) {
 }
 
 TEST_F(ProjectPaths, TheDatabaseFileItselfInTheCompileDirectory) {
-    ASSERT_TRUE(QDir(root_).mkpath("compile"));
+    ASSERT_TRUE(QDir(root).mkpath("compile"));
     makeFile("/compile/database");
     EXPECT_EQ(QStringList({"/compile", "/compile/database"}), paths());
 }

@@ -262,6 +262,32 @@ TEST_F(Connected, SilenceGivesATimeout) {
     }
 }
 
+TEST_F(Connected, AwaitsDataAndLeavesIt) {
+    EXPECT_FALSE(transport.awaitData(20));
+    expectError(CIP_ERR_INTERNAL, CIP_INTERNAL_RECEIVE_TIMEOUT);
+    const std::string reply = message("abc");
+    ASSERT_TRUE(server.send(reply));
+    EXPECT_TRUE(transport.awaitData(kSoonMs));
+    EXPECT_TRUE(transport.awaitData(0)) << "it is still there";
+    EXPECT_EQ(reply, receive(transport, 0));
+}
+
+/// Without time, what goes out at once goes out, and nothing is waited for.
+TEST_F(Connected, SendsWithoutTimeWhatNeedsNoWaiting) {
+    transport.setTxTimeout(0);
+    const std::string request = message("abc");
+    EXPECT_EQ(int(request.size()), transport.sendData(header(request)));
+    EXPECT_EQ(request, server.receive(request.size()));
+    const std::string large = message(std::string(0xFFFF, 'y'));
+    const Stopwatch watch;
+    int sent = 1;
+    for (int i = 0; i < 1000 && sent > 0; ++i) {
+        sent = transport.sendData(header(large));
+    }
+    EXPECT_EQ(0, sent) << "nobody reads";
+    EXPECT_LT(watch.ms(), kSoonMs);
+}
+
 TEST_F(Connected, BodyThatDoesNotComeGivesATimeout) {
     for (size_t got : {size_t(0), size_t(1), size_t(99)}) {
         ASSERT_TRUE(server.send(message(std::string(got, 'x'), 100)));

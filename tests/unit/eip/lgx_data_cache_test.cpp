@@ -52,6 +52,44 @@ TEST(LgxDataCache, InsertReplaces) {
     EXPECT_EQ(QByteArray("2nd"), out);
 }
 
+TEST(LgxDataCache, WithholdsAnEntryUntilItsNextInsert) {
+    LgxDataCache cache;
+    cache.insert("A_1", QByteArray("old"));
+    cache.insert("B_1", QByteArray("other"));
+    cache.withhold("A_1");
+    QByteArray out("untouched");
+    EXPECT_FALSE(cache.value("A_1", out));
+    EXPECT_FALSE(cache.value("A_1", out, 0));
+    EXPECT_EQ(QByteArray("untouched"), out);
+    EXPECT_TRUE(cache.hasKey("A_1"));
+    EXPECT_TRUE(cache.value("B_1", out));
+    EXPECT_EQ(QByteArray("other"), out);
+    cache.insert("A_1", QByteArray("new"));
+    EXPECT_TRUE(cache.value("A_1", out));
+    EXPECT_EQ(QByteArray("new"), out);
+}
+
+TEST(LgxDataCache, WithholdingWhatIsNotThereMakesNoEntry) {
+    LgxDataCache cache;
+    cache.withhold("A_1");
+    EXPECT_FALSE(cache.hasKey("A_1"));
+}
+
+TEST(LgxDataCache, WithholdsAllEntriesUntilTheirNextInsert) {
+    LgxDataCache cache;
+    cache.insert("A_1", QByteArray("a"));
+    cache.insert("B_1", QByteArray("b"));
+    cache.withholdAll();
+    cache.insert("B_1", QByteArray("b2"));
+    QByteArray out;
+    EXPECT_FALSE(cache.value("A_1", out));
+    EXPECT_TRUE(cache.hasKey("A_1"));
+    EXPECT_TRUE(cache.value("B_1", out));
+    EXPECT_EQ(QByteArray("b2"), out);
+    cache.withholdAll();
+    EXPECT_FALSE(cache.value("B_1", out));
+}
+
 TEST(LgxDataCache, KeepsAnEmptyValue) {
     LgxDataCache cache;
     cache.insert("A_1", QByteArray());

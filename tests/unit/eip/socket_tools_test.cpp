@@ -95,6 +95,25 @@ TEST(KSocketSetTimeout, FailsOnWhatIsNoSocket) {
     EXPECT_EQ(EBADF, errno);
 }
 
+TEST(KCreateTcpSocket, IsAStreamOverIpv4ClosedOnExec) {
+    const int fd = KCreateTcpSocket(IPPROTO_TCP);
+    ASSERT_LE(0, fd);
+    int domain = 0;
+    int type = 0;
+    socklen_t size = sizeof domain;
+    EXPECT_EQ(0, getsockopt(fd, SOL_SOCKET, SO_DOMAIN, &domain, &size));
+    EXPECT_EQ(0, getsockopt(fd, SOL_SOCKET, SO_TYPE, &type, &size));
+    EXPECT_EQ(AF_INET, domain);
+    EXPECT_EQ(SOCK_STREAM, type);
+    EXPECT_TRUE(fcntl(fd, F_GETFD) & FD_CLOEXEC);
+    KCloseSocket(fd);
+}
+
+TEST(KCreateTcpSocket, AFailureIsTheKernels) {
+    EXPECT_EQ(-1, KCreateTcpSocket(IPPROTO_UDP));
+    EXPECT_EQ(EPROTONOSUPPORT, errno);
+}
+
 TEST(KCreateSocketPair, IsAConnectedLocalStreamClosedOnExec) {
     Pair pair;
     for (int fd : pair.fds) {

@@ -18,7 +18,7 @@ namespace {
 const unsigned short kDeadPort = 1;
 
 class Worker : public ::testing::Test {
-  protected:
+ protected:
     Worker() : worker(&receiver, "127.0.0.1", kDeadPort, 200) {}
     ~Worker() override {
         worker.stop();
@@ -111,10 +111,10 @@ TEST_F(Worker, ArrayElementsComeOutOfTheCachedArray) {
 TEST_F(Worker, SliceOutsideTheArrayIsNotTakenFromIt) {
     receiver.cacheInsert("ARR_3", QByteArray::fromHex("010000000200000003000000"));
     worker.start();
-    for (const char* line : {"04\t0001\tARR\t[3]\tC4\t1\t3\t12\n", "04\t0001\tARR\t[9]\tC4\t1\t3\t-4\n",
-                             "04\t0001\tARR\t[2]\tC4\t2\t3\t8\n",
-                             "04\t0001\tARR\t[2]\tC4\t1\t3\t2147483647\n",
-                             "04\t0001\tARR\t[2]\tC4\t-1\t3\t0\n", "04\t0001\tARR\t[2]\t00\t1\t3\t0\n"}) {
+    for (const char* line :
+         {"04\t0001\tARR\t[3]\tC4\t1\t3\t12\n", "04\t0001\tARR\t[9]\tC4\t1\t3\t-4\n",
+          "04\t0001\tARR\t[2]\tC4\t2\t3\t8\n", "04\t0001\tARR\t[2]\tC4\t1\t3\t2147483647\n",
+          "04\t0001\tARR\t[2]\tC4\t-1\t3\t0\n", "04\t0001\tARR\t[2]\t00\t1\t3\t0\n"}) {
         EXPECT_EQ(QByteArray("84\t0001\tConnection refused(111)\n"), exchange(line)) << line;
     }
     EXPECT_EQ(QByteArray("84\t0001\tInternal: buffer too small\n"),

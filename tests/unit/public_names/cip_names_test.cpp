@@ -30,10 +30,17 @@ typedef _MR_Reply Reply;
 typedef const _PCCC_Target* Target;
 
 template <size_t size>
-std::vector<int> numbers(const Byte (&table)[size]) {
+std::vector<int> numbers(Byte (&table)[size]) {  // plain data: a const one does not compile
     return std::vector<int>(table, table + size);
 }
 typedef std::vector<int> Numbers;
+
+/// The value of plain data, which a program may set; a const one does not compile.
+template <typename T>
+T plain(T* number) {
+    static_assert(!std::is_const<T>::value, "a program may set it");
+    return *number;
+}
 
 TEST(CipNames, Transport) {
     EXPECT_TRUE(std::has_virtual_destructor<CipCallback>::value);
@@ -61,6 +68,7 @@ TEST(CipNames, ErrorRecord) {
     EXPECT_FUNCTION(int32_t(), cip_err_type);
     EXPECT_FUNCTION(char*(), cip_err_msg);
     EXPECT_FUNCTION(void(int32_t, int32_t, int32_t), CIPERROR);
+    EXPECT_FUNCTION(void(const char*), CIPAppendErrMsg);
     EXPECT_FUNCTION(void(int32_t, const char*, ...), LogCip);
     EXPECT_FUNCTION(void(int32_t, const void*, int32_t), FlushCipBuffer);
 }
@@ -138,13 +146,13 @@ TEST(CipNames, PathsAndParameters) {
     EXPECT_EQ((Numbers{0x20, 0x67, 0x24, 0x01}), numbers(PCCC_PATH));
     EXPECT_EQ((Numbers{0x20, 0xA6, 0x24, 0x01, 0x2C, 0x01}), numbers(DHPA_PROXY_PATH));
     EXPECT_EQ((Numbers{0x20, 0xA6, 0x24, 0x02, 0x2C, 0x01}), numbers(DHPB_PROXY_PATH));
-    EXPECT_EQ(0x004D, _OriginatorVendorID);
-    EXPECT_EQ(0x38BE3B1Fu, _OriginatorSerialNumber);
-    EXPECT_EQ(0x07, _Priority);
-    EXPECT_EQ(0x9A, _TimeOut_Ticks);
-    EXPECT_EQ(0x43F8, _Parameters);
-    EXPECT_EQ(0xA3, _Transport);
-    EXPECT_EQ(0x02, _TimeOutMultiplier);
+    EXPECT_EQ(0x004D, plain(&_OriginatorVendorID));
+    EXPECT_EQ(0x38BE3B1Fu, plain(&_OriginatorSerialNumber));
+    EXPECT_EQ(0x07, plain(&_Priority));
+    EXPECT_EQ(0x9A, plain(&_TimeOut_Ticks));
+    EXPECT_EQ(0x43F8, plain(&_Parameters));
+    EXPECT_EQ(0xA3, plain(&_Transport));
+    EXPECT_EQ(0x02, plain(&_TimeOutMultiplier));
 }
 
 TEST(CipNames, Connections) {
@@ -164,9 +172,11 @@ TEST(CipNames, Connections) {
                                   Byte, uint32_t, uint16_t, Byte, const Byte*, int),
                     _Forward_Open2);
     EXPECT_FUNCTION(int(Connection*), _Forward_Close);
+    EXPECT_FUNCTION(int(Connection*), _SendForwardClose);
     EXPECT_FUNCTION(int(Session*, Byte, Byte, uint16_t, uint16_t, uint32_t, const Byte*, int),
                     _ExForward_Close);
     EXPECT_FUNCTION(void(Connection**), DeleteConnection);
+    EXPECT_FUNCTION(int(const Connection*), _GetConnectedRequestLimit);
     EXPECT_FUNCTION(Item * (Session*, Connection*, const void*, int), _ConnectedSend);
 }
 
@@ -201,6 +211,12 @@ TEST(CipNames, Logix) {
     EXPECT_FUNCTION(Byte * (const char*, uint16_t, int*), _BuildLgxReadDataRequest);
     EXPECT_FUNCTION(Byte * (const char*, _LGX_Data_Type, const void*, int, uint16_t, int*),
                     _BuildLgxWriteDataRequest);
+    EXPECT_FUNCTION(LgxProgress(Session*, Connection*, LgxTagRead*), _AdvanceLgxRead);
+    EXPECT_FUNCTION(LgxProgress(Session*, Connection*, LgxTagWrite*), _AdvanceLgxWrite);
+    EXPECT_FUNCTION(Byte * (const char*, uint16_t, uint32_t, int*), _BuildLgxReadFragmentRequest);
+    EXPECT_FUNCTION(
+        Byte * (const char*, _LGX_Data_Type, const void*, int, uint16_t, uint32_t, int*),
+        _BuildLgxWriteFragmentRequest);
     EXPECT_FUNCTION(const Reply*(const Item*, int), _GetService_Reply);
     EXPECT_FUNCTION(int(const Item*), _GetService_ReplyNumber);
     EXPECT_FUNCTION(int32_t(const Reply*), _GetExtendedStatus);
@@ -220,7 +236,8 @@ TEST(CipNames, Logix) {
 }
 
 TEST(CipNames, Pccc) {
-    EXPECT_EQ((Numbers{0x07, 0x06, 0x04, 0x89, 0x67, 0x45, 0x23}), numbers(_PCCC_RequestorID));
+    EXPECT_EQ((Numbers{0x07, 0x06, 0x04, 0x89, 0x67, 0x45, 0x23}),
+              Numbers(_PCCC_RequestorID, _PCCC_RequestorID + sizeof(_PCCC_RequestorID)));
     EXPECT_FUNCTION(Byte * (uint16_t, const char*, uint16_t, int*), _BuildPLCReadDataRequest);
     EXPECT_FUNCTION(Byte * (uint16_t, const char*, int, int*), _BuildPLCReadDataRequestPlus);
     EXPECT_FUNCTION(Byte * (uint16_t, const char*, uint16_t, uint16_t, int*),

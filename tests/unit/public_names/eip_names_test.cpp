@@ -57,6 +57,7 @@ TEST(EipNames, TcpTransport) {
     EXPECT_MEMBER(void(unsigned long), Tcp, setTxTimeout);
     EXPECT_MEMBER(void(), Tcp, emptyRxBuffer);
     EXPECT_MEMBER(void(unsigned long), Tcp, sleep);
+    EXPECT_MEMBER(bool(int), Tcp, awaitData);
     EXPECT_MEMBER(int(int, const char*, int), Tcp, sendServerPipe);
     EXPECT_MEMBER(int(int, char*, int), Tcp, recvServerPipe);
     EXPECT_MEMBER(int(int, char*, int, bool*), Tcp, recvServerPipeUntilLF);

@@ -74,9 +74,10 @@ TEST(CommunicatorCommand, DataSizeByKindAndCount) {
         {0x7FFFFFFF, 5, 1},
         {-0x7FFFFFFF - 1, 0, 1},
     };
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
         EXPECT_EQ(row.size, CommunicatorCommand(row.kind, row.count, "DINT0:A").getDataSize())
             << "kind " << row.kind << " count " << row.count;
+    }
 }
 
 TEST(CommunicatorCommand, StringKey) {

@@ -12,8 +12,8 @@ namespace {
 /// The least that a driver must bring; everything else is the interface's own.
 class LeastDriver : public DriverInterface {
  public:
-    explicit LeastDriver(bool* destroyed) : destroyed_(destroyed) {}
-    ~LeastDriver() override { *destroyed_ = true; }
+    explicit LeastDriver(bool* flag) : destroyed(flag) {}
+    ~LeastDriver() override { *destroyed = true; }
 
     int totalSize() override { return 0; }
     bool write(AbstractDeviceInterface*, const CommunicatorCommand&, const QByteArray&) override {
@@ -35,7 +35,7 @@ class LeastDriver : public DriverInterface {
     QObject* getThisObject() override { return nullptr; }
 
  private:
-    bool* destroyed_;
+    bool* destroyed;
 };
 
 TEST(DriverInterface, DefaultAnswers) {
@@ -101,8 +101,9 @@ TEST(DriverInterface, SlotsAreInTheRuntimesOrder) {
         {"isConnected", vtableSlot(&DriverInterface::isConnected)},
     };
     std::ptrdiff_t expected = 2;
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
         EXPECT_EQ(expected++, row.slot) << row.operation;
+    }
 }
 
 TEST(CommunicatorCommandSlots, AreInTheRuntimesOrder) {

@@ -5,41 +5,41 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "apps/micro800/console.h"
+#include "apps/micro800/terminal/console.h"
 
 /// A console whose lines a test can look at.
 class ConsoleProbe {
  public:
     ConsoleProbe()
-        : outFile_(open_memstream(&outText_, &outSize_)),
-          errFile_(open_memstream(&errText_, &errSize_)),
-          console_(outFile_, errFile_) {}
+        : outFile(open_memstream(&outText, &outSize)),
+          errFile(open_memstream(&errText, &errSize)),
+          target(outFile, errFile) {}
     ~ConsoleProbe() {
-        std::fclose(outFile_);
-        std::fclose(errFile_);
-        std::free(outText_);
-        std::free(errText_);
+        std::fclose(outFile);
+        std::fclose(errFile);
+        std::free(outText);
+        std::free(errText);
     }
     ConsoleProbe(const ConsoleProbe&) = delete;
     ConsoleProbe& operator=(const ConsoleProbe&) = delete;
 
-    Console& console() { return console_; }
-    QString out() { return text(outFile_, outText_, outSize_); }
-    QString err() { return text(errFile_, errText_, errSize_); }
+    Console& console() { return target; }
+    QString out() { return text(outFile, outText, outSize); }
+    QString err() { return text(errFile, errText, errSize); }
 
  private:
-    static QString text(std::FILE* file, char*& buffer, std::size_t& size) {
+    static QString text(std::FILE* file, const char* const& buffer, const std::size_t& size) {
         std::fflush(file);
         return QString::fromUtf8(buffer, static_cast<int>(size));
     }
 
-    char* outText_ = nullptr;
-    char* errText_ = nullptr;
-    std::size_t outSize_ = 0;
-    std::size_t errSize_ = 0;
-    std::FILE* outFile_;
-    std::FILE* errFile_;
-    Console console_;
+    char* outText = nullptr;
+    char* errText = nullptr;
+    std::size_t outSize = 0;
+    std::size_t errSize = 0;
+    std::FILE* outFile;
+    std::FILE* errFile;
+    Console target;
 };
 
 #endif

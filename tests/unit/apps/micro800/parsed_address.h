@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "apps/micro800/address.h"
+#include "apps/micro800/format/address.h"
 
 /// An address that is in order.
 inline TagAddress parsed(const char* text) {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "apps/simulator/tag_text.h"
+#include "apps/simulator/tags/tag_text.h"
 
 namespace {
 
@@ -10,29 +10,27 @@ namespace {
 class ControlTest : public testing::Test {
  protected:
     ControlTest()
-        : m_controller(sim::ControllerSettings(), m_tags, m_files, m_faults,
-                       [] { return int64_t(0); }),
-          m_server(m_controller, m_log) {
-        QString error;
-        EXPECT_TRUE(m_server.start(QHostAddress(QHostAddress::LocalHost), 0, &error))
-            << error.toStdString();
-        EXPECT_TRUE(addTagFromText("A:DINT[3]=1,2,3", m_tags, &error));
-        EXPECT_TRUE(addTagFromText("S:STRING=a b", m_tags, &error));
+        : controller(sim::ControllerSettings(), tags, files, faults, [] { return int64_t(0); }),
+          server(controller, log) {
+        QString problem;
+        EXPECT_TRUE(server.start(QHostAddress(QHostAddress::LocalHost), 0, &problem))
+            << problem.toStdString();
+        EXPECT_TRUE(addTagFromText("A:DINT[3]=1,2,3", tags, &problem));
+        EXPECT_TRUE(addTagFromText("S:STRING=a b", tags, &problem));
     }
 
     std::string run(const char* line) {
-        const sim::ControlTargets targets = {&m_tags, &m_files, &m_faults, &m_controller,
-                                             &m_server};
-        return runCommand(line, targets, &m_quit).toStdString();
+        const sim::ControlTargets targets = {&tags, &files, &faults, &controller, &server};
+        return runCommand(line, targets, &quit).toStdString();
     }
 
-    sim::TagTable m_tags;
-    sim::DataTable m_files;
-    sim::FaultPlan m_faults;
-    sim::RequestLog m_log;
-    sim::Controller m_controller;
-    sim::Server m_server;
-    bool m_quit = false;
+    sim::TagTable tags;
+    sim::DataTable files;
+    sim::FaultPlan faults;
+    sim::RequestLog log;
+    sim::Controller controller;
+    sim::Server server;
+    bool quit = false;
 };
 
 TEST_F(ControlTest, SetsAndGetsValues) {
@@ -47,7 +45,7 @@ TEST_F(ControlTest, SetsAndGetsValues) {
 }
 
 TEST_F(ControlTest, SetsAndGetsTheDataTable) {
-    m_files.putDefaultFiles();
+    files.putDefaultFiles();
     EXPECT_EQ("ok", run("set N7:300=5,6"));
     EXPECT_EQ("ok 6", run("get n7:301"));
     EXPECT_EQ("error: there is no 'N9:0'", run("get N9:0"));
@@ -57,31 +55,31 @@ TEST_F(ControlTest, SetsAndGetsTheDataTable) {
 TEST_F(ControlTest, SwitchesFaults) {
     EXPECT_EQ("ok", run("fault late:5x1"));
     EXPECT_EQ("ok", run("fault repeat"));
-    EXPECT_FALSE(m_faults.empty());
+    EXPECT_FALSE(faults.empty());
     EXPECT_EQ("error: fault 'nonsense': there is no fault 'nonsense'", run("fault nonsense"));
     EXPECT_EQ("ok", run("fault none"));
-    EXPECT_TRUE(m_faults.empty());
+    EXPECT_TRUE(faults.empty());
 }
 
 TEST_F(ControlTest, TakesTheControllerDownAndUpOnTheSamePort) {
-    const quint16 port = m_server.port();
+    const quint16 port = server.port();
     EXPECT_EQ("ok", run("down"));
     EXPECT_EQ("ok", run("down"));
     EXPECT_EQ("ok", run("up"));
     EXPECT_EQ("ok", run("up"));
-    EXPECT_EQ(port, m_server.port());
+    EXPECT_EQ(port, server.port());
 }
 
 TEST_F(ControlTest, KnowsTheOtherCommands) {
     for (const char* line : {"drop-connections", "close-peers", "reset-peers", "delay 0"}) {
         EXPECT_EQ("ok", run(line)) << line;
-        EXPECT_FALSE(m_quit);
+        EXPECT_FALSE(quit);
     }
     EXPECT_EQ("error: 'soon' is no delay in milliseconds", run("delay soon"));
     EXPECT_EQ("error: there is no command ''", run(""));
     EXPECT_EQ("error: there is no command 'nonsense 1'", run("nonsense 1"));
     EXPECT_EQ("ok", run("quit"));
-    EXPECT_TRUE(m_quit);
+    EXPECT_TRUE(quit);
 }
 
 }  // namespace

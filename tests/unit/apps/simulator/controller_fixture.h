@@ -6,9 +6,9 @@
 #include <memory>
 #include <string>
 
-#include "apps/simulator/controller.h"
-#include "apps/simulator/data_table_text.h"
-#include "apps/simulator/tag_text.h"
+#include "apps/simulator/objects/controller.h"
+#include "apps/simulator/pccc/data_table_text.h"
+#include "apps/simulator/tags/tag_text.h"
 #include "unit/apps/simulator/hex.h"
 
 // Requests as they stand on the wire; "S" marks four bytes for the session, "C" for the connection.
@@ -37,28 +37,28 @@ const char kWriteA[] =
 class ControllerTest : public testing::Test {
  protected:
     ControllerTest() {
-        m_settings.connections = 2;
-        m_session.owner = 1;
-        m_session.address = 0x7F000001;
-        m_session.port = 44818;
-        m_files.putDefaultFiles();
+        settings.connections.limit = 2;
+        session.owner = 1;
+        session.address = 0x7F000001;
+        session.port = 44818;
+        files.putDefaultFiles();
         addTag("A:DINT=42");
         makeController();
     }
 
     void makeController() {
-        m_controller = std::make_unique<sim::Controller>(m_settings, m_tags, m_files, m_faults,
-                                                         [this] { return m_nowMs; });
+        controller = std::make_unique<sim::Controller>(settings, tags, files, faults,
+                                                       [this] { return nowMs; });
     }
 
     void addTag(const char* text) {
-        QString error;
-        EXPECT_TRUE(addTagFromText(text, m_tags, &error)) << error.toStdString();
+        QString problem;
+        EXPECT_TRUE(addTagFromText(text, tags, &problem)) << problem.toStdString();
     }
 
     void addFault(const char* text) {
-        QString error;
-        EXPECT_TRUE(m_faults.add(text, &error)) << error.toStdString();
+        QString problem;
+        EXPECT_TRUE(faults.add(text, &problem)) << problem.toStdString();
     }
 
     /// The bytes with the session handle and the connection id put in.
@@ -67,48 +67,48 @@ class ControllerTest : public testing::Test {
         for (const char c : text) {
             plain += c == ' ' ? "" : std::string(1, c);
         }
-        replace(&plain, "SSSSSSSS", m_session.handle);
-        replace(&plain, "CCCCCCCC", m_connection);
+        replace(&plain, "SSSSSSSS", session.handle);
+        replace(&plain, "CCCCCCCC", connection);
         return hex(plain);
     }
 
-    /// The reply in hexadecimal, empty for none. The bytes have to stay as long as m_exchange is
+    /// The reply in hexadecimal, empty for none. The bytes have to stay as long as exchange is
     /// used.
     std::string serve(const std::string& text) {
-        m_request = frame(text);
-        return serveBytes(m_request);
+        request = frame(text);
+        return serveBytes(request);
     }
 
     std::string serveBytes(const sim::Bytes& bytes) {
-        m_controller->serve(m_session, bytes, m_exchange);
-        return hexOf(m_exchange.reply);
+        controller->serve(session, bytes, exchange);
+        return hexOf(exchange.reply);
     }
 
     void registerSession() {
         serve(kRegister);
-        EXPECT_NE(0u, m_session.handle);
+        EXPECT_NE(0u, session.handle);
     }
 
     void openConnection() {
         registerSession();
         serve(kOpen);
-        ASSERT_TRUE(m_exchange.status.ok());
-        m_connection = sim::get32(m_exchange.reply, 44);
+        ASSERT_TRUE(exchange.status.ok());
+        connection = sim::get32(exchange.reply, 44);
     }
 
     /// What a reply to a request of this session is expected to be.
     std::string expected(const std::string& text) const { return hexOf(frame(text)); }
 
-    sim::ControllerSettings m_settings;
-    sim::TagTable m_tags;
-    sim::DataTable m_files;
-    sim::FaultPlan m_faults;
-    int64_t m_nowMs = 0;
-    std::unique_ptr<sim::Controller> m_controller;
-    sim::EncapSession m_session;
-    sim::Exchange m_exchange;
-    uint32_t m_connection = 0;
-    sim::Bytes m_request;  ///< what m_exchange looks into
+    sim::ControllerSettings settings;
+    sim::TagTable tags;
+    sim::DataTable files;
+    sim::FaultPlan faults;
+    int64_t nowMs = 0;
+    std::unique_ptr<sim::Controller> controller;
+    sim::EncapSession session;
+    sim::Exchange exchange;
+    uint32_t connection = 0;
+    sim::Bytes request;  ///< what exchange looks into
 
  private:
     static void replace(std::string* text, const std::string& mark, uint32_t value) {

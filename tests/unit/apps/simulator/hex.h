@@ -4,7 +4,7 @@
 #include <cctype>
 #include <string>
 
-#include "apps/simulator/bytes.h"
+#include "apps/simulator/wire/bytes.h"
 
 /// The bytes of hexadecimal digits; blanks are for the reader.
 inline sim::Bytes hex(const std::string& text) {
@@ -24,7 +24,7 @@ inline sim::Bytes hex(const std::string& text) {
 /// Lower-case digits without blanks.
 inline std::string hexOf(sim::ByteView bytes) {
     std::string text;
-    sim::appendHex(text, bytes);
+    sim::appendHex(bytes, &text);
     return text;
 }
 

@@ -3,7 +3,7 @@
 
 #include <random>
 
-#include "apps/simulator/request_log.h"
+#include "apps/simulator/server/request_log.h"
 
 #include "unit/apps/simulator/controller_fixture.h"
 
@@ -28,6 +28,13 @@ class HostileRequests : public ControllerTest {
                   "A100 0400 CCCCCCCC B100 1600 0300 4D 03 9104 4E414D45 DA00 0100 05 48656C6C6F"),
             frame("7000 2800 SSSSSSSS 00000000 0000000000000000 00000000 00000000 0000 0200"
                   "A100 0400 CCCCCCCC B100 1200 0300 4C 06 9104 47524944 2802 29000100 0200"),
+            connected("52 06 9104 47524944 2802 29000100 0500 04000000"),
+            connected("53 05 9104 47524944 2802 2800 C300 0600 04000000 01000200"),
+            connected("53 03 9104 4E414D45 DA00 0100 00000000 05 48656C6C6F"),
+            connected("01 02 20012401"),
+            connected("0E 03 20012401 3007"),
+            connected("03 02 20012401 0200 0100 0700"),
+            connected("55 04 206B 26000100 0000 0300 0100 0200 0800"),
             execute("0F 00 3412 68 0000 0200 06 07 00 0200"),
             execute("0F 00 3412 68 0000 0100 0F 00 04 FF 0100 02 0100"),
             execute("0F 00 3412 67 0000 0200 06 07 00 99 09 05 42 0100 0200"),
@@ -46,12 +53,17 @@ class HostileRequests : public ControllerTest {
         return hexOf(length) + hexText(text);
     }
 
-    /// A connected PCCC command.
-    sim::Bytes execute(const std::string& command) const {
+    /// A connected request.
+    sim::Bytes connected(const std::string& cip) const {
         return frame(
             "7000 0000 SSSSSSSS 00000000 0000000000000000 00000000 00000000 0000 0200"
             "A100 0400 CCCCCCCC B100 " +
-            sized("0300 4B 02 20672401 07 0604 89674523" + command));
+            sized("0300" + cip));
+    }
+
+    /// A connected PCCC command.
+    sim::Bytes execute(const std::string& command) const {
+        return connected("4B 02 20672401 07 0604 89674523" + command);
     }
 
     /// A request of even size inside an Unconnected Send.
@@ -67,22 +79,22 @@ class HostileRequests : public ControllerTest {
     void serveAndCheck(const sim::Bytes& bytes) {
         const sim::Bytes exact(bytes.begin(), bytes.end());
         serveBytes(exact);
-        const sim::Bytes& reply = m_exchange.reply;
+        const sim::Bytes& reply = exchange.reply;
         if (!reply.empty()) {
             ASSERT_LE(24u, reply.size()) << hexOf(bytes);
             ASSERT_EQ(reply.size() - 24, sim::get16(reply, 2)) << hexOf(bytes);
             ASSERT_EQ(sim::get16(bytes, 0), sim::get16(reply, 0)) << hexOf(bytes);
         }
-        requestLogLine(0, "", m_exchange, nullptr);
+        requestLogLine(0, "", exchange, nullptr);
     }
 };
 
 TEST_F(HostileRequests, AreServedAsLongAsTheyAreNotHostile) {
     for (const sim::Bytes& request : validRequests()) {
         serveAndCheck(request);
-        EXPECT_TRUE(m_exchange.status.ok() || m_exchange.service == sim::kForwardOpen);
-        EXPECT_TRUE(m_exchange.pccc.status.ok()) << hexOf(request);
-        EXPECT_FALSE(m_exchange.note) << hexOf(request);
+        EXPECT_TRUE(exchange.status.ok() || exchange.service == sim::kForwardOpen);
+        EXPECT_TRUE(exchange.pccc.status.ok()) << hexOf(request);
+        EXPECT_FALSE(exchange.note) << hexOf(request);
     }
 }
 
@@ -123,23 +135,23 @@ TEST_F(HostileRequests, RandomChanges) {
 }
 
 TEST_F(HostileRequests, OnAConnectionToADhpProxy) {
-    m_settings.paths.push_back(hex("20A624012C01"));
+    settings.connections.paths.push_back(hex("20A624012C01"));
     makeController();
-    m_session.handle = 0;
+    session.handle = 0;
     registerSession();
     serve(
         "6F00 4000 SSSSSSSS 00000000 0000000000000000 00000000"
         "00000000 0000 0200 0000 0000 B200 3000"
         "54 02 20062401 05 F7 00000000 0100FE80 0200 1B50 44332211 02 000000"
         "80841E00 F843 80841E00 F843 A3 03 20A624012C01");
-    ASSERT_TRUE(m_exchange.status.ok());
-    m_connection = sim::get32(m_exchange.reply, 44);
+    ASSERT_TRUE(exchange.status.ok());
+    connection = sim::get32(exchange.reply, 44);
     const sim::Bytes request = frame(
         "7000 0000 SSSSSSSS 00000000 0000000000000000 00000000 00000000 0000 0200"
         "A100 0400 CCCCCCCC B100 " +
         sized("0900 0000 0300 0700 0800 0F 00 3412 68 0000 0200 06 07 00 0200"));
     serveAndCheck(request);
-    ASSERT_TRUE(m_exchange.hasPccc && m_exchange.pccc.status.ok());
+    ASSERT_TRUE(exchange.hasPccc && exchange.pccc.status.ok());
     for (size_t size = 0; size <= request.size(); ++size) {
         serveAndCheck(sim::Bytes(request.begin(), request.begin() + long(size)));
     }

@@ -28,8 +28,10 @@ TEST(Options, HaveDefaults) {
     EXPECT_EQ(0, options.rampMs);
     EXPECT_FALSE(options.control);
     EXPECT_FALSE(options.discovery);
-    EXPECT_EQ(16u, options.controller.connections);
-    EXPECT_EQ(0, options.controller.connectionTimeoutMs);
+    EXPECT_EQ(16u, options.controller.connections.limit);
+    EXPECT_EQ(0, options.controller.connections.timeoutMs);
+    EXPECT_EQ(511u, options.controller.connections.largestSize);
+    EXPECT_FALSE(options.controller.connections.keep);
     EXPECT_EQ(0x05, options.controller.tags.unknownTagStatus);
     EXPECT_EQ(0x01, options.controller.tags.boolTrue);
     EXPECT_FALSE(options.controller.tags.oracle);
@@ -58,6 +60,9 @@ TEST(Options, AreTaken) {
                                     "--log",
                                     "f",
                                     "--stdin",
+                                    "--connection-size",
+                                    "256",
+                                    "--keep-connections",
                                     "--udp",
                                     "--tags",
                                     "t"});
@@ -66,8 +71,10 @@ TEST(Options, AreTaken) {
     EXPECT_EQ((QStringList{"A:DINT=-1", "B:INT"}), options.tags);
     EXPECT_EQ(QStringList("t"), options.tagFiles);
     EXPECT_EQ(6, options.delayMs);
-    EXPECT_EQ(2u, options.controller.connections);
-    EXPECT_EQ(300, options.controller.connectionTimeoutMs);
+    EXPECT_EQ(2u, options.controller.connections.limit);
+    EXPECT_EQ(300, options.controller.connections.timeoutMs);
+    EXPECT_EQ(256u, options.controller.connections.largestSize);
+    EXPECT_TRUE(options.controller.connections.keep);
     EXPECT_EQ(0x04, options.controller.tags.unknownTagStatus);
     EXPECT_EQ(0xFF, options.controller.tags.boolTrue);
     EXPECT_EQ(QStringList("cut@5"), options.faults);
@@ -77,12 +84,29 @@ TEST(Options, AreTaken) {
 }
 
 TEST(Options, TakePathsAndDataFiles) {
-    EXPECT_TRUE(parsed({}).controller.paths.empty());
+    EXPECT_TRUE(parsed({}).controller.connections.paths.empty());
     const Options options = parsed({"--accept-path", "0100", "--accept-path", "20A624012c01",
                                     "--pccc-file", "N7[3]=1,2", "--pccc-file", "F8"});
     EXPECT_EQ((std::vector<sim::Bytes>{{0x01, 0x00}, {0x20, 0xA6, 0x24, 0x01, 0x2C, 0x01}}),
-              options.controller.paths);
+              options.controller.connections.paths);
     EXPECT_EQ((QStringList{"N7[3]=1,2", "F8"}), options.files);
+}
+
+TEST(Options, TakeWhatTheTagListHolds) {
+    EXPECT_EQ(sim::SymbolList::all, parsed({}).controller.symbols);
+    EXPECT_EQ(sim::SymbolList::all, parsed({"--tag-list", "all"}).controller.symbols);
+    EXPECT_EQ(sim::SymbolList::partial, parsed({"--tag-list", "partial"}).controller.symbols);
+    EXPECT_EQ(sim::SymbolList::none, parsed({"--tag-list", "none"}).controller.symbols);
+}
+
+TEST(Options, OverrideTheProfile) {
+    EXPECT_EQ(0x04, parsed({"--profile", "older"}).controller.tags.unknownTagStatus);
+    const Options options = parsed({"--unknown-tag-status", "05", "--tag-list", "all",
+                                    "--bool-true", "01", "--profile", "older"});
+    EXPECT_EQ(0x05, options.controller.tags.unknownTagStatus);
+    EXPECT_EQ(0x01, options.controller.tags.boolTrue);
+    EXPECT_EQ(sim::SymbolList::all, options.controller.symbols);
+    EXPECT_FALSE(parsed({"--profile", "early"}).controller.servesTags);
 }
 
 TEST(Options, RampNeedsNoTime) {
@@ -98,7 +122,7 @@ TEST(Options, RampNeedsNoTime) {
 TEST(Options, SayWhatIsWrong) {
     const struct {
         QStringList arguments;
-        const char* error;
+        const char* problem;
     } rows[] = {
         {{"--nonsense"}, "Unknown option 'nonsense'."},
         {{"--port"}, "Missing value after '--port'."},
@@ -108,6 +132,10 @@ TEST(Options, SayWhatIsWrong) {
         {{"--delay", "-1"}, "--delay: '-1' is no number from 0 to 3600000"},
         {{"--ramp", "0"}, "--ramp: '0' is no number from 1 to 3600000"},
         {{"--connections", "-1"}, "--connections: '-1' is no number from 0 to 65535"},
+        {{"--connection-size", "7"}, "--connection-size: '7' is no number from 8 to 511"},
+        {{"--connection-size", "512"}, "--connection-size: '512' is no number from 8 to 511"},
+        {{"--profile", "new"}, "--profile: there is no 'new' (early, older, newer)"},
+        {{"--tag-list", "some"}, "--tag-list: 'some' is neither all, partial nor none"},
         {{"--unknown-tag-status", "06"}, "--unknown-tag-status: '06' is neither 04 nor 05"},
         {{"--bool-true", "2"}, "--bool-true: '2' is neither 01 nor ff"},
         {{"--fault", "sillence"}, "--fault: fault 'sillence': there is no fault 'sillence'"},
@@ -123,7 +151,7 @@ TEST(Options, SayWhatIsWrong) {
         QString text;
         EXPECT_EQ(ParseResult::exitUsage,
                   parseOptions(QStringList("micro800-sim") + row.arguments, &options, &text));
-        EXPECT_EQ(row.error, text.toStdString());
+        EXPECT_EQ(row.problem, text.toStdString());
     }
 }
 
@@ -150,8 +178,8 @@ TEST(LoadTags, TakesFilesBeforeOptions) {
     options.tags = QStringList("B:DINT");
     options.tagFiles = QStringList(file.fileName());
     sim::TagTable table;
-    QString error;
-    ASSERT_TRUE(loadTags(options, table, &error)) << error.toStdString();
+    QString problem;
+    ASSERT_TRUE(loadTags(options, table, &problem)) << problem.toStdString();
     EXPECT_EQ("A", table.at(0).name());
     EXPECT_EQ("B", table.at(1).name());
 }
@@ -177,7 +205,7 @@ TEST(LoadTags, SaysWhatIsWrong) {
     tooMany.controller.tags.oracle = true;
     const struct {
         Options options;
-        QString error;
+        QString problem;
     } rows[] = {
         {noFile, "--tags " + dir.filePath("none.json") + ": No such file or directory"},
         {badFile, "--tags " + path + ": "},
@@ -187,9 +215,9 @@ TEST(LoadTags, SaysWhatIsWrong) {
     };
     for (const auto& row : rows) {
         sim::TagTable table;
-        QString error;
-        EXPECT_FALSE(loadTags(row.options, table, &error));
-        EXPECT_EQ(row.error.toStdString(), error.left(row.error.size()).toStdString());
+        QString problem;
+        EXPECT_FALSE(loadTags(row.options, table, &problem));
+        EXPECT_EQ(row.problem.toStdString(), problem.left(row.problem.size()).toStdString());
     }
 }
 
@@ -204,19 +232,19 @@ TEST(LoadFiles, TakesDefaultsThenJsonThenOptions) {
     options.files = QStringList("N9[3]=1");
     sim::DataTable table;
     sim::TagTable tags;
-    QString error;
-    EXPECT_TRUE(loadTags(options, tags, &error)) << error.toStdString();
-    ASSERT_TRUE(loadFiles(options, table, &error)) << error.toStdString();
+    QString problem;
+    EXPECT_TRUE(loadTags(options, tags, &problem)) << problem.toStdString();
+    ASSERT_TRUE(loadFiles(options, table, &problem)) << problem.toStdString();
     EXPECT_EQ(2u, table.find(7)->elements);
     EXPECT_EQ(3u, table.find(9)->elements);
     EXPECT_TRUE(table.find(8));
     options.files = QStringList("X9");
-    EXPECT_FALSE(loadFiles(options, table, &error));
+    EXPECT_FALSE(loadFiles(options, table, &problem));
     EXPECT_EQ("file 'X9': 'X9' is no file: a letter of SBTCRNFL and a number up to 999",
-              error.toStdString());
+              problem.toStdString());
     options.files.clear();
     options.tagFiles = QStringList(dir.filePath("none.json"));
-    EXPECT_FALSE(loadFiles(options, table, &error));
+    EXPECT_FALSE(loadFiles(options, table, &problem));
 }
 
 }  // namespace

@@ -26,33 +26,33 @@ void replaceMark(std::string* text, const char* mark, uint32_t value) {
 
 }  // namespace
 
-WireClient::WireClient(uint16_t port) : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+WireClient::WireClient(uint16_t port) : descriptor(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
     sockaddr_in address = {};
     address.sin_family = AF_INET;
     address.sin_port = htons(port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     const int on = 1;
-    setsockopt(m_socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    if (connect(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
+    setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    if (connect(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
         close();
     }
 }
 
 void WireClient::close() {
-    if (m_socket >= 0) {
-        ::close(m_socket);
-        m_socket = -1;
+    if (descriptor >= 0) {
+        ::close(descriptor);
+        descriptor = -1;
     }
 }
 
 bool WireClient::open(uint32_t originator) {
-    m_received.clear();
+    received.clear();
     const sim::Bytes registered =
         hex(exchange("6500 0400 00000000 00000000 0000000000000000 00000000 0100 0000"));
     if (registered.size() != 28 || sim::get32(registered, 8) != 0) {
         return false;
     }
-    m_session = sim::get32(registered, 4);
+    handle = sim::get32(registered, 4);
     return openConnection(originator);
 }
 
@@ -67,7 +67,7 @@ bool WireClient::openConnection(uint32_t originator) {
     if (opened.size() != 70 || sim::get8(opened, 42) != 0) {
         return false;
     }
-    m_connection = sim::get32(opened, 44);
+    connection = sim::get32(opened, 44);
     return true;
 }
 
@@ -76,8 +76,8 @@ sim::Bytes WireClient::fill(const std::string& text) const {
     for (const char c : text) {
         plain += c == ' ' ? "" : std::string(1, c);
     }
-    replaceMark(&plain, "SSSSSSSS", m_session);
-    replaceMark(&plain, "CCCCCCCC", m_connection);
+    replaceMark(&plain, "SSSSSSSS", handle);
+    replaceMark(&plain, "CCCCCCCC", connection);
     return hex(plain);
 }
 
@@ -87,12 +87,12 @@ std::string WireClient::expected(const std::string& text) const {
 
 bool WireClient::send(const std::string& text) {
     const sim::Bytes bytes = fill(text);
-    return ::send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL) == ssize_t(bytes.size());
+    return ::send(descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL) == ssize_t(bytes.size());
 }
 
 bool WireClient::sendByteByByte(const std::string& text) {
     for (const uint8_t byte : fill(text)) {
-        if (::send(m_socket, &byte, 1, MSG_NOSIGNAL) != 1) {
+        if (::send(descriptor, &byte, 1, MSG_NOSIGNAL) != 1) {
             return false;
         }
     }
@@ -102,24 +102,24 @@ bool WireClient::sendByteByByte(const std::string& text) {
 std::string WireClient::receive(int timeoutMs) {
     const Clock::time_point end = Clock::now() + std::chrono::milliseconds(timeoutMs);
     for (;;) {
-        const size_t size = 24 + sim::get16(m_received, 2);
-        if (m_received.size() >= 24 && m_received.size() >= size) {
-            const std::string frame = hexOf(sim::ByteView(m_received.data(), size));
-            m_received.erase(m_received.begin(), m_received.begin() + long(size));
+        const size_t size = 24 + sim::get16(received, 2);
+        if (received.size() >= 24 && received.size() >= size) {
+            const std::string frame = hexOf(sim::ByteView(received.data(), size));
+            received.erase(received.begin(), received.begin() + long(size));
             return frame;
         }
         const auto left =
             std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now()).count();
-        pollfd ready = {m_socket, POLLIN, 0};
+        pollfd ready = {descriptor, POLLIN, 0};
         if (left < 0 || poll(&ready, 1, int(left)) <= 0) {
             return "";
         }
         uint8_t buffer[65536];
-        const ssize_t got = recv(m_socket, buffer, sizeof buffer, 0);
+        const ssize_t got = recv(descriptor, buffer, sizeof buffer, 0);
         if (got <= 0) {
             return got < 0 && errno == ECONNRESET ? "reset" : "closed";
         }
-        m_received.insert(m_received.end(), buffer, buffer + got);
+        received.insert(received.end(), buffer, buffer + got);
     }
 }
 
@@ -128,5 +128,5 @@ std::string WireClient::exchange(const std::string& text) {
 }
 
 std::string WireClient::partial() const {
-    return hexOf(m_received);
+    return hexOf(received);
 }

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "apps/simulator/bytes.h"
+#include "apps/simulator/wire/bytes.h"
 
 /// A bare socket that sends bytes written out by hand. Every wait has a limit.
 class WireClient {
@@ -15,7 +15,7 @@ class WireClient {
     WireClient(const WireClient&) = delete;
     WireClient& operator=(const WireClient&) = delete;
 
-    bool isOpen() const { return m_socket >= 0; }
+    bool isOpen() const { return descriptor >= 0; }
     void close();
 
     /// Registers a session and opens a connection, whose originator has this serial number. False
@@ -37,15 +37,15 @@ class WireClient {
     /// The bytes with session and connection put in, in hexadecimal.
     std::string expected(const std::string& text) const;
 
-    uint32_t session() const { return m_session; }
+    uint32_t session() const { return handle; }
 
  private:
     sim::Bytes fill(const std::string& text) const;
 
-    int m_socket;
-    uint32_t m_session = 0;
-    uint32_t m_connection = 0;
-    sim::Bytes m_received;
+    int descriptor;
+    uint32_t handle = 0;
+    uint32_t connection = 0;
+    sim::Bytes received;
 };
 
 #endif

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QSqlDatabase>
 #include <QStringList>
@@ -13,7 +14,7 @@
 namespace {
 
 class Device : public AbstractDeviceInterface {
-  public:
+ public:
     explicit Device(int link)
         : device(device_type(32), "COM2", 9600, 8, 0, 0), driver(500, 0, 0, 0) {
         device.linkID = link;
@@ -55,7 +56,9 @@ struct BadRange {
     int dims;
 };
 
-void PrintTo(const BadRange& row, std::ostream* out) { *out << row.ranges; }
+void PrintTo(const BadRange& row, std::ostream* out) {
+    *out << row.ranges;
+}
 
 class BadRanges : public ::testing::TestWithParam<BadRange> {};
 
@@ -137,9 +140,7 @@ TEST(ArrayDefinitions, AreReadOnceAndTheDatabaseIsClosed) {
     DriverABMicro800Eth driver;
     Device device(1);
     ASSERT_TRUE(driver.readDB(&device));
-    ASSERT_EQ(1, QSqlDatabase::connectionNames().size());
-    EXPECT_FALSE(
-        QSqlDatabase::database(QSqlDatabase::connectionNames().first(), false).isOpen());
+    EXPECT_EQ(0, QSqlDatabase::connectionNames().size());
     removeProjectDatabase();
     EXPECT_TRUE(driver.readDB(&device));
     EXPECT_EQ(10, driver.arraySize("ARR"));
@@ -173,12 +174,134 @@ TEST(ArrayDefinitions, BrokenDatabaseIsAnErrorAndNoCrash) {
     EXPECT_EQ(QString("failed to initialize array definition table"), driver.getLastError());
 }
 
+const char kTableProblem[] = "failed to initialize array definition table";
+
+/// What the driver says about a project whose database was made by these statements. It keeps
+/// nothing of it.
+QString problemWith(const QStringList& statements) {
+    writeProjectDatabase(QStringList());
+    removeProjectDatabase();
+    changeProjectDatabase(statements);
+    DriverABMicro800Eth driver;
+    Device device(1);
+    EXPECT_FALSE(driver.readDB(&device));
+    EXPECT_TRUE(driver.hasError());
+    EXPECT_FALSE(driver.arrayDefined("A"));
+    return driver.getLastError();
+}
+
+/// Statements for a table with so many rows of link 1, each with the address that the SQL
+/// expression gives for its row number x.
+QStringList tableOf(int rows, const QString& address) {
+    return QStringList()
+           << "CREATE TABLE custom_tag_table (address TEXT, connector_id INT)"
+           << QString(
+                  "INSERT INTO custom_tag_table WITH RECURSIVE n(x) AS (SELECT 1 UNION ALL "
+                  "SELECT x + 1 FROM n WHERE x < %1) SELECT %2, 1 FROM n")
+                  .arg(QString::number(rows), address);
+}
+
+struct NoTable {
+    const char* name;
+    const char* statement;
+};
+
+void PrintTo(const NoTable& row, std::ostream* out) {
+    *out << row.name;
+}
+
+const NoTable kNoTables[] = {
+    {"EndlessView",
+     "CREATE VIEW custom_tag_table AS WITH RECURSIVE n(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM "
+     "n) SELECT 'DINT0:A[0..9]' AS address, 1 AS connector_id FROM n"},
+    {"ViewThatNeverComesToARow",
+     "CREATE VIEW Custom_Tag_Table AS WITH RECURSIVE n(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM "
+     "n) SELECT 'DINT0:A[0..9]' AS address, 1 AS connector_id FROM n WHERE x < 0"},
+    {"VirtualTable", "CREATE VIRTUAL TABLE custom_tag_table USING fts3(address, connector_id)"},
+};
+
+class DeclarationsInNoTable : public ::testing::TestWithParam<NoTable> {};
+
+TEST_P(DeclarationsInNoTable, AreRefused) {
+    EXPECT_EQ(QString(kTableProblem) + ": custom_tag_table is not a table",
+              problemWith(QStringList(GetParam().statement)));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, DeclarationsInNoTable, ::testing::ValuesIn(kNoTables));
+
+TEST(ArrayDefinitions, AMissingTableHasTheFixedTextOnly) {
+    EXPECT_EQ(QString(kTableProblem),
+              problemWith(QStringList("CREATE TABLE other (address TEXT)")));
+}
+
+TEST(ArrayDefinitions, MoreRowsThanAnyProjectHasAreRefused) {
+    EXPECT_EQ(QString(kTableProblem) + ": more than 100000 rows",
+              problemWith(tableOf(100001, "'DINT0:A[0..9]'")));
+}
+
+TEST(ArrayDefinitions, ALongAddressIsRefused) {
+    EXPECT_EQ(QString(kTableProblem) + ": an address has more than 512 characters",
+              problemWith(tableOf(3,
+                                  "CASE x WHEN 2 THEN 'DINT0:A' || hex(zeroblob(250)) || '[0..9]' "
+                                  "ELSE 'DINT0:A[0..9]' END")));
+}
+
+TEST(ArrayDefinitions, AsManyAndAsLongAsTheLimitsAreTaken) {
+    const QString name = QString(500, 'A');  // with prefix and range 512 characters
+    writeProjectDatabase(QStringList());
+    removeProjectDatabase();
+    changeProjectDatabase(
+        tableOf(100000, "CASE x WHEN 100000 THEN 'DINT0:" + name + "[0..9]' ELSE 'REAL0:B' END"));
+    DriverABMicro800Eth driver;
+    Device device(1);
+    ASSERT_TRUE(driver.readDB(&device)) << driver.getLastError().toStdString();
+    EXPECT_EQ(10, driver.arraySize(name));
+}
+
+TEST(ArrayDefinitions, ADamageBehindTheFirstRowsIsAnError) {
+    writeProjectDatabase(QStringList());
+    removeProjectDatabase();
+    const QString path =
+        changeProjectDatabase(tableOf(3000, "'DINT0:A' || substr('x', 1, x - 1) || '[0..9]'"));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    const int kPageSize = 4096;
+    ASSERT_TRUE(file.seek(9 * kPageSize));  // a page of rows in the middle
+    ASSERT_EQ(kPageSize, file.write(QByteArray(kPageSize, '\xff')));
+    file.close();
+    DriverABMicro800Eth driver;
+    Device device(1);
+    EXPECT_FALSE(driver.readDB(&device));
+    EXPECT_EQ(QString(kTableProblem) + ": database disk image is malformed", driver.getLastError());
+    EXPECT_FALSE(driver.arrayDefined("A"));
+}
+
+TEST(ArrayDefinitions, ALockedDatabaseDelaysForLessThanASecond) {
+    writeProjectDatabase(QStringList("DINT0:A[0..9]"));
+    DriverABMicro800Eth driver;
+    Device device(1);
+    {
+        const ProjectLock lock;
+        QElapsedTimer timer;
+        timer.start();
+        EXPECT_FALSE(driver.readDB(&device));
+        EXPECT_GT(1000, timer.elapsed());
+        EXPECT_EQ(QString(kTableProblem), driver.getLastError());
+    }
+    EXPECT_TRUE(driver.readDB(&device));
+    EXPECT_EQ(10, driver.arraySize("A"));
+}
+
+/// Where the declarations could not be read the connection stays for the next attempt.
 TEST(ArrayDefinitions, DestructionRemovesTheConnection) {
-    writeProjectDatabase(QStringList("DINT0:ARR[0..9]"));
+    const QString path = writeProjectDatabase(QStringList());
+    QFile::remove(path);
+    QFile empty(path);
+    ASSERT_TRUE(empty.open(QIODevice::WriteOnly));
     {
         DriverABMicro800Eth driver;
         Device device(1);
-        ASSERT_TRUE(driver.readDB(&device));
+        ASSERT_FALSE(driver.readDB(&device));
         EXPECT_EQ(1, QSqlDatabase::connectionNames().size());
     }
     EXPECT_EQ(0, QSqlDatabase::connectionNames().size());

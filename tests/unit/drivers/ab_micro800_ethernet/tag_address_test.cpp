@@ -31,7 +31,9 @@ struct PrefixRow {
     int size;
 };
 
-void PrintTo(const PrefixRow& row, std::ostream* out) { *out << row.symbol; }
+void PrintTo(const PrefixRow& row, std::ostream* out) {
+    *out << row.symbol;
+}
 
 class TagAddressPrefix : public ::testing::TestWithParam<PrefixRow> {};
 
@@ -41,16 +43,17 @@ TEST_P(TagAddressPrefix, HasItsCodeAndSize) {
     EXPECT_EQ(GetParam().size, driver.prefixSymbolToDataSize(GetParam().symbol));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    All, TagAddressPrefix,
-    ::testing::Values(PrefixRow{"USINT0", 0xC6, 1}, PrefixRow{"SINT0", 0xC2, 1},
-                      PrefixRow{"INT0", 0xC3, 2}, PrefixRow{"UINT0", 0xC7, 2},
-                      PrefixRow{"UDINT0", 0xC8, 4}, PrefixRow{"DINT0", 0xC4, 4},
-                      PrefixRow{"REAL0", 0xCA, 4}, PrefixRow{"LREAL0", 0xCB, 8},
-                      PrefixRow{"STRING0", 0xDA, -1}, PrefixRow{"BOOL0", 0xC1, 1},
-                      PrefixRow{"uint0", 0, 2}, PrefixRow{"lReal0", 0, 8},
-                      PrefixRow{"USINTEGER", 0, 1}, PrefixRow{"WORD0", 0, -1},
-                      PrefixRow{"", 0, -1}));
+INSTANTIATE_TEST_SUITE_P(All, TagAddressPrefix,
+                         ::testing::Values(PrefixRow{"USINT0", 0xC6, 1},
+                                           PrefixRow{"SINT0", 0xC2, 1}, PrefixRow{"INT0", 0xC3, 2},
+                                           PrefixRow{"UINT0", 0xC7, 2},
+                                           PrefixRow{"UDINT0", 0xC8, 4},
+                                           PrefixRow{"DINT0", 0xC4, 4}, PrefixRow{"REAL0", 0xCA, 4},
+                                           PrefixRow{"LREAL0", 0xCB, 8},
+                                           PrefixRow{"STRING0", 0xDA, -1},
+                                           PrefixRow{"BOOL0", 0xC1, 1}, PrefixRow{"uint0", 0, 2},
+                                           PrefixRow{"lReal0", 0, 8}, PrefixRow{"USINTEGER", 0, 1},
+                                           PrefixRow{"WORD0", 0, -1}, PrefixRow{"", 0, -1}));
 
 TEST(TagAddress, NumberIsRoundedUp) {
     DriverABMicro800Eth driver;

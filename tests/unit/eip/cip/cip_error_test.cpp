@@ -121,4 +121,19 @@ TEST(CipErrorRecord, EachThreadHasItsOwn) {
     EXPECT_STREQ("MR error: 0004H", cip_err_msg());
 }
 
+TEST(CipErrorRecord, TextIsAppended) {
+    CIPERROR(5, 5, 0);
+    CIPAppendErrMsg("; more");
+    CIPAppendErrMsg("");
+    EXPECT_STREQ("AB error: 0005H; more", cip_err_msg());
+    EXPECT_EQ((CipError{5, 5, 0}), lastError());
+    CIPAppendErrMsg(std::string(300, 'x').c_str());
+    EXPECT_EQ(255u, strlen(cip_err_msg()));
+    CIPAppendErrMsg("y");
+    EXPECT_EQ(255u, strlen(cip_err_msg()));
+    EXPECT_EQ('x', cip_err_msg()[254]);
+    CIPERROR(5, 5, 0);
+    EXPECT_STREQ("AB error: 0005H", cip_err_msg());
+}
+
 }  // namespace

@@ -81,6 +81,18 @@ TEST_F(ConnectedSend, BadArguments) {
     EXPECT_EQ(1024u, transport.requests.at(0).size());
 }
 
+TEST_F(ConnectedSend, NothingGoesOutThatTheConnectionDoesNotCarry) {
+    const Bytes request = filled(600, 0);
+    connection.connectionSize = 504;
+    EXPECT_EQ(nullptr, _ConnectedSend(session, &connection, request.data(), 503));
+    EXPECT_EQ((CipError{0, -31, 0}), lastError());
+    EXPECT_EQ(0, connection.sequenceCount);
+    EXPECT_TRUE(transport.requests.empty());
+    EXPECT_EQ(nullptr, _ConnectedSend(session, &connection, request.data(), 502));
+    // Length of the connected data item: the sequence count and 502 bytes.
+    EXPECT_EQ("B1 00 F8 01", hexOf(bytesAt(transport.requests.at(0).data() + 40, 4)));
+}
+
 TEST_F(ConnectedSend, NoReply) {
     EXPECT_EQ("null", send());
     EXPECT_EQ((CipError{0, -5, 0}), lastError());
@@ -96,13 +108,49 @@ TEST_F(ConnectedSend, CopyOfTheItem) {
 }
 
 TEST_F(ConnectedSend, EncapsulationRefusal) {
-    transport.play(message(0x70, 0x77, 0x64, Bytes()));
+    for (uint32_t session : {0x77u, 0u}) {
+        transport.play(message(0x70, session, 0x64, Bytes()));
+        EXPECT_EQ("null", send());
+        EXPECT_EQ((CipError{2, 0x64, 0}), lastError());
+    }
+    transport.play(message(0x70, 0x77, 0x64, bytes("00 00 00 00 00 00 | 00 00")));
     EXPECT_EQ("null", send());
     EXPECT_EQ((CipError{2, 0x64, 0}), lastError());
+}
+
+TEST_F(ConnectedSend, EncapsulationStatusBesideADataItem) {
     transport.play(message(0x70, 0x77, 1, bytes(kGoodBody)));
-    connection.sequenceCount = 0;
-    EXPECT_EQ("null", send());
+    EXPECT_EQ("B1 00 08 00 01 00 CC 00 00 00 C1 00 00 00", send());
     EXPECT_EQ((CipError{2, 1, 0}), lastError());
+    connection.sequenceCount = 0;
+    transport.play(message(0x70, 0x78, 1, bytes(kGoodBody)));
+    EXPECT_EQ("null", send()) << "of another session";
+    EXPECT_EQ((CipError{0, -7, 0}), lastError());
+    connection.sequenceCount = 1;
+    transport.play(message(0x70, 0x77, 1, bytes(kGoodBody)));
+    EXPECT_EQ("null", send()) << "of another request";
+    EXPECT_EQ((CipError{0, -7, 0}), lastError());
+}
+
+TEST_F(ConnectedSend, WhatATargetAddsIsTaken) {
+    for (const char* body : {
+             // another interface handle
+             "01 00 00 00 00 00 | 02 00 | A1 00 04 00 01 00 FE 80 | B1 00 06 00 01 00 CD 00 00 00",
+             // socket address items (Vol. 2, table 2-6.9), an item of an unknown type
+             "00 00 00 00 00 00 | 03 00 | A1 00 04 00 01 00 FE 80 | B1 00 06 00 01 00 CD 00 00 00 |"
+             "00 80 10 00 00 02 AF 12 C0 A8 01 14 00 00 00 00 00 00 00 00",
+             "00 00 00 00 00 00 | 04 00 | A1 00 04 00 01 00 FE 80 | B1 00 06 00 01 00 CD 00 00 00 |"
+             "00 80 00 00 | 34 12 01 00 00",
+             // an item that is announced and not there, bytes that nothing announces
+             "00 00 00 00 00 00 | 03 00 | A1 00 04 00 01 00 FE 80 | B1 00 06 00 01 00 CD 00 00 00",
+             "00 00 00 00 00 00 | 02 00 | A1 00 04 00 01 00 FE 80 | B1 00 06 00 01 00 CD 00 00 00 |"
+             "CC",
+         }) {
+        connection.sequenceCount = 0;
+        playBody(body);
+        EXPECT_EQ("B1 00 06 00 01 00 CD 00 00 00 00 00", send()) << body;
+        EXPECT_EQ((CipError{2, 0, 0}), lastError()) << body;
+    }
 }
 
 TEST_F(ConnectedSend, NoDataItem) {
@@ -140,23 +188,18 @@ TEST_F(ConnectedSend, AnotherSequenceCount) {
 
 TEST_F(ConnectedSend, ItemsThatDoNotHoldTogether) {
     for (const char* body : {
-             // another interface
-             "01 00 00 00 00 00 | 02 00 | A1 00 04 00 01 00 FE 80 | B1 00 02 00 01 00",
              // address item of another type, of another length
              "00 00 00 00 00 00 | 02 00 | 00 00 04 00 01 00 FE 80 | B1 00 02 00 01 00",
              "00 00 00 00 00 00 | 02 00 | 00 00 00 00 | B1 00 02 00 01 00",
              "00 00 00 00 00 00 | 02 00 | A1 00 02 00 01 00 | B1 00 02 00 01 00",
              "00 00 00 00 00 00 | 02 00 | A1 00 FF FF 01 00 FE 80 | B1 00 02 00 01 00",
-             // data item of another type, past the end, before the end, without a sequence count
+             // data item of another type, past the end, without a sequence count
              "00 00 00 00 00 00 | 02 00 | A1 00 04 00 01 00 FE 80 | B2 00 02 00 01 00",
              "00 00 00 00 00 00 | 02 00 | A1 00 04 00 01 00 FE 80 | B1 00 03 00 01 00",
              "00 00 00 00 00 00 | 02 00 | A1 00 04 00 01 00 FE 80 | B1 00 FF FF 01 00",
-             "00 00 00 00 00 00 | 02 00 | A1 00 04 00 01 00 FE 80 | B1 00 02 00 01 00 CC",
              "00 00 00 00 00 00 | 02 00 | A1 00 04 00 01 00 FE 80 | B1 00 01 00 01",
              "00 00 00 00 00 00 | 02 00 | A1 00 04 00 01 00 FE 80 | B1 00 00 00",
-             // more items than two, fewer bytes than a count
-             "00 00 00 00 00 00 | 03 00 | A1 00 04 00 01 00 FE 80 | B1 00 02 00 01 00",
-             "00 00 00 00 00 00 | FF FF | A1 00 04 00 01 00 FE 80 | B1 00 02 00 01 00",
+             // fewer bytes than a count, an item that is not there
              "00 00 00 00 00 00 | 02",
              "00 00 00 00 00 00 | 02 00 | A1 00 04 00 01 00 FE 80",
          }) {

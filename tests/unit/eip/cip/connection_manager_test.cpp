@@ -47,6 +47,17 @@ TEST(ConnectionDefaults, Values) {
     EXPECT_EQ(0x02, _TimeOutMultiplier);
 }
 
+TEST_F(ConnectionManager, DefaultsAreAProgramsToSet) {
+    const uint8_t priority = _Priority;
+    const uint8_t ticks = _TimeOut_Ticks;
+    _Priority = 0x0A;
+    _TimeOut_Ticks = 0x0E;
+    _Forward_Close(connection(bytes("20 02 24 01")));
+    _Priority = priority;
+    _TimeOut_Ticks = ticks;
+    EXPECT_EQ("4E 02 20 06 24 01 0A 0E", hexOf(bytesAt(transport.requests.at(0).data() + 40, 8)));
+}
+
 TEST_F(ConnectionManager, CloseRequestBytes) {
     // CIP Vol. 1, 3-5.5.3, in SendRRData (Vol. 2, 2-4.7)
     EXPECT_EQ(-1, _Forward_Close(connection(bytes("20 02 24 01"))));
@@ -57,6 +68,27 @@ TEST_F(ConnectionManager, CloseRequestBytes) {
                     "07 9A | B2 B1 | C2 C1 | D4 D3 D2 D1 | 02 00 | 20 02 24 01")),
         hexOf(transport.requests.at(0)));
     EXPECT_EQ((CipError{0, -5, 0}), lastError());
+}
+
+TEST_F(ConnectionManager, CloseWithoutWaiting) {
+    playReply("CE 00 00 00");
+    EXPECT_EQ(62, _SendForwardClose(connection(bytes("20 02 24 01"))));
+    EXPECT_TRUE(transport.timeouts.empty()) << "nothing is awaited";
+    EXPECT_EQ(
+        hexOf(bytes("6F 00 26 00 77 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 | "
+                    "00 00 00 00 01 00 | 02 00 00 00 00 00 B2 00 16 00 | "
+                    "4E 02 20 06 24 01 | "
+                    "07 9A | B2 B1 | C2 C1 | D4 D3 D2 D1 | 02 00 | 20 02 24 01")),
+        hexOf(transport.requests.at(0)));
+    EXPECT_EQ((CipError{0, 0, 0}), lastError());
+    EXPECT_EQ(40 + 6 + 12 + 256, _SendForwardClose(connection(filled(255, 0x5A))));
+    transport.sendResult = 0;
+    EXPECT_EQ(0, _SendForwardClose(connection(bytes("20 02 24 01"))));
+    EXPECT_EQ(-1, _SendForwardClose(nullptr));
+    EXPECT_EQ((CipError{0, -1, 0}), lastError());
+    session->transport = nullptr;
+    EXPECT_EQ(-1, _SendForwardClose(connection(bytes("20 02 24 01"))));
+    EXPECT_EQ((CipError{0, -6, 0}), lastError());
 }
 
 TEST_F(ConnectionManager, OddPathsArePadded) {

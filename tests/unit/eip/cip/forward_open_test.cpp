@@ -130,6 +130,27 @@ TEST_F(ForwardOpen, RecordOfAnOpenConnection) {
     EXPECT_EQ(nullptr, connection);
 }
 
+/// Bits 0 to 8 of the network connection parameters (CIP Vol. 1, 3-5.5.1.1).
+TEST_F(ForwardOpen, SizeOfTheConnection) {
+    const struct {
+        uint16_t parameters;
+        int size;
+        int requestLimit;  ///< without the sequence count
+    } rows[] = {{0x43F8, 504, 502}, {0x4302, 258, 256},     {0x43FF, 511, 509},
+                {0x4202, 2, 0},     {0x4200, 0, INT32_MAX}, {0xFE00, 0, INT32_MAX}};
+    for (const auto& row : rows) {
+        playReply(kGoodReply);
+        _Eip_Connection* connection =
+            _Forward_Open(session, 5, 247, 0x80FE0001, 2, 0x501B, 0x11223344, 2, 2000,
+                          row.parameters, 0xA3, ROUTER_PATH, 4);
+        ASSERT_TRUE(connection);
+        EXPECT_EQ(row.size, connection->connectionSize);
+        EXPECT_EQ(row.requestLimit, _GetConnectedRequestLimit(connection));
+        DeleteConnection(&connection);
+    }
+    EXPECT_EQ(INT32_MAX, _GetConnectedRequestLimit(nullptr));
+}
+
 TEST_F(ForwardOpen, WholeReply) {
     playReply(kGoodReply);
     _Eip_Connection* connection = open();

@@ -263,6 +263,12 @@ const Good kGood[] = {
     {"CC 00 00 00 DA 00 02 48 65 6C 6C 6F", 0xDA, 2, 5, 2, "48 65 6C 6C 6F"},
     {"CC 00 00 00 DA 00 00", 0xDA, 1, 0, 0, ""},
     {"CC 00 00 00 DA 00 00 41 42", 0xDA, 1, 2, 0, "41 42"},
+    // bytes left over behind the last whole element
+    {"CC 00 00 00 C3 00 01 00 02", 0xC3, 1, 3, 2, "01 00 02"},
+    {"CC 00 00 00 C4 00 01 00 00 00 02", 0xC4, 1, 5, 4, "01 00 00 00 02"},
+    {"CC 00 00 00 C4 00 01 00 00 00 02 00 00 00 03 00 00", 0xC4, 2, 11, 4,
+     "01 00 00 00 02 00 00 00 03 00 00"},
+    {"CC 00 00 00 CB 00 01 02 03 04 05 06 07 08 09", 0xCB, 1, 9, 8, "01 02 03 04 05 06 07 08 09"},
 };
 
 TEST(DecodeLGX, EveryType) {
@@ -298,13 +304,9 @@ TEST(DecodeLGX, Refused) {
         {"CC 00 00 00 C4 00", {0, -102, 248}},
         {"CC 00 00 00 C4 00 01 02 03", {0, -102, 248}},
         {"CC 00 00 00 CB 00 01 02 03 04 05 06 07", {0, -102, 248}},
-        // no whole number of elements
-        {"CC 00 00 00 C3 00 01 00 02", kInvalid},
-        {"CC 00 00 00 C4 00 01 00 00 00 02", kInvalid},
-        {"CC 00 00 00 CB 00 01 02 03 04 05 06 07 08 09", kInvalid},
         // string longer than its data, without its length
-        {"CC 00 00 00 DA 00 05 48 65 6C 6C", kInvalid},
-        {"CC 00 00 00 DA 00 FF", kInvalid},
+        {"CC 00 00 00 DA 00 05 48 65 6C 6C", {0, -102, 248}},
+        {"CC 00 00 00 DA 00 FF", {0, -102, 248}},
         {"CC 00 00 00 DA 00", kInvalid},
         // cut short
         {"CC 00 00 00 C4", kInvalid},
@@ -319,8 +321,11 @@ TEST(DecodeLGX, Refused) {
         EXPECT_FALSE(decode(row.reply)) << row.reply;
         EXPECT_EQ(row.error, lastError()) << row.reply;
     }
-    EXPECT_EQ(nullptr, _DecodeLGX(nullptr, 100));
-    EXPECT_EQ(kInvalid, lastError());
+    for (int length : {100, 0, -1}) {
+        CIPERROR(0, 0, 0);
+        EXPECT_EQ(nullptr, _DecodeLGX(nullptr, length));
+        EXPECT_EQ((CipError{0, -102, 236}), lastError());
+    }
 }
 
 TEST(DecodeLGX, WildLengths) {

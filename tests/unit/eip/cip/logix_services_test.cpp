@@ -101,6 +101,15 @@ TEST_F(LogixServices, NothingGoesOutThatDoesNotFit) {
     EXPECT_LE(transport.requests.size(), 1u);
 }
 
+TEST_F(LogixServices, NameThatNoSegmentHoldsIsNotSent) {
+    const std::string name(256, 'A');
+    EXPECT_EQ("null", read(name.c_str(), 1));
+    EXPECT_EQ((CipError{0, -31, 0}), lastError());
+    EXPECT_EQ(-1, _WriteLgxData(session, &connection, name.c_str(), LGX_TYPE_SINT, "x", 1));
+    EXPECT_EQ((CipError{0, -31, 0}), lastError());
+    EXPECT_TRUE(transport.requests.empty());
+}
+
 TEST_F(LogixServices, BadArguments) {
     EXPECT_EQ(nullptr, _ReadLgxData(nullptr, &connection, "A", 1));
     EXPECT_EQ((CipError{0, -1, 0}), lastError());
@@ -123,12 +132,25 @@ TEST_F(LogixServices, ReadsAValue) {
     EXPECT_EQ("", read("Name", 1));
 }
 
-TEST_F(LogixServices, AnotherNumberOfElementsIsNoAnswer) {
-    for (uint16_t count : {0, 1, 3, 0xFFFF}) {
+TEST_F(LogixServices, FewerElementsThanAskedForAreNoAnswer) {
+    for (uint16_t count : {3, 4, 0xFFFF}) {
         answer("CC 00 00 00 C4 00 01 00 00 00 02 00 00 00");
         EXPECT_EQ("null", read("A", count)) << count;
         EXPECT_EQ(kInvalid, lastError()) << count;
     }
+    answer("CC 00 00 00 C4 00 01 00 00 00 02 00 00");
+    EXPECT_EQ("null", read("A", 2)) << "the second is not whole";
+    EXPECT_EQ(kInvalid, lastError());
+}
+
+TEST_F(LogixServices, MoreElementsAndBytesAreTaken) {
+    for (uint16_t count : {0, 1, 2}) {
+        answer("CC 00 00 00 C4 00 01 00 00 00 02 00 00 00");
+        EXPECT_EQ("01 00 00 00 02 00 00 00", read("A", count)) << count;
+        EXPECT_EQ((CipError{0, 0, 0}), lastError()) << count;
+    }
+    answer("CC 00 00 00 C4 00 01 00 00 00 FF");
+    EXPECT_EQ("01 00 00 00 FF", read("A", 1));
 }
 
 TEST_F(LogixServices, Refusals) {
@@ -162,12 +184,17 @@ TEST_F(LogixServices, Refusals) {
 
 TEST_F(LogixServices, OnlyTheOwnServicesReplyIsAnAnswer) {
     for (const char* reply :
-         {"CD 00 00 00 C4 00 2A 00 00 00", "CB 00 00 00 C4 00 2A 00 00 00", "CD 00 05 00",
-          "8A 00 00 00 01 00 04 00 CC 00 00 00 C4 00 2A 00 00 00"}) {
+         {"CD 00 00 00 C4 00 2A 00 00 00", "CB 00 00 00 C4 00 2A 00 00 00", "CD 00 00 00"}) {
         answer(reply);
         EXPECT_EQ("null", read("A", 1));
-        EXPECT_EQ(kInvalid, lastError()) << reply;
+        EXPECT_EQ((CipError{0, -102, 236}), lastError()) << reply;
     }
+    answer("CD 00 05 00");
+    EXPECT_EQ("null", read("A", 1));
+    EXPECT_EQ((CipError{5, 5, 0}), lastError());
+    answer("8A 00 00 00 01 00 04 00 CC 00 00 00 C4 00 2A 00 00 00");
+    EXPECT_EQ("null", read("A", 1));
+    EXPECT_EQ(kInvalid, lastError());
     for (const char* reply : {"4C 00 00 00 C4 00 2A 00 00 00", "D2 00 00 00", "00 00 00 00"}) {
         answer(reply);
         EXPECT_EQ("null", read("A", 1));
@@ -179,6 +206,9 @@ TEST_F(LogixServices, OnlyTheOwnServicesReplyIsAnAnswer) {
         EXPECT_EQ(-1, write(0xC1, bytes("01"), 1));
         EXPECT_EQ(kInvalid, lastError()) << reply;
     }
+    answer("CC 00 05 00");
+    EXPECT_EQ(-1, write(0xC1, bytes("01"), 1));
+    EXPECT_EQ((CipError{5, 5, 0}), lastError());
 }
 
 TEST_F(LogixServices, WriteGivesTheNumberOfReplies) {
@@ -200,8 +230,8 @@ TEST_F(LogixServices, DecodingFailures) {
     } rows[] = {
         {"CC 00 00 00 A0 02 34 12 01 00", {0, -102, 236}},
         {"CC 00 00 00 C4 00", {0, -102, 248}},
-        {"CC 00 00 00 C4 00 01 00 00 00 00", kInvalid},
-        {"CC 00 00 00 DA 00 09 41", kInvalid},
+        {"CC 00 00 00 C4 00 01 00 00", {0, -102, 248}},
+        {"CC 00 00 00 DA 00 09 41", {0, -102, 248}},
         {"CC 00 00 00", kInvalid},
         {"CC 00 00", kInvalid},
     };

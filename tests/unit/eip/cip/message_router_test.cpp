@@ -110,13 +110,24 @@ TEST_F(MessageRouter, RawReplyIsHandedOutUnchecked) {
 }
 
 TEST_F(MessageRouter, RefusedByTheEncapsulation) {
-    transport.play(message(0x6F, 0x77, 0x64, Bytes()));
-    EXPECT_EQ("null", send());
-    EXPECT_EQ((CipError{2, 0x64, 0}), lastError());
-    transport.play(message(0x6F, 0x77, 0x03,
-                           bytes("00 00 00 00 00 00 02 00 00 00 00 00 B2 00 04 00 D4 00 00 00")));
+    for (uint32_t session : {0x77u, 0u}) {
+        transport.play(message(0x6F, session, 0x64, Bytes()));
+        EXPECT_EQ("null", send());
+        EXPECT_EQ((CipError{2, 0x64, 0}), lastError());
+    }
+    transport.play(message(0x6F, 0x77, 3, bytes("00 00 00 00 00 00 01 00 00 00 00 00")));
     EXPECT_EQ("null", send());
     EXPECT_EQ((CipError{2, 3, 0}), lastError());
+}
+
+TEST_F(MessageRouter, EncapsulationStatusBesideADataItem) {
+    const char* const body = "00 00 00 00 00 00 02 00 00 00 00 00 B2 00 06 00 D4 00 01 01 13 01";
+    transport.play(message(0x6F, 0x77, 3, bytes(body)));
+    EXPECT_EQ("D4 00 01 01 13 01", send());
+    EXPECT_EQ((CipError{3, 1, 0x0113}), lastError());
+    transport.play(message(0x6F, 0x78, 3, bytes(body)));
+    EXPECT_EQ("null", send()) << "of another session";
+    EXPECT_EQ((CipError{0, -7, 0}), lastError());
 }
 
 TEST_F(MessageRouter, NoDataItem) {

@@ -94,21 +94,36 @@ TEST(RequestPath, HostileNames) {
     EXPECT_EQ(0, _BuildIOI(nullptr, nullptr));
 }
 
-TEST(RequestPath, LongNamesNeverClaimMoreThan255Bytes) {
-    for (size_t length : {254u, 255u, 256u, 257u, 300u, 511u, 100000u}) {
-        const Bytes path = bytes(pathOf(std::string(length, 'N')));
-        const size_t claimed = length < 255 ? length : 255;
-        ASSERT_EQ(claimed + 2 + (claimed & 1), path.size()) << length;
+TEST(RequestPath, LongestNames) {
+    for (size_t length : {254u, 255u}) {
+        const Bytes path = bytes(pathOf(std::string(length, 'N') + "[5].B"));
+        const size_t segment = length + 2 + (length & 1);
+        ASSERT_EQ(segment + 2 + 4, path.size()) << length;
         EXPECT_EQ(0x91, path[0]);
-        EXPECT_EQ(claimed, path[1]);
-        EXPECT_EQ('N', path[1 + claimed]);
+        EXPECT_EQ(length, path[1]);
+        EXPECT_EQ('N', path[1 + length]);
+        EXPECT_EQ("28 05 91 01 42 00",
+                  hexOf(Bytes(path.begin() + std::ptrdiff_t(segment), path.end())));
     }
 }
 
-TEST(RequestPath, SegmentBehindALongNameIsNotLost) {
-    const Bytes path = bytes(pathOf(std::string(600, 'N') + "[5].B"));
-    ASSERT_EQ(258u + 2 + 4, path.size());
-    EXPECT_EQ("28 05 91 01 42 00", hexOf(Bytes(path.begin() + 258, path.end())));
+TEST(RequestPath, LongerNamesAreRefusedNotCut) {
+    for (size_t length : {256u, 257u, 300u, 511u, 65536u + 7, 100000u}) {
+        const std::string part(length, 'N');
+        for (const std::string& name :
+             {part, part + "[5].B", part + ".B", "A." + part, "A[1]." + part, "A.B[2]" + part}) {
+            CIPERROR(0, 0, 0);
+            EXPECT_EQ(-1, _BuildIOI(nullptr, name.c_str())) << length;
+            EXPECT_EQ((CipError{0, -31, 0}), lastError()) << length;
+        }
+    }
+    unsigned char buffer[8] = {};
+    CIPERROR(0, 0, 0);
+    EXPECT_EQ(-1, _BuildIOIString(buffer, std::string(256, 'N').c_str(), 256));
+    EXPECT_EQ((CipError{0, -31, 0}), lastError());
+    EXPECT_EQ(hexOf(filled(8, 0)), hexOf(bytesAt(buffer, 8)));
+    EXPECT_EQ(258, _BuildIOIString(nullptr, std::string(256, 'N').c_str(), 255));
+    EXPECT_EQ((CipError{0, 0, 0}), lastError());
 }
 
 TEST(RequestPath, EveryPairAndTripleOfDelimitersTerminates) {

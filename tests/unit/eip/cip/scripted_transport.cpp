@@ -34,6 +34,7 @@ int ScriptedTransport::sendData(const _Encap_Header* request) {
     const unsigned char* at = reinterpret_cast<const unsigned char*>(request);
     const int size = 24 + (at[2] | at[3] << 8);
     requests.push_back(Bytes(at, at + size));
+    recordsAtSend.push_back(lastError());
     return sendResult == kAsSent ? size : sendResult;
 }
 

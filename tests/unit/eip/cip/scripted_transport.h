@@ -25,6 +25,8 @@ class ScriptedTransport : public CipCallback {
     void lose(std::function<void()> record = std::function<void()>());
 
     std::vector<Bytes> requests;
+    /// The error record as each request was sent.
+    std::vector<CipError> recordsAtSend;
     std::vector<int> timeouts;
     /// What sendData returns instead of the number of bytes, unless it is kAsSent.
     int sendResult = kAsSent;

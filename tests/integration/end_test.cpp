@@ -1,0 +1,124 @@
+// How a process ends that has the plugin loaded. ctest runs every test in a process of its own, and
+// what is proved here is that process's exit code: a crash in a handler of exit() comes after the
+// test's own result.
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <QFile>
+#include <QPluginLoader>
+#include <QSqlDatabase>
+
+#include "integration/driver_rig.h"
+#include "support/app_directory/app_directory.h"
+
+namespace {
+
+/// Outlives main(), like a driver in a static object of the runtime.
+std::unique_ptr<DriverInterface> globalDriver;
+std::unique_ptr<Controller> globalController;
+std::unique_ptr<TestDevice> globalDevice;
+
+class End : public ::testing::Test {
+ protected:
+    void SetUp() override {
+        writeProjectDatabase(QStringList() << "DINT0:ARR[0..9]");
+        globalController.reset(new Controller({"--tag", "D:DINT=42", "--tag", "E:DINT=43"}));
+        globalDevice.reset(new TestDevice(globalController->port(), 500));
+    }
+
+    /// The worker polls D, and the connection is open.
+    void use(DriverInterface* driver) {
+        driver->setSessionCommand(QList<CommunicatorCommand>() << dint("D"));
+        EXPECT_EQ(42, readDint(driver, globalDevice.get(), "D"));
+        EXPECT_EQ(43, readDint(driver, globalDevice.get(), "E"));
+    }
+
+    static DriverInterface* instanceOf(QPluginLoader* loader) {
+        return qobject_cast<DriverInterface*>(loader->instance());
+    }
+};
+
+TEST_F(End, InstanceNeverUnloadedAndNeverUsed) {
+    QPluginLoader loader(pluginFile());
+    ASSERT_TRUE(instanceOf(&loader)) << loader.errorString().toStdString();
+}
+
+TEST_F(End, InstanceNeverUnloadedAfterUse) {
+    QPluginLoader loader(pluginFile());
+    DriverInterface* const driver = instanceOf(&loader);
+    ASSERT_TRUE(driver) << loader.errorString().toStdString();
+    use(driver);
+}
+
+TEST_F(End, InstanceNeverUnloadedWhileTheControllerIsSilent) {
+    QPluginLoader loader(pluginFile());
+    DriverInterface* const driver = instanceOf(&loader);
+    ASSERT_TRUE(driver) << loader.errorString().toStdString();
+    use(driver);
+    ASSERT_EQ("ok", globalController->command("fault silence"));
+}
+
+TEST_F(End, GlobalHolderOfAnUnusedDriver) {
+    globalDriver = createDriver();
+    ASSERT_TRUE(globalDriver);
+}
+
+TEST_F(End, GlobalHolderOfAUsedDriver) {
+    globalDriver = createDriver();
+    use(globalDriver.get());
+}
+
+TEST_F(End, GlobalHolderOfTheInstance) {
+    QPluginLoader loader(pluginFile());
+    globalDriver.reset(instanceOf(&loader));
+    ASSERT_TRUE(globalDriver) << loader.errorString().toStdString();
+    use(globalDriver.get());
+}
+
+/// The declarations could not be read: the driver keeps its database open for the next attempt.
+TEST_F(End, GlobalHolderOfADriverWithAnOpenDatabase) {
+    {
+        const QString path = writeProjectDatabase(QStringList());
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    }
+    globalDriver = createDriver();
+    EXPECT_TRUE(globalDriver->read(globalDevice.get(), dint("D")).isEmpty());
+    EXPECT_EQ(QString("failed to initialize array definition table"), globalDriver->getLastError());
+    EXPECT_EQ(1, QSqlDatabase::connectionNames().size());
+}
+
+TEST_F(End, ExitInTheMiddleOfMain) {
+    globalDriver = createDriver();
+    use(globalDriver.get());
+    exit(HasFailure() ? 1 : 0);
+}
+
+TEST_F(End, UnloadTwice) {
+    QPluginLoader loader(pluginFile());
+    DriverInterface* const driver = instanceOf(&loader);
+    ASSERT_TRUE(driver) << loader.errorString().toStdString();
+    use(driver);
+    EXPECT_TRUE(loader.unload());
+    EXPECT_FALSE(loader.unload());
+}
+
+TEST_F(End, LoadUseUnloadThreeTimes) {
+    for (int round = 0; round < 3; ++round) {
+        QPluginLoader loader(pluginFile());
+        DriverInterface* const driver = instanceOf(&loader);
+        ASSERT_TRUE(driver) << loader.errorString().toStdString();
+        use(driver);
+        EXPECT_TRUE(loader.unload());
+    }
+}
+
+/// The declarations are read once: afterwards Qt's list of connections is as it was before.
+TEST_F(End, NoConnectionStaysInTheListOfTheDatabaseClasses) {
+    const std::unique_ptr<DriverInterface> driver = createDriver();
+    use(driver.get());
+    EXPECT_EQ(QStringList(), QSqlDatabase::connectionNames());
+}
+
+}  // namespace

@@ -1,0 +1,47 @@
+#ifndef TESTS_INTEGRATION_SCRIPTED_CONTROLLER_H
+#define TESTS_INTEGRATION_SCRIPTED_CONTROLLER_H
+
+#include <QByteArray>
+#include <QList>
+#include <atomic>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+/// A controller on loopback that says what a test tells it to, for answers that the simulator does
+/// not give: it registers sessions and opens connections, and hands every connected request to the
+/// test. One client at a time; a new one takes the place of one that has gone.
+class ScriptedController {
+ public:
+    /// A message-router reply to a message-router request. An empty one: no answer at all.
+    typedef std::function<QByteArray(const QByteArray& request)> Service;
+    /// What goes out instead of a whole encapsulated answer to a connected request.
+    typedef std::function<QByteArray(const QByteArray& answer)> Distortion;
+
+    explicit ScriptedController(const Service& connected);
+    ScriptedController(const Service& connected, const Distortion& asSent);
+    ~ScriptedController();
+    ScriptedController(const ScriptedController&) = delete;
+    ScriptedController& operator=(const ScriptedController&) = delete;
+
+    quint16 port() const { return tcpPort; }
+    /// Whole encapsulated requests so far, of this command (0 for all).
+    int countRequests(int command) const;
+
+ private:
+    void serve();
+    void serveClient(int client);
+    QByteArray answerTo(const QByteArray& request) const;
+    QByteArray connectedAnswer(const QByteArray& request) const;
+
+    const Service connected;
+    const Distortion asSent;
+    int listener;
+    quint16 tcpPort;
+    std::atomic<bool> ended;
+    mutable std::mutex mutex;
+    QList<int> commands;  ///< guarded by mutex
+    std::thread thread;
+};
+
+#endif
