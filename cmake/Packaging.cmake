@@ -1,5 +1,5 @@
-# What `cmake --install` puts where, and the packages that cpack makes of it: for the panel an archive with
-# the plugin, for a workstation a Debian package with the programs.
+# What `cmake --install` installs, and the packages that cpack makes from it: for the panel an archive with the
+# plugin, for a workstation a Debian package with the programs and one with the client library.
 
 include(GNUInstallDirs)
 set(documents "${CMAKE_INSTALL_DATAROOTDIR}/doc/micro800")
@@ -41,10 +41,14 @@ if(CMAKE_CROSSCOMPILING OR MICRO800_QT4)
   set(CPACK_PACKAGE_FILE_NAME
       "micro800-driver-${PROJECT_VERSION}-${CMAKE_LIBRARY_ARCHITECTURE}-${qt_generation}")
 elseif(MICRO800_HOST_PROGRAMS AND NOT MICRO800_SANITIZE)
-  install(TARGETS micro800 micro800-sim RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
-  install(TARGETS ab_micro800_ethernet LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/micro800")
-  install(FILES README.md SECURITY.md CHANGELOG.md packaging/deb/copyright DESTINATION "${documents}")
-  install(DIRECTORY docs DESTINATION "${documents}")
+  install(TARGETS micro800 micro800-sim RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT programs)
+  install(TARGETS ab_micro800_ethernet LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/micro800"
+          COMPONENT programs)
+  install(FILES README.md SECURITY.md CHANGELOG.md packaging/deb/copyright DESTINATION "${documents}"
+          COMPONENT programs)
+  install(FILES CONTRIBUTING.md DESTINATION "${documents}" COMPONENT programs)
+  install(DIRECTORY docs DESTINATION "${documents}" COMPONENT programs)
+  install(FILES apps/simulator/README.md DESTINATION "${documents}/apps/simulator" COMPONENT programs)
 
   # Manual pages are what the programs themselves say with --help. They and the changes, in Debian's form, are
   # packed, as Debian's packages have them.
@@ -60,25 +64,39 @@ elseif(MICRO800_HOST_PROGRAMS AND NOT MICRO800_SANITIZE)
     DEPENDS micro800 micro800-sim "${man_pages}" "${PROJECT_SOURCE_DIR}/packaging/deb/changelog"
     COMMENT "Writing the manual pages" VERBATIM)
   add_custom_target(documents ALL DEPENDS "${made}/made")
-  install(DIRECTORY "${made}/man1" DESTINATION "${CMAKE_INSTALL_MANDIR}")
-  install(FILES "${made}/changelog.gz" DESTINATION "${documents}")
+  install(DIRECTORY "${made}/man1" DESTINATION "${CMAKE_INSTALL_MANDIR}" COMPONENT programs)
+  install(FILES "${made}/changelog.gz" DESTINATION "${documents}" COMPONENT programs)
+  install(FILES "${made}/changelog.gz" DESTINATION "${client_documents}" COMPONENT client)
 
   set(completions "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
-  install(FILES packaging/completion/micro800 DESTINATION "${completions}")
-  install(FILES packaging/completion/micro800 DESTINATION "${completions}" RENAME micro800-sim)
+  install(FILES packaging/completion/micro800 DESTINATION "${completions}" COMPONENT programs)
+  install(FILES packaging/completion/micro800 DESTINATION "${completions}" RENAME micro800-sim
+          COMPONENT programs)
 
   set(CPACK_GENERATOR DEB)
   set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+  set(CPACK_DEB_COMPONENT_INSTALL ON)
+  set(CPACK_COMPONENTS_ALL programs client)
+  # Each component has a summary of its own, the first line of its description.
+  set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
   set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-  set(CPACK_DEBIAN_PACKAGE_SECTION utils)
-  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+  set(CPACK_DEBIAN_PROGRAMS_PACKAGE_NAME micro800)
+  set(CPACK_DEBIAN_PROGRAMS_PACKAGE_SECTION utils)
+  set(CPACK_DEBIAN_PROGRAMS_PACKAGE_SHLIBDEPS ON)
   # Loaded by name at run time, where no tool sees it.
-  set(CPACK_DEBIAN_PACKAGE_DEPENDS libqt5sql5-sqlite)
-  set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "command-line host and simulator for Micro800 controllers")
-  set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
-"Reads and writes the tags of an Allen-Bradley Micro800 controller over
+  set(CPACK_DEBIAN_PROGRAMS_PACKAGE_DEPENDS libqt5sql5-sqlite)
+  set(CPACK_DEBIAN_PROGRAMS_DESCRIPTION
+"command-line host and simulator for Micro800 controllers
+Reads and writes the tags of an Allen-Bradley Micro800 controller over
 EtherNet/IP, through the same plugin file that operator panels load, and
-plays a controller for trying things out.")
+simulates a controller for trials.")
+  set(CPACK_DEBIAN_CLIENT_PACKAGE_NAME libmicro800-cip-dev)
+  set(CPACK_DEBIAN_CLIENT_PACKAGE_SECTION libdevel)
+  set(CPACK_DEBIAN_CLIENT_PACKAGE_DEPENDS qtbase5-dev)
+  set(CPACK_DEBIAN_CLIENT_DESCRIPTION
+"EtherNet/IP and CIP client library, development files
+Static library, headers, CMake package and pkg-config file of the client
+that the Micro800 driver uses: sessions, connections, tags, PCCC.")
 else()
   return()
 endif()

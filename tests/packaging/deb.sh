@@ -20,7 +20,9 @@ fail() { echo "$*" >&2; exit 1; }
 # Packed by somebody whose files are nobody else's business.
 (umask 077 && "$cpack" --config "$build/CPackConfig.cmake" -B "$work/cpack") >"$work/cpack.log" 2>&1 ||
     { cat "$work/cpack.log" >&2; exit 1; }
-package=$(echo "$work"/cpack/*.deb)
+package=$(echo "$work"/cpack/micro800_*.deb)
+client=$(echo "$work"/cpack/libmicro800-cip-dev_*.deb)
+[ "$(find "$work/cpack" -maxdepth 1 -name '*.deb' | wc -l)" = 2 ] || fail 'not two packages'
 root=$work/root
 dpkg-deb -x "$package" "$root"
 dpkg-deb -I "$package" control >"$work/control"
@@ -53,7 +55,7 @@ usr/share/man/man1/micro800-write.1.gz
 usr/share/man/man1/micro800.1.gz
 LIST
 diff "$work/expected" "$work/files" || fail 'files of the package: < expected, > found'
-for document in README.md SECURITY.md CHANGELOG.md changelog.gz copyright docs/commissioning.md docs/troubleshooting.md docs/panel.md; do
+for document in README.md CONTRIBUTING.md SECURITY.md CHANGELOG.md changelog.gz copyright apps/simulator/README.md docs/commissioning.md docs/troubleshooting.md docs/panel.md; do
     [ -s "$root/usr/share/doc/micro800/$document" ] || fail "no $document in the package"
 done
 for needed in libqt5core5a libqt5sql5 libqt5network5 libqt5sql5-sqlite libc6; do
@@ -80,11 +82,20 @@ for binary in usr/bin/micro800 usr/bin/micro800-sim "$lib/libab_micro800_etherne
     ! grep -aqF -e "$build" -e "$source" "$root/$binary" || fail "$binary names folders of the building machine"
 done
 
+# The client library: tests/packaging/client_library.sh uses it.
+dpkg-deb -x "$client" "$work/client"
+for file in libmicro800-cip.a micro800-cip.pc micro800-cip-config.cmake logix_services.h read_tag.cpp; do
+    [ -n "$(find "$work/client" -name "$file" -size +0)" ] || fail "no $file in the package of the client library"
+done
+! dpkg-deb --ctrl-tarfile "$client" | tar -t | grep -E '(pre|post)(inst|rm)' || fail 'the client library runs scripts when it is installed'
+! dpkg-deb -c "$client" | awk '{ print $1, $2 }' | grep -vE '^(drwxr-xr-x|-rw-r--r--) root/root$' ||
+    fail 'owners or modes of the client library'
+
 [ "$(dpkg-deb -f "$package" Version)" = "$(dpkg-parsechangelog -l "$source/packaging/deb/changelog" -S Version)" ] ||
     fail 'the version of the package is not that of packaging/deb/changelog'
 # The address of the maintainers is to be set by whoever hands the package out.
 command -v lintian >/dev/null || fail 'lintian is not installed'
-lintian --no-cfg --fail-on none "$package" >"$work/lintian" 2>"$work/lintian.log" || fail 'lintian failed'
+lintian --no-cfg --fail-on none "$package" "$client" >"$work/lintian" 2>"$work/lintian.log" || fail 'lintian failed'
 ! grep -vE '^N:|bogus-mail-host' "$work/lintian" || fail 'what lintian says about the package'
 
 # A read, with the installed programs and the installed plugin. HOME and the build are out of reach.
