@@ -6,6 +6,7 @@
 
 #include "integration/driver_rig.h"
 #include "support/app_directory/app_directory.h"
+#include "support/reserved_port.h"
 
 namespace {
 
@@ -23,7 +24,8 @@ TEST_F(Recovery, UnknownTagThenGoodTag) {
 }
 
 TEST_F(Recovery, ControllerDownThenUp) {
-    const quint16 port = freePort();
+    const ReservedPort reserved;
+    const quint16 port = reserved.port();
     TestDevice device(port);
     const std::unique_ptr<DriverInterface> driver = createDriver();
     EXPECT_TRUE(driver->read(&device, dint("D")).isEmpty());
@@ -34,7 +36,8 @@ TEST_F(Recovery, ControllerDownThenUp) {
 }
 
 TEST_F(Recovery, ControllerDownThenUpWithASession) {
-    const quint16 port = freePort();
+    const ReservedPort reserved;
+    const quint16 port = reserved.port();
     TestDevice device(port);
     const std::unique_ptr<DriverInterface> driver = createDriver();
     driver->setSessionCommand(QList<CommunicatorCommand>() << dint("D"));
@@ -47,7 +50,8 @@ TEST_F(Recovery, ControllerDownThenUpWithASession) {
 
 TEST_F(Recovery, AddressOfARefusingControllerCanBeCorrected) {
     Controller simulator({"--tag", "D:DINT=42"});
-    TestDevice device(freePort());
+    const ReservedPort nobody;
+    TestDevice device(nobody.port());
     const std::unique_ptr<DriverInterface> driver = createDriver();
     driver->setSessionCommand(QList<CommunicatorCommand>() << dint("D"));
     EXPECT_TRUE(driver->read(&device, dint("D")).isEmpty());
@@ -57,7 +61,8 @@ TEST_F(Recovery, AddressOfARefusingControllerCanBeCorrected) {
 }
 
 TEST_F(Recovery, ControllerRestarts) {
-    const quint16 port = freePort();
+    const ReservedPort reserved;
+    const quint16 port = reserved.port();
     std::unique_ptr<Controller> simulator(new Controller({"--tag", "D:DINT=1"}, port));
     TestDevice device(port, 500, 3);
     const std::unique_ptr<DriverInterface> driver = createDriver();

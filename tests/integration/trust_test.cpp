@@ -6,6 +6,7 @@
 
 #include "integration/driver_rig.h"
 #include "support/app_directory/app_directory.h"
+#include "support/reserved_port.h"
 
 namespace {
 
@@ -141,7 +142,8 @@ QStringList hundredTags(int value) {
 /// A restart with other values: from the moment it is over no read gives a value from before it,
 /// though a pass over the list takes most of a second.
 TEST_F(Trust, NothingFromBeforeARestart) {
-    const quint16 port = freePort();
+    const ReservedPort reserved;
+    const quint16 port = reserved.port();
     writeProjectDatabase(QStringList());
     simulator.reset(new Controller(hundredTags(1), port));
     device.reset(new TestDevice(port, 400));

@@ -9,6 +9,7 @@
 #include "eip/cip_plc_driver_callback.h"
 #include "eip/lgx_data_cache.h"
 #include "integration/driver_rig.h"
+#include "support/reserved_port.h"
 
 namespace {
 
@@ -156,7 +157,8 @@ TEST_F(WorkerCommands, BrokenReadClosesTheConnection) {
 }
 
 TEST_F(WorkerCommands, ReadWithoutAControllerIsBroken) {
-    worker.reset(new OpenWorker(freePort()));
+    const ReservedPort nobody;
+    worker.reset(new OpenWorker(nobody.port()));
     const Outcome outcome = read("02\t0005\tD\t1\n");
     EXPECT_FALSE(outcome.served);
     EXPECT_TRUE(outcome.broken);
@@ -223,7 +225,8 @@ TEST_F(WorkerCommands, BrokenElementReadClosesTheConnection) {
 }
 
 TEST_F(WorkerCommands, ElementsWithoutAControllerAreBroken) {
-    worker.reset(new OpenWorker(freePort()));
+    const ReservedPort nobody;
+    worker.reset(new OpenWorker(nobody.port()));
     const Outcome outcome = readElements("04\t000D\tA\t[0]\tC4\t1\t5\t0\n");
     EXPECT_TRUE(outcome.broken);
     EXPECT_EQ(QByteArray("84\t000D\tConnection refused(111)\n"), outcome.answer);
@@ -314,7 +317,8 @@ TEST_F(WorkerCommands, BrokenWriteClosesTheConnection) {
 }
 
 TEST_F(WorkerCommands, WriteWithoutAControllerIsBroken) {
-    worker.reset(new OpenWorker(freePort()));
+    const ReservedPort nobody;
+    worker.reset(new OpenWorker(nobody.port()));
     const Outcome outcome = write("03\t0017\tD\tC4\t2a000000\n");
     EXPECT_FALSE(outcome.served);
     EXPECT_TRUE(outcome.broken);

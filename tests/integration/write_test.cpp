@@ -5,6 +5,7 @@
 #include "integration/driver_rig.h"
 #include "integration/scripted_controller.h"
 #include "support/app_directory/app_directory.h"
+#include "support/reserved_port.h"
 
 namespace {
 
@@ -188,7 +189,8 @@ TEST_F(Write, ElementOfAPolledArrayRefreshesTheWholeArray) {
 
 TEST_F(Write, ControllerDown) {
     writeProjectDatabase(QStringList());
-    device.reset(new TestDevice(freePort()));
+    const ReservedPort nobody;
+    device.reset(new TestDevice(nobody.port()));
     driver = createDriver();
     EXPECT_FALSE(write("DINT0:D", hex("2a000000")));
     EXPECT_EQ(QString("write DINT0:D> Connection refused(111)"), driver->getLastError());
@@ -240,7 +242,8 @@ TEST_F(Write, NameWithAControlCharacterIsRefusedUnsent) {
 /// While the polling cannot reach the controller, a write is refused without being tried.
 TEST_F(Write, WorkerInErrorRefusesAtOnce) {
     writeProjectDatabase(QStringList());
-    device.reset(new TestDevice(freePort()));
+    const ReservedPort nobody;
+    device.reset(new TestDevice(nobody.port()));
     driver = createDriver();
     driver->setSessionCommand(Commands() << dint("D"));
     EXPECT_FALSE(write("DINT0:D", hex("2a000000")));

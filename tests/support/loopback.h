@@ -139,7 +139,7 @@ class LoopbackServer {
     }
     ~LoopbackServer() {
         hangUp();
-        stopListening();
+        close(listener);
     }
     LoopbackServer(const LoopbackServer&) = delete;
     LoopbackServer& operator=(const LoopbackServer&) = delete;
@@ -205,13 +205,6 @@ class LoopbackServer {
         hangUp();
     }
 
-    void stopListening() {
-        if (listener >= 0) {
-            close(listener);
-        }
-        listener = -1;
-    }
-
  private:
     static bool readable(int fd, int ms) {
         pollfd wait = {fd, POLLIN, 0};
@@ -222,11 +215,6 @@ class LoopbackServer {
     int peer;
     unsigned short tcpPort;
 };
-
-/// A port on loopback that nobody listens on (just taken and given back).
-inline unsigned short freePort() {
-    return LoopbackServer().port();
-}
 
 /// A host that does not answer: its queue of connections is full and nobody empties it.
 class DeafServer {

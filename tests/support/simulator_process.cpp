@@ -112,6 +112,12 @@ QString SimulatorProcess::program() {
 }
 
 bool SimulatorProcess::start(quint16 port) {
+    if (port == 0) {
+        if (!reserved) {
+            reserved.reset(new ReservedPort);
+        }
+        port = reserved->port();
+    }
     QStringList arguments = ownArguments;
     arguments << "--port" << QString::number(port) << "--stdin";
     if (logging) {

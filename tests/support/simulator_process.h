@@ -11,6 +11,9 @@
 #include <QStringList>
 #include <QTemporaryDir>
 #include <functional>
+#include <memory>
+
+#include "support/reserved_port.h"
 
 /// A simulated controller in a process of its own, for tests that talk to it over TCP.
 ///
@@ -37,7 +40,9 @@ class SimulatorProcess {
     /// start().
     void setLogging(bool on) { logging = on; }
 
-    /// Starts the program and reads its port. False with the reason in error().
+    /// Starts the program and reads its port. Port 0 takes one that stays reserved for this object
+    /// until its end, so that nobody else answers on it while the program is stopped. False with
+    /// the reason in error().
     bool start(quint16 port = 0);
     /// Starts it again on the port that it had, with nothing left of what it knew but its log.
     bool restart();
@@ -79,6 +84,7 @@ class SimulatorProcess {
     const QStringList ownArguments;
     const QTemporaryDir dir;
     bool logging = true;
+    std::unique_ptr<ReservedPort> reserved;
     quint16 printedPort = 0;
     pid_t process = -1;
     int inDescriptor = -1;   ///< our end of its standard input

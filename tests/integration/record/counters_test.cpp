@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "integration/record/record_rig.h"
+#include "support/reserved_port.h"
 
 namespace {
 
@@ -83,7 +84,8 @@ TEST_F(Counters, TimeoutsAndReconnects) {
 }
 
 TEST_F(Counters, FailedConnects) {
-    TestDevice device(freePort(), 200);
+    const ReservedPort nobody;
+    TestDevice device(nobody.port(), 200);
     const std::unique_ptr<DriverInterface> driver = createDriver();
     EXPECT_TRUE(driver->read(&device, dint("D")).isEmpty());
     EXPECT_EQ(1, countersOf(driver.get()).value("connect_failures").toLongLong());

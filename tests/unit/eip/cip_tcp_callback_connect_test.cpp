@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "eip/cip_tcp_callback.h"
+#include "support/reserved_port.h"
 #include "unit/eip/tcp_transport.h"
 
 namespace {
@@ -84,8 +85,7 @@ TEST(TcpConnect, SetsTheSocketUp) {
 }
 
 TEST(TcpConnect, TellsWhyItWasRefused) {
-    LoopbackServer server;
-    server.stopListening();
+    const ReservedPort server;
     CipTcpCallback transport;
     const std::set<int> before = openDescriptors();
     for (int i = 0; i < 3; ++i) {

@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "support/loopback.h"
+#include "support/reserved_port.h"
 #include "unit/apps/micro800/qt_printers.h"
 
 namespace {
@@ -100,7 +101,8 @@ TEST(QueryIdentity, UnknownHost) {
 TEST(QueryIdentity, NobodyListens) {
     Connection connection;
     connection.host = "127.0.0.1";
-    connection.port = freePort();
+    const ReservedPort nobody;
+    connection.port = nobody.port();
     const Outcome outcome = outcomeOf(connection);
     EXPECT_FALSE(outcome.ok);
     EXPECT_EQ(outcome.problem,
