@@ -61,14 +61,18 @@ class TableView : public WatchView {
     }
     ~TableView() override { leave(); }
 
-    void tell(const WatchedTag& tag, WatchEvent) override {
-        addressWidth = std::max(addressWidth, std::min(tag.address.text.size(), kWidestAddress));
-    }
+    void tell(const WatchedTag&, WatchEvent) override {}
 
     void refresh(const WatchModel& model, qint64 now) override {
         erase();
         const int rows = std::max(LINES - kHeadLines - kFootLines, 1);
         first = std::max(0, std::min(first, model.size() - rows));
+        // All addresses count, also those without a value yet: the columns do not move while values
+        // come in.
+        for (int i = 0; i < model.size(); ++i) {
+            addressWidth =
+                std::max(addressWidth, std::min(model.tag(i).address.text.size(), kWidestAddress));
+        }
         drawHead();
         for (int i = 0; i < rows && first + i < model.size(); ++i) {
             drawTag(kHeadLines + i, model.tag(first + i), now);

@@ -327,7 +327,7 @@ TEST_F(CliTable, ScrollsAListThatIsLongerThanTheScreen) {
                       environment, "xterm");
     ASSERT_TRUE(terminal.shows("1 to 19 of 40"));
     terminal.press("\x1bOB");  // arrow down
-    EXPECT_TRUE(terminal.shows("NINETEEN"));
+    EXPECT_TRUE(terminal.shows("NINETEEN")) << terminal.takeScreen().constData();
     terminal.press("q");
     EXPECT_EQ(terminal.wait(), 0);
 }
