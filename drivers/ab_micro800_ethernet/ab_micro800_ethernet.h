@@ -36,7 +36,8 @@ class DriverABMicro800Eth : public QObject, public DriverInterface {
  public:
     DriverABMicro800Eth();
     /// Stops the worker and waits for its thread, without a limit: at most one connect or one
-    /// request with its time-outs. Also safe in a handler that exit() runs, whatever else is gone.
+    /// request with its time-outs. Then waits up to a second for the last recording. Also safe in a
+    /// handler that exit() runs, whatever else is gone.
     virtual ~DriverABMicro800Eth();
 
     // ---- identity and defaults (identity.cpp) ----------------------------------------------

@@ -1,6 +1,7 @@
 #include "eip/record/flight_recorder.h"
 
-#include <climits>
+#include <mutex>
+#include <new>
 
 namespace {
 
@@ -8,6 +9,19 @@ const int kLongestText = 1024;
 const char kErrorTextWhy[] = "error-text";
 const char kLostWhy[] = "connection-lost";
 const char kOpenFailedWhy[] = "connect-failed";
+
+/// How long an end waits for the disk.
+const unsigned long kEndMs = 1000;
+
+/// A writer that the disk did not let go, and what it uses. Both must outlive its thread, whose end
+/// nobody waits for: they are kept as long as the process.
+struct LeftWriter {
+    RecordLog* log;
+    RecordWriter* writer;
+    LeftWriter* next;
+};
+std::mutex leftMutex;
+LeftWriter* firstLeft = nullptr;  // guarded by leftMutex
 
 /// As UTF-8, in one line.
 std::string plain(const QString& text) {
@@ -52,7 +66,14 @@ FlightRecorder::FlightRecorder(const RecordSettings& settings)
 }
 
 FlightRecorder::~FlightRecorder() {
-    end(ULONG_MAX);
+    end(kEndMs);
+    if (writer && writer->isRunning()) {
+        std::lock_guard<std::mutex> lock(leftMutex);
+        LeftWriter* const left = new (std::nothrow) LeftWriter{log.get(), writer.get(), firstLeft};
+        firstLeft = left ? left : firstLeft;
+        log.release();
+        writer.release();
+    }
 }
 
 RecordingsMade FlightRecorder::recordings() const {

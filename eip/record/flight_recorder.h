@@ -21,7 +21,8 @@ class FlightRecorder {
  public:
     /// Allocates what the recorder needs when it is on. No thread yet.
     explicit FlightRecorder(const RecordSettings& settings);
-    /// Ends the writer thread, without a limit of time.
+    /// Ends the writer thread and waits up to a second for it. One that the disk keeps longer is
+    /// left to itself, with all that it uses.
     ~FlightRecorder();
 
     bool isOn() const { return log != nullptr; }
