@@ -11,9 +11,9 @@
 #include "common/qt_compat.h"
 #include "common/tools.h"
 #include "eip/cip/cip_error.h"
-#include "eip/cip/connection_manager.h"
 #include "eip/cip/encapsulation.h"
 #include "eip/cip_plc_driver_callback.h"
+#include "eip/plc_connection.h"
 #include "eip/worker_impl.h"
 
 #ifndef PR_SET_TIMERSLACK
@@ -23,25 +23,14 @@
 
 namespace {
 
-// What the Forward Open asks for (CIP Networks Library Vol. 1, 3-5.4).
-const int kPlcKind = 3;
-const unsigned char kPriorityTick = 5;
-const unsigned char kTimeoutTicks = 247;
-const uint32_t kTToOConnectionId = 0x80FE0001;
-const uint16_t kConnectionSerial = 2;
-const uint16_t kOriginatorVendorId = 0x501B;
-const unsigned char kTimeoutMultiplier = 2;
-const uint32_t kRpiMs = 2000;
-
-/// The target drops a connection that was idle for RPI * (4 << multiplier); a sixteenth less, so
-/// that a request that is about to leave does not meet that moment.
-const qint64 kIdleLimitMs = qint64(kRpiMs) * (4 << kTimeoutMultiplier) * 15 / 16;
+/// What the target allows (plc_connection.h) less a sixteenth, so that a request that is about to
+/// leave does not meet that moment.
+const qint64 kIdleLimitMs = qint64(kPlcRpiMs) * (4 << kPlcTimeoutMultiplier) * 15 / 16;
 
 const unsigned long kTimerSlackNs = 1000;
 
-/// How long a controller may take over the Forward Close: a driver command is waiting behind it.
-const uint32_t kFarewellMs = 500;
-/// The same when the worker ends: its owner is waiting for the thread.
+/// How long it may take over the Forward Close when the worker ends: its owner is waiting for the
+/// thread.
 const qint64 kLastFarewellMs = 50;
 
 /// Sets this worker apart from every other one in this process or started in the same second on
@@ -227,10 +216,8 @@ bool EipWorker::connectAndOpen() {
     }
     const unsigned char* route = d->routePath.empty() ? 0 : d->routePath.data();
     const uint32_t originatorSerial = static_cast<uint32_t>(compatRand()) ^ d->originatorSalt;
-    d->connection = _ConnectPLCOverCNET2(d->session, kPlcKind, kPriorityTick, kTimeoutTicks,
-                                         kTToOConnectionId, kConnectionSerial, kOriginatorVendorId,
-                                         originatorSerial, kTimeoutMultiplier, kRpiMs, _Transport,
-                                         route, static_cast<unsigned char>(d->routePath.size()));
+    d->connection = openPlcConnection(d->session, originatorSerial, route,
+                                      static_cast<unsigned char>(d->routePath.size()));
     if (!d->connection) {
         openingFailed(QString::fromLocal8Bit(cip_err_msg()));
         _UnRegisterSession(d->session);

@@ -9,22 +9,9 @@
 #include "eip/cip/cip_error.h"
 #include "eip/cip/logix_messages.h"
 #include "eip/cip/logix_tag_read.h"
+#include "eip/plc_connection.h"
 
 namespace {
-
-// What the Forward Open asks for (CIP Networks Library Vol. 1, 3-5.4): as the plugin does it, so
-// that a refusal met here is the one that a panel meets.
-const int kPlcKind = 3;
-const unsigned char kPriorityTick = 5;
-const unsigned char kTimeoutTicks = 247;
-const uint32_t kTToOConnectionId = 0x80FE0001;
-const uint16_t kConnectionSerial = 2;
-const uint16_t kOriginatorVendorId = 0x501B;
-const unsigned char kTimeoutMultiplier = 2;
-const uint32_t kRpiMs = 2000;
-
-/// How long the controller may take over the Forward Close.
-const uint32_t kFarewellMs = 500;
 
 const int kTypeSize = 2;
 const int kWordSize = 2;
@@ -127,12 +114,10 @@ bool ControllerSession::registerSession() {
 
 bool ControllerSession::openConnection() {
     ++requestCount;
-    // Two equal originators are one to the controller: a panel's, or that of another program.
+    // No panel and no other program has the same.
     std::random_device random;
     const uint32_t originatorSerial = random();
-    connection = _ConnectPLCOverCNET2(
-        session.get(), kPlcKind, kPriorityTick, kTimeoutTicks, kTToOConnectionId, kConnectionSerial,
-        kOriginatorVendorId, originatorSerial, kTimeoutMultiplier, kRpiMs, _Transport, nullptr, 0);
+    connection = openPlcConnection(session.get(), originatorSerial, nullptr, 0);
     return connection || failed();
 }
 

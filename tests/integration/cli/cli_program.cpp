@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 CliTest::CliTest() : environment(QProcessEnvironment::systemEnvironment()) {
     for (const char* name : {"MICRO800_PLUGIN", "MICRO800_HOST"}) {
@@ -70,4 +71,10 @@ QString CliTest::fileWith(const char* name, const QByteArray& content) const {
     EXPECT_TRUE(file.open(QIODevice::WriteOnly));
     EXPECT_EQ(file.write(content), content.size());
     return path;
+}
+
+QProcessEnvironment CliTest::shellEnvironment() const {
+    QProcessEnvironment settings = environment;
+    settings.insert("PATH", QFileInfo(program()).path() + ':' + settings.value("PATH"));
+    return settings;
 }

@@ -49,6 +49,8 @@ class CliTest : public testing::Test {
     QStringList leftovers() const;
 
     static QString program();
+    /// That of a shell in which the program is found by its name.
+    QProcessEnvironment shellEnvironment() const;
     /// A file of this content that lives as long as the test.
     QString fileWith(const char* name, const QByteArray& content) const;
 

@@ -1,22 +1,28 @@
 #ifndef TESTS_INTEGRATION_CLI_DOC_PAGE_H
 #define TESTS_INTEGRATION_CLI_DOC_PAGE_H
 
-#include <QList>
+#include <QProcessEnvironment>
 #include <QString>
-#include <QStringList>
+#include <functional>
 
-// A page of the documentation whose commands are run.
+// A page of the documentation whose commands are run. They are in its blocks of kind "console",
+// each behind
+// "$ " and continued behind "> ", with what it prints below. There an ellipsis stands for any text;
+// alone on its line, for any lines.
 
-/// A command of the page and what it prints.
-struct PageLine {
-    QString command;  ///< with its continued lines
-    QStringList printed;
+/// How the page's world is played.
+struct PageStage {
+    /// Of the one shell that runs all commands, in a directory of its own.
+    QProcessEnvironment environment;
+    /// A command of the page with the names that its hosts and ports have here.
+    std::function<QString(const QString&)> here;
+    /// And back: what a command printed, with the page's names.
+    std::function<QString(const QString&)> onThePage;
 };
 
-/// The commands in the page's blocks of kind "console", each with what the page shows behind it.
-QList<PageLine> linesOf(const QString& page);
-
-/// Whether the page's lines stand for these. An ellipsis is any text; alone on its line, any lines.
-bool isPrinted(const QStringList& page, const QStringList& printed);
+/// Runs all commands of docs/NAME and fails the test where one prints something else than the page
+/// shows, or when the page has fewer than `atLeast` of them. Skips the test where programs of the
+/// emulated machine cannot be started by a shell.
+void expectThePageIsWhatHappens(const char* name, int atLeast, const PageStage& stage);
 
 #endif

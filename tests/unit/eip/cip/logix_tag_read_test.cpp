@@ -7,12 +7,10 @@
 #include <string>
 
 #include "eip/cip/logix_services.h"
-#include "unit/eip/cip/reply_sweeps.h"
-#include "unit/eip/cip/scripted_transport.h"
+#include "unit/eip/cip/connected_steps.h"
 
 namespace {
 
-const uint32_t kHandle = 0x77;
 const CipError kSuccess{0, 0, 0};
 const CipError kInvalid{0, -20, 0};
 const CipError kPartial{5, 6, 0};
@@ -26,23 +24,9 @@ std::string dints(int first, int count) {
     return text;
 }
 
-class LogixTagRead : public testing::Test {
+class LogixTagRead : public ConnectedSteps {
  protected:
-    LogixTagRead() : session(NewSession(1000, &transport)), connection() {
-        session->sessionHandle = kHandle;
-        connection.session = session;
-        connection.connectionSize = 504;
-    }
-    ~LogixTagRead() override { DeleteSession(session); }
-
-    /// Queues the message-router replies to the next read's requests, in order.
-    void answer(const std::vector<std::string>& replies) {
-        connection.sequenceCount = 0;
-        unsigned char sequence = 0;
-        for (const std::string& reply : replies) {
-            transport.play(connectedReply(kHandle, ++sequence, reply));
-        }
-    }
+    LogixTagRead() { connection.connectionSize = 504; }
 
     /// Type, count and value of a read as text, "null" when it fails.
     std::string read(uint16_t count, const char* name = "A") {
@@ -60,19 +44,6 @@ class LogixTagRead : public testing::Test {
         _FreeLGXRead(value);
         return text;
     }
-
-    /// The message-router requests that the last read sent.
-    std::vector<std::string> requests() const {
-        std::vector<std::string> all;
-        for (const Bytes& whole : transport.requests) {
-            all.push_back(hexOf(Bytes(whole.begin() + 46, whole.end())));
-        }
-        return all;
-    }
-
-    ScriptedTransport transport;
-    _Eip_Session* session;
-    _Eip_Connection connection;
 };
 
 TEST_F(LogixTagRead, InThreePieces) {

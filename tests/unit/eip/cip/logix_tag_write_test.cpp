@@ -7,45 +7,16 @@
 #include <string>
 
 #include "eip/cip/logix_services.h"
-#include "unit/eip/cip/reply_sweeps.h"
-#include "unit/eip/cip/scripted_transport.h"
+#include "unit/eip/cip/connected_steps.h"
 
 namespace {
 
-const uint32_t kHandle = 0x77;
-
-class LogixTagWrite : public testing::Test {
+class LogixTagWrite : public ConnectedSteps {
  protected:
-    LogixTagWrite() : session(NewSession(1000, &transport)), connection() {
-        session->sessionHandle = kHandle;
-        connection.session = session;
-    }
-    ~LogixTagWrite() override { DeleteSession(session); }
-
-    void answer(const std::vector<std::string>& replies) {
-        connection.sequenceCount = 0;
-        unsigned char sequence = 0;
-        for (const std::string& reply : replies) {
-            transport.play(connectedReply(kHandle, ++sequence, reply));
-        }
-    }
-
     int write(int type, const Bytes& data, uint16_t count, const char* name = "A") {
         transport.requests.clear();
         return _WriteLgxData(session, &connection, name, _LGX_Data_Type(type), data.data(), count);
     }
-
-    std::vector<std::string> requests() const {
-        std::vector<std::string> all;
-        for (const Bytes& whole : transport.requests) {
-            all.push_back(hexOf(Bytes(whole.begin() + 46, whole.end())));
-        }
-        return all;
-    }
-
-    ScriptedTransport transport;
-    _Eip_Session* session;
-    _Eip_Connection connection;
 };
 
 TEST_F(LogixTagWrite, InPiecesOfWholeElements) {
