@@ -1,0 +1,20 @@
+# The page's own files, each served under its name; index.html also as "/".
+set(MICRO800_PAGE_FILES
+  index.html
+  app.css
+  app.js
+  chart_data.js
+  entries.js
+  export.js
+  format.js
+  history.js
+  legend.js
+  pointer.js
+  sparkline.js
+  status.js
+  stream.js
+  table.js
+  tag_row.js
+  tags.js
+  trend.js
+  write.js)
