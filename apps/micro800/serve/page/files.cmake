@@ -1,5 +1,5 @@
-# The page's own files, each served under its name; index.html also as "/".
-set(MICRO800_PAGE_FILES
+# The files of the live page, which the program brings along. Each is served under its name.
+set(page_files
   index.html
   app.css
   app.js
@@ -18,3 +18,4 @@ set(MICRO800_PAGE_FILES
   tags.js
   trend.js
   write.js)
+list(TRANSFORM page_files PREPEND "${CMAKE_CURRENT_LIST_DIR}/")

@@ -30,7 +30,10 @@ export class Stream {
             work(event);
         });
         source.onopen = () => this.load();
-        source.onerror = () => this.lose('the connection broke');
+        source.onerror = () => {
+            this.lose('the connection broke');
+            this.explain();
+        };
         take('values', (event) => this.takeValues(event));
         take('status', (event) => this.callbacks.onStatus(JSON.parse(event.data)));
         take('entry', (event) => this.callbacks.onEntry(JSON.parse(event.data)));
@@ -95,6 +98,19 @@ export class Stream {
         if (!this.isLost) {
             this.isLost = true;
             this.callbacks.onLost(reason);
+        }
+    }
+
+    /** The stream does not say why it was refused; another request does, such as for a missing token. */
+    async explain() {
+        try {
+            const answer = await fetch('/api/status', { cache: 'no-store', signal: AbortSignal.timeout(kSilenceMs) });
+            if (!answer.ok) {
+                const { problem } = await answer.json();
+                this.callbacks.onLost(problem);
+            }
+        } catch (error) {
+            // Nobody answers: what was said stays.
         }
     }
 

@@ -37,6 +37,7 @@ export class TagTable {
         }
         this.element.addEventListener('click', (event) => this.click(event));
         this.element.addEventListener('change', (event) => this.tick(event));
+        document.addEventListener('visibilitychange', () => this.schedule());
         setInterval(() => this.showTimes(), kTimeMs);
         setInterval(() => this.keepOrder(), kOrderMs);
         tags.onReplaced = () => this.rebuild();
@@ -59,7 +60,9 @@ export class TagTable {
     change(tag) {
         const row = this.rows[tag.index];
         row.isStale = true;
-        if (row.isVisible) {
+        // A page in the background draws nothing for hours: each row waits once.
+        if (row.isVisible && !row.isQueued) {
+            row.isQueued = true;
             this.changed.push(row);
             this.schedule();
         }
@@ -76,6 +79,7 @@ export class TagTable {
         const rows = this.changed;
         this.changed = [];
         for (const row of rows) {
+            row.isQueued = false;
             if (row.isStale && row.isVisible) {
                 row.show(this.tags);
             }

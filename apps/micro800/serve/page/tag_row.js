@@ -20,7 +20,8 @@ export class TagRow {
     constructor(tag) {
         this.tag = tag;
         this.isVisible = false;
-        this.isStale = true;  // what it shows is older than the tag
+        this.isQueued = false;  // waits for the next frame
+        this.isStale = true;    // what it shows is older than the tag
         this.problem = '';
         this.value = document.createTextNode('');
         this.word = document.createTextNode('');

@@ -121,8 +121,13 @@ export function valueText(tag) {
     return hasValue && tag.value !== null && tag.value !== undefined ? tag.value : '–';
 }
 
-/** Where the page of troubleshooting speaks of a failure. */
-export function helpLink(record) {
-    return typeof record.help === 'string' && record.help.startsWith('/troubleshooting') ? record.help
-                                                                                       : '/troubleshooting';
+/** "ab-error-0005h": the anchor of a text in the page of troubleshooting. The access in front of it has none. */
+function anchorOf(problem) {
+    const reason = problem.replace(/^(read|write) .*?> /, '');
+    return reason.toLowerCase().replace(/[^a-z0-9]+/g, '-').replace(/^-|-$/g, '');
+}
+
+/** Where the page of troubleshooting speaks of a failure. The server knows it best. */
+export function helpLink({ help, problem, text }) {
+    return help && help.startsWith('/troubleshooting') ? help : `/troubleshooting#${anchorOf(problem || text || '')}`;
 }
