@@ -116,6 +116,12 @@ class EipWorker : public QThread {
     /// The element count of a session entry; 0 when the name is none.
     int sessionReadCmdHashValue(const QString& name) const;
 
+    /// Takes the pending session list over, and empties the cache; false when it does not parse.
+    bool takeSessionList();
+    /// One pass over the session entries. Ends early when the connection breaks, when the list or
+    /// the controller's address changes, and when the worker is to stop.
+    void pollSession();
+
     /// Opens the connection when there is none, or when the one there is has been idle for so
     /// long that the controller has dropped it.
     bool ensureConnection();
@@ -139,8 +145,6 @@ class EipWorker : public QThread {
     void sayFarewell();
     bool hasDriverCommand() const;
     bool serveOneDriverCommand(Served* served);
-    bool takeSessionList();
-    void pollSession();
     bool serveDuringPass(QSet<QString>* done);
     bool pollEntry(const QString& name, int count, QSet<QString>* done);
     bool finishPoll(const QString& name, bool broken);

@@ -23,8 +23,6 @@ QString baseOf(const QString& name) {
 
 }  // namespace
 
-/// One pass over the session entries. Ends early when the connection breaks, when the list or the
-/// controller's address changes, and when the worker is to stop.
 void EipWorker::pollSession() {
     if (d->stop.load()) {
         return;

@@ -3,84 +3,12 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-
-#include "drivers/ab_micro800_ethernet/micro800_worker.h"
-#include "eip/cip_plc_driver_callback.h"
-#include "eip/lgx_data_cache.h"
-#include "integration/driver_rig.h"
+#include "integration/worker_rig.h"
 #include "support/reserved_port.h"
 
 namespace {
 
-/// The handlers, open to the test; the thread is never started.
-class OpenWorker : public Micro800Worker {
- public:
-    explicit OpenWorker(quint16 port) : Micro800Worker("127.0.0.1", port, 400) {}
-    using EipWorker::processDriverIpSettingChangedCmd;
-    using EipWorker::processDriverReadArrayElementCmd;
-    using EipWorker::processDriverReadCmd;
-    using EipWorker::readFromPLC;
-    using EipWorker::receiver;
-    using EipWorker::updateCache;
-    using EipWorker::writeToPLC;
-    using Micro800Worker::processDriverWriteCmd;
-};
-
-struct Outcome {
-    bool served;
-    bool broken;
-    QString name;
-    QByteArray answer;
-};
-
-class WorkerCommands : public ::testing::Test {
- protected:
-    void start(const QStringList& options) {
-        simulator.reset(new Controller(options));
-        worker.reset(new OpenWorker(simulator->port()));
-    }
-
-    /// Puts the line into pipe 0 and lets the transport take it in.
-    void take(const char* line) {
-        worker->sendCmd(0, line, int(std::strlen(line)));
-        worker->receiver()->sleep(1000);
-        // What is not there when the handler has run never comes.
-        worker->receiver()->setClientPipeRxTimeout(0, 20);
-    }
-    QByteArray answer() {
-        char line[4096];
-        int received = 0;
-        const bool whole = worker->recvRsp(0, line, sizeof line, &received);
-        return whole ? QByteArray(line, received) : QByteArray();
-    }
-    Outcome read(const char* line) {
-        take(line);
-        // Wrong on purpose: the handler has to set both.
-        Outcome outcome = {false, true, "stale", QByteArray()};
-        outcome.served = worker->processDriverReadCmd(&outcome.broken, &outcome.name);
-        outcome.answer = answer();
-        return outcome;
-    }
-    Outcome readElements(const char* line) {
-        take(line);
-        Outcome outcome = {false, true, "stale", QByteArray()};
-        outcome.served = worker->processDriverReadArrayElementCmd(&outcome.broken, &outcome.name);
-        outcome.answer = answer();
-        return outcome;
-    }
-    Outcome write(const char* line) {
-        take(line);
-        Outcome outcome = {false, true, "stale", QByteArray()};
-        outcome.served = worker->processDriverWriteCmd(&outcome.name, &outcome.broken);
-        outcome.answer = answer();
-        return outcome;
-    }
-    bool open() const { return worker->connectionIsOpened(); }
-
-    std::unique_ptr<Controller> simulator;
-    std::unique_ptr<OpenWorker> worker;
-};
+class WorkerCommands : public WorkerSteps {};
 
 // ---- reads -------------------------------------------------------------------------------------
 
@@ -230,6 +158,52 @@ TEST_F(WorkerCommands, ElementsWithoutAControllerAreBroken) {
     const Outcome outcome = readElements("04\t000D\tA\t[0]\tC4\t1\t5\t0\n");
     EXPECT_TRUE(outcome.broken);
     EXPECT_EQ(QByteArray("84\t000D\tConnection refused(111)\n"), outcome.answer);
+}
+
+TEST_F(WorkerCommands, ElementReadThatDoesNotParseGetsNoAnswer) {
+    start({"--tag", "A:DINT[0..4]=1,2,3,4,5"});
+    for (const char* line : {"04\t0011\tA\t[3]\tC4\tx\t5\t12\n", "04\t0011\tA\t[3]\tC4\t1\tx\t12\n",
+                             "04\t0011\tA\t[3]\tC4\t1\t5\tx\n", "04\t0011\tA\t[3]\tXX\t1\t5\t12\n",
+                             "04\tXYZ\tA\t[3]\tC4\t1\t5\t12\n"}) {
+        const Outcome outcome = readElements(line);
+        EXPECT_FALSE(outcome.served) << line;
+        EXPECT_FALSE(outcome.broken) << line;
+        EXPECT_TRUE(outcome.name.isEmpty()) << line;
+        EXPECT_TRUE(outcome.answer.isEmpty()) << line;
+        EXPECT_FALSE(worker->receiver()->hasDriverReadArrayElementCmd()) << line;
+    }
+    EXPECT_FALSE(open());
+}
+
+/// A polled tag whose refresh is refused is answered with the reason, never with an empty value.
+TEST_F(WorkerCommands, RefusedUpdateOfAPolledTagIsAFailure) {
+    start({"--tag", "A:DINT[0..4]=1,2,3,4,5", "--fault", "status:05@on=read"});
+    poll("01\t0001\tA[4]\t1\n");
+    Outcome outcome = readElements("04\t0012\tA\t[4]\tC4\t1\t5\t16\n");
+    EXPECT_FALSE(outcome.served);
+    EXPECT_FALSE(outcome.broken);
+    EXPECT_TRUE(outcome.name.isEmpty());
+    EXPECT_EQ(QByteArray("84\t0012\tAB error: 0005H\n"), outcome.answer);
+
+    outcome = read("02\t0013\tA[4]\t1\n");
+    EXPECT_FALSE(outcome.served);
+    EXPECT_EQ(QByteArray("82\t0013\tAB error: 0005H\n"), outcome.answer);
+
+    poll("01\t0002\tA\t5\n");
+    outcome = readElements("04\t0014\tA\t[4]\tC4\t1\t5\t16\n");
+    EXPECT_FALSE(outcome.served);
+    EXPECT_EQ(QByteArray("84\t0014\tAB error: 0005H\n"), outcome.answer);
+    EXPECT_EQ(3, simulator->requests().size()) << "each of them asked the controller";
+}
+
+/// An offset outside the polled array, which is read all the same.
+TEST_F(WorkerCommands, ElementOutsideAPolledArrayIsAFailure) {
+    start({"--tag", "A:DINT[0..4]=1,2,3,4,5"});
+    poll("01\t0001\tA\t5\n");
+    const Outcome outcome = readElements("04\t0015\tA\t[9]\tC4\t1\t5\t36\n");
+    EXPECT_FALSE(outcome.served);
+    EXPECT_FALSE(outcome.broken);
+    EXPECT_EQ(QByteArray("84\t0015\tinvalid array element\n"), outcome.answer);
 }
 
 TEST_F(WorkerCommands, CacheIsFilledByUpdatesOnly) {

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <netinet/tcp.h>
+#include <unistd.h>
 
 #include <set>
 #include <string>
@@ -36,6 +37,35 @@ TEST(TcpConnect, ConnectsAndDisconnects) {
     EXPECT_TRUE(server.peerClosed());
     EXPECT_EQ(1, transport.connect("127.0.0.1", server.port(), kSoonMs));
     EXPECT_TRUE(server.accept());
+}
+
+/// A descriptor that was closed may be another file's by now, or none: no wait looks at it. Here it
+/// is below those of the pipes, so that a wait for them would.
+TEST(TcpConnect, NoWaitLooksAtTheSocketOfAConnectionThatIsGone) {
+    LoopbackServer server;
+    const int low = dup(STDERR_FILENO);
+    ASSERT_GE(low, 0);
+    Transport transport;
+    transport.onPipe = [&](int pipe) { transport.take(pipe); };
+    close(low);
+    ASSERT_EQ(1, transport.connect("127.0.0.1", server.port(), kSoonMs));
+    ASSERT_GE(fcntl(low, F_GETFL), 0) << "the socket has the free number";
+    transport.disconnect();
+    ASSERT_EQ(-1, fcntl(low, F_GETFL));
+
+    ASSERT_EQ(2, transport.sendClientPipe(0, "a\n", 2));
+    transport.sleep(kSoonMs);
+    EXPECT_EQ(std::vector<int>({0}), transport.served);
+    ASSERT_EQ(2, transport.sendClientPipe(1, "b\n", 2));
+    transport.emptyRxBuffer();
+    EXPECT_EQ(std::vector<int>({0, 1}), transport.served);
+    // The number is a file's that is always readable, and no reply of a controller.
+    const int file = open("/dev/zero", O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(low, file);
+    CIPERROR(0, 0, 0);
+    EXPECT_FALSE(transport.awaitData(20));
+    EXPECT_EQ(CIP_INTERNAL_RECEIVE_TIMEOUT, cip_errno());
+    close(file);
 }
 
 TEST(TcpConnect, TakesHostNames) {

@@ -9,6 +9,7 @@
 
 #include <atomic>
 #include <memory>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -362,9 +363,69 @@ TEST_F(Connected, PipeThatNobodyReadsEndsTheWaitWithoutARecord) {
     // Each round counts as at least a millisecond.
     EXPECT_GE(transport.served.size(), 1u);
     EXPECT_LE(transport.served.size(), 61u);
-    if (transport.served.size() <= 60) {
-        expectErrorUntouched();
+    expectErrorUntouched();
+}
+
+/// The body and a command come in one round: the reply is whole, and the command is the next
+/// wait's.
+TEST_F(Connected, CommandThatComesWithTheRestOfTheBodyIsLeftForTheNextWait) {
+    ASSERT_TRUE(server.send(message("", 4)));  // the header
+    transport.onPipe = [&](int pipe) {
+        if (transport.served.size() < 2) {
+            return;  // left unread, so that the wait for the body is served it again
+        }
+        EXPECT_EQ("a\n", transport.take(pipe));
+        EXPECT_TRUE(server.send("body"));
+        EXPECT_TRUE(server.delivered());
+        EXPECT_EQ(2, transport.sendClientPipe(1, "b\n", 2));
+    };
+    ASSERT_EQ(2, transport.sendClientPipe(0, "a\n", 2));
+    EXPECT_EQ(message("body"), receive(transport));
+    EXPECT_EQ(std::vector<int>({0, 0}), transport.served);
+    transport.onPipe = [&](int pipe) { EXPECT_EQ("b\n", transport.take(pipe)); };
+    transport.sleep(kSoonMs);
+    EXPECT_EQ(std::vector<int>({0, 0, 1}), transport.served);
+}
+
+/// A connection that ends within the body ends the wait at once: nothing more can come.
+TEST_F(Connected, EndWithinTheBodyEndsTheWait) {
+    for (const bool reset : {false, true}) {
+        transport.disconnect();
+        const std::set<int> before = openDescriptors();
+        ASSERT_EQ(1, transport.connect("127.0.0.1", server.port(), kSoonMs));
+        const std::set<int> sockets = minus(openDescriptors(), before);
+        ASSERT_EQ(1u, sockets.size());
+        ASSERT_TRUE(server.accept());
+        transport.served.clear();
+        transport.onPipe = [&](int) {
+            if (transport.served.size() == 2) {  // the wait for the body
+                reset ? server.reset() : server.hangUp();
+                pollfd end = {*sockets.begin(), POLLIN, 0};
+                EXPECT_EQ(1, poll(&end, 1, kSoonMs));
+            }
+        };
+        ASSERT_TRUE(server.send(message("part", 100)));
+        ASSERT_TRUE(server.delivered());
+        ASSERT_EQ(2, transport.sendClientPipe(0, "a\n", 2));
+        markError();
+        EXPECT_EQ("", receive(transport));
+        expectError(CIP_ERR_INTERNAL, CIP_INTERNAL_RECEIVE_TIMEOUT);
+        EXPECT_EQ(2u, transport.served.size()) << "nobody took the command: it came again";
+        EXPECT_EQ("a\n", transport.take(0));
     }
+}
+
+TEST_F(Connected, PipeThatNobodyReadsEndsTheWaitForTheBody) {
+    ASSERT_TRUE(server.send(message("part", 100)));
+    ASSERT_EQ(2, transport.sendClientPipe(0, "a\n", 2));
+    markError();
+    const Stopwatch watch;
+    EXPECT_EQ("", receive(transport, 60));
+    EXPECT_LT(watch.ms(), kSoonMs);
+    // Once before the header; each round of the wait for the body counts as at least a millisecond.
+    EXPECT_GE(transport.served.size(), 2u);
+    EXPECT_LE(transport.served.size(), 62u);
+    expectError(CIP_ERR_INTERNAL, CIP_INTERNAL_RECEIVE_TIMEOUT);
 }
 
 TEST_F(Connected, SignalEndsTheWaitAsAFailure) {

@@ -1,3 +1,4 @@
+#include <errno.h>
 #include <gtest/gtest.h>
 
 #include <QElapsedTimer>
@@ -75,6 +76,19 @@ INSTANTIATE_TEST_SUITE_P(All, BadRanges,
                                            BadRange{"1.5", 1}, BadRange{"0..1,", 2},
                                            BadRange{"0..1,0..1,0..1,0..1", 4},
                                            BadRange{"0..99999999999", 1}));
+
+/// What an earlier call left in errno says nothing about these numbers.
+TEST(ArrayRanges, AreReadWhateverErrnoWasBefore) {
+    DriverABMicro800Eth driver;
+    LgxArrayDef def;
+    errno = ERANGE;
+    EXPECT_TRUE(driver.arrayDefFromStr("1..3,0..4", def));
+    EXPECT_EQ(15, def.size());
+    // A range that does not fit leaves it behind.
+    EXPECT_FALSE(driver.arrayDefFromStr("0..99999999999999999999", def));
+    EXPECT_TRUE(driver.arrayDefFromStr("0..9", def));
+    EXPECT_EQ(10, def.size());
+}
 
 TEST(ArrayOffset, GoesRowByRow) {
     DriverABMicro800Eth driver;
