@@ -137,11 +137,11 @@ bool findData(const _MR_Reply* reply, int length, DataLayout* layout) {
         return false;
     }
     const unsigned char* start = _GetData(reply);
-    layout->elementSize = isString && start ? start[0] : _GetLGXDataSize(layout->type);
-    if (!start || (!isString && layout->elementSize < 1)) {
+    if (!start) {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_BAD_DATA, kNoElementSize);
         return false;
     }
+    layout->elementSize = isString ? start[0] : _GetLGXDataSize(layout->type);
     layout->data = start + lengthByte;
     layout->size = length - kReadTagHeadSize - lengthByte;
     return true;

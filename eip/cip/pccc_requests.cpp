@@ -62,7 +62,7 @@ class Writer {
     void putLogicalBinaryAddress(const char* address) {
         unsigned char field[kMaxAddress];
         const int length = _BuildLogicalBinaryAddress(field, address);
-        good = good && length > 0;
+        good &= length > 0;
         put(field + 1, length > 0 ? length - 1 : 0);  // its length byte is not sent
     }
 
@@ -70,7 +70,7 @@ class Writer {
     void putThreeAddressField(const char* address, bool subElement) {
         unsigned char field[kMaxAddress];
         const int length = _BuildThreeAddressField(field, address);
-        good = good && length > 0;
+        good &= length > 0;
         if (length > 0 && !subElement) {
             field[length - 1] = 0;
         }
@@ -80,7 +80,7 @@ class Writer {
     void putDataType(int type, int elementSize) {
         unsigned char field[kMaxPLCDataType];
         const int length = _EncodePLCDataType(field, type, elementSize);
-        good = good && length > 0;
+        good &= length > 0;
         put(field, length);
     }
 

@@ -68,7 +68,9 @@ TestDevice::TestDevice(quint16 port, int timeoutMs, int retry)
 }
 
 QString pluginFile() {
-    return PLUGIN_FILE;
+    // Another build of it, e.g. one with a fault on purpose.
+    const QString other = QString::fromLocal8Bit(qgetenv("MICRO800_TEST_PLUGIN"));
+    return other.isEmpty() ? QString(PLUGIN_FILE) : other;
 }
 
 std::unique_ptr<DriverInterface> createDriver() {

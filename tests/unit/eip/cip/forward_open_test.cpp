@@ -56,6 +56,17 @@ TEST_F(ForwardOpen, BadPaths) {
     EXPECT_EQ((CipError{0, -1, 0}), lastError());
 }
 
+TEST_F(ForwardOpen, WithoutAPath) {
+    playReply(kGoodReply);
+    _Eip_Connection* made = _Forward_Open(session, 5, 247, 0x80FE0001, 2, 0x501B, 0x11223344, 2,
+                                          2000, 0x43F8, 0xA3, nullptr, 0);
+    ASSERT_NE(nullptr, made);
+    EXPECT_EQ(0, made->pathLength);
+    EXPECT_EQ(6u + 36u, request().size());
+    EXPECT_EQ(0, request().back()) << "the path's size in words";
+    DeleteConnection(&made);
+}
+
 TEST_F(ForwardOpen, EveryFieldOfTheCaller) {
     _Forward_Open(session, 0x11, 0x12, 0xA1A2A3A4, 0xB1B2, 0xC1C2, 0xD1D2D3D4, 0xE1, 3, 0xF1F2,
                   0x21, CM_PATH, 3);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -86,6 +87,14 @@ TEST_F(LogixTagWrite, BadArguments) {
     EXPECT_EQ(-1, _WriteLgxData(session, &connection, "A", LGX_TYPE_DINT, nullptr, 20));
     EXPECT_EQ((CipError{0, -1, 0}), lastError());
     EXPECT_TRUE(transport.requests.empty());
+}
+
+TEST_F(LogixTagWrite, NoNameIsAnEmptyOne) {
+    LgxTagWrite tagWrite(nullptr, LGX_TYPE_SINT, "x", 1, INT_MAX);
+    int size = 0;
+    unsigned char* request = tagWrite.nextRequest(&size);
+    EXPECT_EQ("4D 00 C2 00 01 00 78", hexOf(bytesAt(request, static_cast<size_t>(size))));
+    free(request);
 }
 
 TEST_F(LogixTagWrite, FailureOfTheFirstPieceWroteNothing) {

@@ -181,6 +181,19 @@ TEST(PcccData, OtherTypes) {
     }
 }
 
+TEST(PcccData, IntegersWithoutASignAndRecordsOfNothing) {
+    // BCD is handed out as it is on the wire.
+    const ReadPtr bcd = decodeBytes("34 92", PLC_TYPE_BCD, 2);
+    EXPECT_EQ(0x9234, _PCCC_GetValueAsInteger(bcd.get(), 0));
+    EXPECT_EQ(kSuccess, lastError());
+    const ReadPtr shortFloat = decodeBytes("34 92", PLC_TYPE_FLOAT, 2);
+    EXPECT_EQ(-1.0f, _PCCC_GetValueAsFloat(shortFloat.get(), 0));
+    EXPECT_EQ(kType, lastError());
+    bcd->elementSize = 0;
+    EXPECT_EQ(0, _PCCC_GetValueAsInteger(bcd.get(), 0));
+    EXPECT_EQ(kInvalid, lastError());
+}
+
 TEST(PcccData, IndexesOfNoElement) {
     const ReadPtr read = decode("95 09 42 01 00 02 00");
     for (int index : {-1, 2, 3, 1000, INT32_MAX, INT32_MIN}) {

@@ -246,6 +246,8 @@ TEST_F(PcccServices, NothingGoesOutThatIsNoRequest) {
         EXPECT_EQ(-1, _WritePLCData(&target, 0x1234, "N7:0", _PLC_Data_Type(type), "abcd", 1));
         EXPECT_EQ((CipError{0, -24, 0}), lastError()) << type;
     }
+    EXPECT_EQ(-1, WriteBytesToPLC(&target, 0x1234, "N7", "ab", 2));
+    EXPECT_EQ((CipError{0, -1, 0}), lastError()) << "no address at all";
     EXPECT_EQ(nullptr, _ReadPLCData_Ex(nullptr, 0x1234, "N7:0", 1));
     EXPECT_EQ((CipError{0, -1, 0}), lastError());
     EXPECT_EQ(-1, WriteBytesToPLC(nullptr, 0x1234, "N7:0", "ab", 2));
