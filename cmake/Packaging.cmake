@@ -18,7 +18,7 @@ if(CMAKE_CROSSCOMPILING OR MICRO800_QT4)
   endif()
   install(TARGETS ab_micro800_ethernet LIBRARY DESTINATION drivers)
   install(FILES packaging/panel/README.txt CHANGELOG.md DESTINATION .)
-  install(FILES docs/commissioning.md docs/panel.md docs/troubleshooting.md DESTINATION docs)
+  install(DIRECTORY docs DESTINATION . PATTERN examples EXCLUDE)
   install(FILES packaging/panel/LINKED-IN.txt DESTINATION licenses)
   # What Debian ships about the compiler whose libraries were linked in.
   file(GLOB gcc_copyright "/usr/share/doc/gcc-*-${CMAKE_LIBRARY_ARCHITECTURE}-base/copyright")
