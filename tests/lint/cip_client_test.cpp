@@ -44,7 +44,8 @@ TEST(CipClientPage, ShowsTheExampleAsItIsBuilt) {
 
 TEST(CipClientPage, NamesOnlyWhatIsThere) {
     std::set<std::string> words = found(code(), "\\b([A-Za-z_][A-Za-z0-9_]*)\\b");
-    words.insert({"cip", "common", "eip", "errno", "free", "malloc", "pkgconfig", "PKG_CONFIG_PATH"});
+    words.insert(
+        {"cip", "common", "eip", "errno", "free", "malloc", "pkgconfig", "PKG_CONFIG_PATH"});
     const std::set<std::string> named = found(page(), "`([A-Za-z_][A-Za-z0-9_]*)(?:\\(\\))?`");
     EXPECT_GT(named.size(), 30u);
     for (const std::string& name : named) {
