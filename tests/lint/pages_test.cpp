@@ -207,7 +207,7 @@ TEST(PagesOfTheTree, TheVersionIsTheSameEverywhere) {
 TEST(PagesOfTheTree, EveryDependencyHasItsReason) {
     const std::string page = contentOf(kRoot / "docs/build-sdk.md");
     int count = 0;
-    for (const char* list : {"build", "test", "sanitizer", "bench"}) {
+    for (const char* list : {"build", "test", "sanitizer", "bench", "coverage"}) {
         std::istringstream packages(
             after("scripts/lib.sh", std::string("\n") + list + "_packages='([^']*)'"));
         for (std::string package; packages >> package; ++count) {
