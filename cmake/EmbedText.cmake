@@ -10,3 +10,17 @@ function(embed_text target file name)
     VERBATIM)
   target_sources(${target} PRIVATE "${output}")
 endfunction()
+
+# embed_files(TARGET NAME FILE...): compiles text files in as `const PageFile NAME[]`
+# (apps/micro800/serve/page_files.h), ended by one without a name.
+function(embed_files target name)
+  set(output "${CMAKE_CURRENT_BINARY_DIR}/${name}.cpp")
+  string(REPLACE ";" "|" files "${ARGN}")
+  add_custom_command(
+    OUTPUT "${output}"
+    COMMAND "${CMAKE_COMMAND}" "-DFILES=${files}" "-DOUTPUT=${output}" "-DNAME=${name}"
+            -P "${PROJECT_SOURCE_DIR}/cmake/embed_files_script.cmake"
+    DEPENDS ${ARGN} "${PROJECT_SOURCE_DIR}/cmake/embed_files_script.cmake"
+    VERBATIM)
+  target_sources(${target} PRIVATE "${output}")
+endfunction()

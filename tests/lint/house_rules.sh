@@ -110,6 +110,9 @@ micro800_folders() {
     }
     arrow $host/recording $host/base $host/format $host/controller/trace $host/recording
     arrow $host/watch $host/base $host/format $host/terminal $host/plugin $host/watch common
+    # The page shows what the driver reads and tells what the doctor would.
+    arrow $host/serve $host/base $host/format $host/terminal $host/plugin $host/polling $host/watch $host/controller/doctor $host/serve runtime
+    search 'include *<microhttpd\.h>' apps tests fuzz bench | grep -v "^$host/serve/" || :
     # Neither an option nor a report knows a command.
     search 'include *"apps/micro800/(commands|reports)/' $host/options
     search 'include *"apps/micro800/commands/' $host/reports
@@ -270,6 +273,8 @@ echo '#include "apps/micro800/plugin/plugin.h"' | caught includes_against_the_la
 echo '#include "apps/micro800/controller/doctor/a.h"' | caught includes_against_the_layers apps/micro800/controller/a.cpp
 echo '#include "apps/micro800/controller/a.h"' | caught includes_against_the_layers apps/micro800/controller/trace/a.cpp
 echo '#include <QPluginLoader>' | caught includes_against_the_layers apps/micro800/commands/read.cpp
+echo '#include <microhttpd.h>' | caught includes_against_the_layers apps/micro800/commands/serve.cpp
+echo '#include "apps/micro800/controller/a.h"' | caught includes_against_the_layers apps/micro800/serve/a.cpp
 echo '#include "tests/support/a.h"' | caught includes_against_the_layers apps/micro800/a.cpp
 
 printf 'int  a;\n' | caught format_of_another_house apps/a.cpp

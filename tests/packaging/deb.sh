@@ -48,6 +48,7 @@ usr/share/man/man1/micro800-read.1.gz
 usr/share/man/man1/micro800-record.1.gz
 usr/share/man/man1/micro800-restore.1.gz
 usr/share/man/man1/micro800-save.1.gz
+usr/share/man/man1/micro800-serve.1.gz
 usr/share/man/man1/micro800-sim.1.gz
 usr/share/man/man1/micro800-tags.1.gz
 usr/share/man/man1/micro800-watch.1.gz
@@ -58,7 +59,7 @@ diff "$work/expected" "$work/files" || fail 'files of the package: < expected, >
 for document in README.md CONTRIBUTING.md SECURITY.md CHANGELOG.md changelog.gz copyright apps/simulator/README.md docs/commissioning.md docs/troubleshooting.md docs/panel.md; do
     [ -s "$root/usr/share/doc/micro800/$document" ] || fail "no $document in the package"
 done
-for needed in libqt5core5a libqt5sql5 libqt5network5 libqt5sql5-sqlite libc6; do
+for needed in libqt5core5a libqt5sql5 libqt5network5 libqt5sql5-sqlite libmicrohttpd12 libc6; do
     grep -q "^Depends:.*$needed" "$work/control" || fail "the package does not depend on $needed"
 done
 grep -q '^Package: micro800$' "$work/control" || fail 'the package has another name'
@@ -160,6 +161,8 @@ if command -v bash >/dev/null; then
         [ "$(complete_words micro800 plan --read)" = --read-ms ]
         [ "$(complete_words micro800 save REA)" = REAL0: ]
         [ "$(complete_words micro800 save --ke)" = --keep-going ]
+        [ "$(complete_words micro800 serve UDI)" = UDINT0: ]
+        [ "$(complete_words micro800 serve --allow)" = --allow-write ]
         [ "$(complete_words micro800 save --outp)" = --output ]
         [ "$(complete_words micro800-sim --ramp-)" = --ramp-tag ]
     ' "$root" || fail 'completion'

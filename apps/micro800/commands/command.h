@@ -23,6 +23,9 @@ int runWrite(const CommandLine& line, Console& console);
 CommandHelp watchHelp();
 int runWatch(const CommandLine& line, Console& console);
 
+CommandHelp serveHelp();
+int runServe(const CommandLine& line, Console& console);
+
 CommandHelp saveHelp();
 int runSave(const CommandLine& line, Console& console);
 

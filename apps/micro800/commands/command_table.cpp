@@ -6,6 +6,7 @@ const QVector<Command>& commandTable() {
         {readHelp, runRead},
         {writeHelp, runWrite},
         {watchHelp, runWatch},
+        {serveHelp, runServe},
         {saveHelp, runSave},
         {restoreHelp, runRestore},
         // what the controller answers

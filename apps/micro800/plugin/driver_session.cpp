@@ -16,7 +16,7 @@ double microsecondsOf(const QElapsedTimer& timer) {
 DriverSession::DriverSession(const Connection& connection) : device(connection) {}
 
 bool DriverSession::open(const QString& pluginFile, QString* problem) {
-    if (!plugin.load(pluginFile, problem)) {
+    if (!(another ? plugin.loadAnother(pluginFile, problem) : plugin.load(pluginFile, problem))) {
         return false;
     }
     if (plugin.driver()->initialize(&device)) {

@@ -27,6 +27,9 @@ const double kCacheLimitMicroseconds = 50;
 class DriverSession {
  public:
     explicit DriverSession(const Connection& connection);
+    /// Before open(): the session gets a driver of its own and not the one of the plugin file,
+    /// which another session uses.
+    void setAnother(bool on) { another = on; }
 
     /// Loads the plugin file and initialises the driver. Nothing is sent yet.
     bool open(const QString& pluginFile, QString* problem);
@@ -45,6 +48,7 @@ class DriverSession {
 
  private:
     HostDevice device;
+    bool another = false;
     Plugin plugin;
 };
 

@@ -9,10 +9,16 @@
 namespace {
 
 const char kPluginFile[] = "libab_micro800_ethernet.so";
+/// What every such file exports: it returns a new driver, owned by the caller.
+const char kFactory[] = "CreateDriver";
 
 }  // namespace
 
 Plugin::~Plugin() {
+    if (own) {
+        own.reset();
+        library.unload();
+    }
     if (loaded) {
         loader.unload();
     }
@@ -42,6 +48,21 @@ bool Plugin::load(const QString& file, QString* problem) {
         return fail(problem, QStringLiteral("plugin %1: implements %2, not %3")
                                  .arg(file, found, qobject_interface_iid<DriverInterface*>()));
     }
+    return true;
+}
+
+bool Plugin::loadAnother(const QString& file, QString* problem) {
+    if (!load(file, problem)) {
+        return false;
+    }
+    using Create = DriverInterface* (*)();
+    library.setFileName(loader.fileName());
+    const auto create = reinterpret_cast<Create>(library.resolve(kFactory));
+    if (!create) {
+        return fail(problem, QStringLiteral("plugin %1: makes only one driver").arg(file));
+    }
+    own.reset(create());
+    loaded = own.get();
     return true;
 }
 

@@ -1,9 +1,11 @@
 #ifndef APPS_MICRO800_PLUGIN_PLUGIN_H
 #define APPS_MICRO800_PLUGIN_PLUGIN_H
 
+#include <QLibrary>
 #include <QPluginLoader>
 #include <QString>
 #include <QStringList>
+#include <memory>
 
 #include "runtime/driver_interface.h"
 
@@ -19,8 +21,11 @@ class Plugin {
     /// Loads `file`. False when there is no such file, when it is no plugin, or when it is a
     /// plugin for another interface; `problem` tells which.
     bool load(const QString& file, QString* problem);
+    /// The same for a driver of its own: load() gives every caller the one instance of the file.
+    /// False also when the file makes no further ones.
+    bool loadAnother(const QString& file, QString* problem);
 
-    /// Null before a successful load. Belongs to the plugin.
+    /// Null before a successful load. Belongs to this object.
     DriverInterface* driver() const { return loaded; }
     /// Absolute path of the loaded file.
     QString fileName() const { return loader.fileName(); }
@@ -29,6 +34,8 @@ class Plugin {
 
  private:
     QPluginLoader loader;
+    QLibrary library;
+    std::unique_ptr<DriverInterface> own;  ///< of loadAnother()
     DriverInterface* loaded = nullptr;
 };
 

@@ -82,7 +82,8 @@ Troubleshooting::Troubleshooting(const QString& page) {
         } else if (isWanted && !quotedTexts(cells.at(0)).isEmpty()) {
             rows.append({cells.at(0),
                          quotedTexts(cells.at(0)),
-                         {withoutMarkup(cells.at(1)), withoutMarkup(cells.at(2))}});
+                         {withoutMarkup(cells.at(1)), withoutMarkup(cells.at(2)),
+                          quotedTexts(cells.at(0)).first()}});
         }
     }
 }

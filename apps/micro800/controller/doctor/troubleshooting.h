@@ -9,6 +9,7 @@
 struct Advice {
     QString means;
     QString check;
+    QString text;  ///< the first one of the row
 
     bool isEmpty() const { return means.isEmpty() && check.isEmpty(); }
 };
