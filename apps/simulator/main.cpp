@@ -90,14 +90,21 @@ int run(const sim::Options& options) {
     if (!options.log.isEmpty() && !log.open(options.log, &problem)) {
         return complain(problem, kExitFailure);
     }
-    sim::Controller controller(options.controller, table, files, faults, monotonicMs);
+    std::unique_ptr<sim::Ramp> ramp;
+    // A request over a connection finds the values of its moment, also where the timer is late.
+    const auto clock = [&ramp] {
+        if (ramp) {
+            ramp->catchUp();
+        }
+        return monotonicMs();
+    };
+    sim::Controller controller(options.controller, table, files, faults, clock);
     sim::Server server(controller, log);
     server.setDelay(options.delayMs);
     if (!server.start(options.address, options.port, &problem) ||
         (options.discovery && !server.startDiscovery(&problem))) {
         return complain(problem, kExitFailure);
     }
-    std::unique_ptr<sim::Ramp> ramp;
     if (options.rampMs > 0) {
         ramp = std::make_unique<sim::Ramp>(rampTags(options, table), options.rampMs);
         ramp->start();

@@ -7,7 +7,7 @@ namespace sim {
 Ramp::Ramp(std::vector<Tag*> tags, int periodMs) : rising(std::move(tags)), stepMs(periodMs) {
     timer.setTimerType(Qt::PreciseTimer);
     timer.setInterval(periodMs);
-    connect(&timer, &QTimer::timeout, this, [this] { advanceTo(elapsed.elapsed()); });
+    connect(&timer, &QTimer::timeout, this, [this] { catchUp(); });
 }
 
 void Ramp::start() {

@@ -22,6 +22,8 @@ class Ramp : public QObject {
     void start();
     /// Makes the steps that are due after this time since the start.
     void advanceTo(qint64 elapsedMs);
+    /// Makes those that are due now, as the timer would.
+    void catchUp() { advanceTo(elapsed.elapsed()); }
 
  private:
     const std::vector<Tag*> rising;
