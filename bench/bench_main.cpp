@@ -77,6 +77,13 @@ class SummingReporter : public benchmark::BenchmarkReporter {
             figure("refresh of a large array", "of_singles_%"), "%", "");
         row("processor use, idle worker", figure("idle worker", "cpu_%"), "%", "");
         row("processor use, polling 100 tags", figure("worker polling 100 tags", "cpu_%"), "%", "");
+        row("CPU a pass, 64 drivers / 8 drivers", figure("64 drivers", "cpu_of_8_%"), "%",
+            "<= 110");
+        row("passes a driver, 64 / 8", figure("64 drivers", "passes_of_8_%"), "%", ">= 90");
+        row("memory a driver, 9th to 64th / 2nd to 8th", figure("64 drivers", "kb_of_8_%"), "%",
+            "<= 110");
+        row("memory a driver", figure("64 drivers", "kb"), "KB", "");
+        row("stop of 64 drivers, one by one", figure("64 drivers", "stop_ms"), "ms", "");
         row("simulator, 16 connections, requests/s", figure("simulator", "per_second"), "",
             ">= 20000");
     }

@@ -8,6 +8,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QLibrary>
 #include <QPluginLoader>
 #include <QSqlDatabase>
 #include <QSqlQuery>
@@ -57,6 +58,16 @@ std::unique_ptr<DriverInterface> newDriver() {
         giveUp(loader.errorString());
     }
     return std::unique_ptr<DriverInterface>(driver);
+}
+
+std::unique_ptr<DriverInterface> anotherDriver() {
+    QLibrary library(BENCH_PLUGIN);
+    typedef DriverInterface* (*Create)();
+    const Create create = reinterpret_cast<Create>(library.resolve("CreateDriver"));
+    if (!create) {
+        giveUp(library.errorString());
+    }
+    return std::unique_ptr<DriverInterface>(create());
 }
 
 RecorderIn::RecorderIn(const QString& folder) {

@@ -43,6 +43,8 @@ class LoopbackDevice : public AbstractDeviceInterface {
 
 /// A new driver out of the plugin file. Ends the program when there is none.
 std::unique_ptr<DriverInterface> newDriver();
+/// The same by CreateDriver, which makes one beside those that there are.
+std::unique_ptr<DriverInterface> anotherDriver();
 
 /// While it lives, new drivers record into this folder; an empty one: they do not record.
 class RecorderIn {

@@ -1,0 +1,86 @@
+// Many drivers in one process: each is of its own controller, and they end together.
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <vector>
+
+#include "integration/driver_rig.h"
+#include "support/app_directory/app_directory.h"
+
+namespace {
+
+const int kControllers = 8;
+const int kDrivers = 64;
+const int kTags = 10;
+/// A stop waits for one request at most, and for the farewell. A loaded machine takes longer.
+const int kStopMs = 20000;
+
+int threads() {
+    return QDir("/proc/self/task").entryList(QDir::NoDotAndDotDot | QDir::Dirs).size();
+}
+
+int valueOf(int controller, int tag) {
+    return (controller + 1) * 1000 + tag;
+}
+
+QStringList tagsOf(int controller) {
+    QStringList options;
+    for (int tag = 0; tag < kTags; ++tag) {
+        options << "--tag" << QString("T%1:DINT=%2").arg(tag).arg(valueOf(controller, tag));
+    }
+    return options << "--tag"
+                   << "W:DINT";
+}
+
+QList<CommunicatorCommand> polledTags() {
+    QList<CommunicatorCommand> list;
+    for (int tag = 0; tag < kTags; ++tag) {
+        list << dint(QString("T%1").arg(tag));
+    }
+    return list;
+}
+
+TEST(ManyDrivers, KeepApartAndEndTogether) {
+    writeProjectDatabase(QStringList());
+    std::vector<std::unique_ptr<Controller>> controllers;
+    std::vector<std::unique_ptr<TestDevice>> devices;
+    for (int number = 0; number < kControllers; ++number) {
+        controllers.emplace_back(new Controller(tagsOf(number)));
+        devices.emplace_back(new TestDevice(controllers.back()->port(), 3000, 3));
+    }
+    const int before = threads();
+    std::vector<std::unique_ptr<DriverInterface>> drivers;
+    for (int number = 0; number < kDrivers; ++number) {
+        drivers.push_back(createDriver());
+        drivers.back()->setSessionCommand(polledTags());
+    }
+    for (int round = 0; round < 3; ++round) {
+        for (int number = 0; number < kDrivers; ++number) {
+            const int controller = number % kControllers;
+            for (int tag = 0; tag < kTags; ++tag) {
+                EXPECT_EQ(valueOf(controller, tag),
+                          readDint(drivers[size_t(number)].get(), devices[size_t(controller)].get(),
+                                   QString("T%1").arg(tag)))
+                    << "driver " << number;
+            }
+        }
+    }
+    EXPECT_EQ(before + kDrivers, threads());
+    for (int number = 0; number < kDrivers; ++number) {
+        TestDevice* const device = devices[size_t(number % kControllers)].get();
+        EXPECT_TRUE(drivers[size_t(number)]->write(device, dint("W"), dintBytes(number + 1)));
+        EXPECT_EQ(number + 1, readDint(drivers[size_t(number)].get(), device, "W"));
+    }
+    QElapsedTimer stopping;
+    stopping.start();
+    drivers.clear();
+    EXPECT_LT(stopping.elapsed(), kStopMs);
+    EXPECT_TRUE(waitFor([&] { return threads() == before; }));
+    for (const auto& controller : controllers) {
+        EXPECT_EQ(kDrivers / kControllers, controller->connectionsOpened());
+    }
+}
+
+}  // namespace
