@@ -70,3 +70,4 @@ test_packages='libgtest-dev libgmock-dev make pkg-config dpkg-dev file clang-for
 sanitizer_packages='clang-14 libclang-rt-14-dev llvm'
 bench_packages='libbenchmark-dev'
 coverage_packages='gcovr'
+soak_packages='gnuplot-nox'

@@ -84,14 +84,14 @@ QSqlDatabase openToWrite(const char* connection) {
 
 }  // namespace
 
-int runTestsInOwnAppDirectory(int argc, char** argv) {
+int runInOwnAppDirectory(int argc, char** argv, int (*body)(int, char**)) {
     const char* dir = getenv(kMarker);
     if (!dir) {
         return startFromOwnDirectory(argv);
     }
     const QString own = QString::fromLocal8Bit(dir);
     unsetenv(kMarker);
-    // The tests run in a child, so that the directory goes also when one of them dies.
+    // The work is done in a child, so that the directory goes also when it dies.
     const pid_t child = fork();
     if (child > 0) {
         int status = 1;
@@ -101,8 +101,14 @@ int runTestsInOwnAppDirectory(int argc, char** argv) {
         return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
     }
     QCoreApplication app(argc, argv);
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
+    return body(argc, argv);
+}
+
+int runTestsInOwnAppDirectory(int argc, char** argv) {
+    return runInOwnAppDirectory(argc, argv, [](int count, char** words) {
+        ::testing::InitGoogleTest(&count, words);
+        return RUN_ALL_TESTS();
+    });
 }
 
 QString writeProjectDatabase(const QStringList& addresses, int connectorId) {

@@ -9,6 +9,10 @@
 /// fresh directory beside it and removes that directory at the end. To be called first in main().
 int runTestsInOwnAppDirectory(int argc, char** argv);
 
+/// The same for a program that is no test: `body` is its main(), with a QCoreApplication. The exit
+/// code is that of `body`.
+int runInOwnAppDirectory(int argc, char** argv, int (*body)(int, char**));
+
 /// Writes the project database that the program's application directory holds, with one row in
 /// `custom_tag_table` for every address (connector 1) and the tables LINK and NODE. Replaces an
 /// earlier one. Returns its path.
