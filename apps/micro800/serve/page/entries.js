@@ -13,8 +13,10 @@ function item(entry) {
                       momentText(entry.time));
     const mark = make('span', { class: 'mark', 'aria-hidden': 'true' });
     const word = make('span', { class: 'kind' }, mark, kWords[kind]);
-    const text = kind === 'failure' && entry.text ? make('a', { href: helpLink(entry) }, entry.text)
-                                                  : make('span', {}, entry.text || '');
+    // The address is there already.
+    const reason = (entry.text || '').replace(`read ${entry.address}> `, '');
+    const text = kind === 'failure' && reason ? make('a', { href: helpLink(entry) }, reason)
+                                              : make('span', {}, reason);
     const line = make('li', { 'data-kind': kind }, time, word);
     if (entry.address) {
         line.append(make('span', { class: 'address' }, entry.address));

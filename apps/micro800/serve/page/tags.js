@@ -123,7 +123,7 @@ export function valueText(tag) {
 
 /** "ab-error-0005h": the anchor of a text in the page of troubleshooting. The access in front of it has none. */
 function anchorOf(problem) {
-    const reason = problem.replace(/^(read|write) .*?> /, '');
+    const reason = problem.replace(/^(read|write) .*?> /, '').replace(/ \(\d+ tags\)$/, '');
     return reason.toLowerCase().replace(/[^a-z0-9]+/g, '-').replace(/^-|-$/g, '');
 }
 

@@ -219,6 +219,9 @@ export class Trend {
             this.showCursor();
         }
         byId('follow').setAttribute('aria-pressed', String(this.isFollowing));
+        for (const button of document.querySelectorAll('#trend [data-span]')) {
+            button.setAttribute('aria-pressed', String(Number(button.dataset.span) === this.span));
+        }
         this.legend.show();
         this.describe();
     }

@@ -5,6 +5,11 @@ import { helpLink, valueText } from './tags.js';
 
 const kWholeNumber = /^[+-]?\d+$/;
 
+/** The text of a STRING, which is shown in quotes; none when it has characters that a field does not show. */
+function plainText(value) {
+    return /^"[^\\]*"$/.test(value) ? value.slice(1, -1) : '';
+}
+
 /** A switch for a BOOL; for the rest a field. Text, since a number field would round what it does not know. */
 function makeField(tag) {
     const label = `New value of ${tag.address}`;
@@ -21,7 +26,7 @@ function makeField(tag) {
     if (isText) {
         input.maxLength = tag.maximumLength || 255;
     }
-    input.value = tag.value ?? '';
+    input.value = isText ? plainText(tag.value ?? '') : tag.value ?? '';
     return [input, () => (isText ? input.value : input.value.trim())];
 }
 
@@ -158,8 +163,8 @@ export class WriteDialog {
         this.text = text;
         const isCurrent = this.tags.shownState(this.tag) === 'good';
         setText(byId('write-old'), isCurrent ? valueText(this.tag) : `${valueText(this.tag)} (not current)`);
-        setText(byId('write-new'), text);
-        this.say(`Write ${text} to ${this.tag.address}?`);
+        setText(byId('write-new'), this.tag.type === 'STRING' ? `"${text}"` : text);
+        this.say(`Write this to ${this.tag.address}?`);
         this.show('confirm', 'Write');
         byId('write-go').focus();
     }
