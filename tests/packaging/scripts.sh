@@ -109,6 +109,13 @@ said '[DINT0:SETPOINT]' || fail 'the demonstration did not write'
 grep -qxE '\[.*/temporary files/[^/]*/app\]' "$SAID" || fail 'the project of the demonstration is in pieces'
 nothing_left
 
+# So does the live page, which hands its own arguments on and ends both programs.
+run scripts/live --listen 127.0.0.1:0 || fail 'scripts/live'
+said '[serve]' || fail 'no page'
+said '[4711]' || fail 'the page does not know the simulator'
+said '[--listen]' || fail 'the arguments were not handed on'
+nothing_left
+
 # A signal reaches the whole group, as from a terminal.
 for signal in HUP INT TERM; do
     : >"$SAID"
