@@ -282,7 +282,8 @@ TEST_F(Array, WrittenValueStaysWritten) {
         ASSERT_EQ(dintBytes(i), read("DINT0:A[0]", 1)) << i;
     }
     for (int i = 0; i < 30; ++i) {
-        ASSERT_TRUE(write("DINT0:A[1]", dintBytes(i)));
+        // A write that is not confirmed in time is not confirmed at all; the confirmed one counts.
+        ASSERT_TRUE(waitFor([&] { return write("DINT0:A[1]", dintBytes(i)); }));
         ASSERT_EQ(dintBytes(i), read("DINT0:A[1]", 1)) << i;
     }
 }
