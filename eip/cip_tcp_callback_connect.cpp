@@ -130,6 +130,19 @@ bool CipTcpCallback::Impl::awaitConnected(unsigned long timeoutMs) {
     return false;
 }
 
+/// TCP lets both ends of a connection open it. So a socket that asks for a port of this machine, on
+/// which nobody listens, connects to itself when the system happens to give it that port. It would
+/// take its own requests for replies, and keep the port from the program that is to listen there.
+bool CipTcpCallback::Impl::isItsOwnPeer() const {
+    sockaddr_in own = sockaddr_in();
+    sockaddr_in peer = sockaddr_in();
+    socklen_t ownSize = sizeof own;
+    socklen_t peerSize = sizeof peer;
+    return getsockname(sock, reinterpret_cast<sockaddr*>(&own), &ownSize) == 0 &&
+           getpeername(sock, reinterpret_cast<sockaddr*>(&peer), &peerSize) == 0 &&
+           own.sin_port == peer.sin_port && own.sin_addr.s_addr == peer.sin_addr.s_addr;
+}
+
 int CipTcpCallback::connect(const char* host, unsigned short port, unsigned long timeoutMs) {
     if (isConnected()) {
         return 1;
@@ -137,8 +150,15 @@ int CipTcpCallback::connect(const char* host, unsigned short port, unsigned long
     d->closeSocket();
     d->noteConnecting(host, port);
     bool established = false;
-    const bool connected = d->beginConnect(host ? host : "", port, &established) &&
-                           (established ? d->checkSocket() : d->awaitConnected(timeoutMs));
+    bool connected = d->beginConnect(host ? host : "", port, &established) &&
+                     (established ? d->checkSocket() : d->awaitConnected(timeoutMs));
+    if (connected && d->isItsOwnPeer()) {
+        // With a reset: no state of the connection keeps the port.
+        const linger atOnce = {1, 0};
+        setsockopt(d->sock, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+        d->lastErrno = ECONNREFUSED;
+        connected = false;
+    }
     if (!connected) {
         d->closeSocket();
     }

@@ -40,6 +40,8 @@ class CipTcpCallback::Impl {
     bool beginConnect(const char* host, unsigned short port, bool* established);
     /// Waits for that connection to be there.
     bool awaitConnected(unsigned long timeoutMs);
+    /// Whether the connection leads from the socket to itself.
+    bool isItsOwnPeer() const;
     /// Reads the socket's pending error; true when there is none.
     bool checkSocket();
     void watchSocket();

@@ -3,9 +3,15 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <net/if.h>
 #include <netinet/tcp.h>
+#include <sched.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
+#include <cstring>
 #include <set>
 #include <string>
 #include <thread>
@@ -193,6 +199,48 @@ TEST_F(Connected, ConnectReplacesABrokenSocket) {
     EXPECT_EQ(before.size() + 1, openDescriptors().size());  // the server's side of it
     EXPECT_TRUE(server.send(message("x")));
     EXPECT_EQ(message("x"), receive(transport));
+}
+
+/// In a network of the child's own, whose only port for sockets that ask for any is the one that is
+/// asked for: 0 when no attempt connected and the port is free behind them, -1 without the rights
+/// to make such a network.
+int connectToTheOnlyPort() {
+    const pid_t child = fork();
+    if (child == 0) {
+        ifreq loopback = ifreq();
+        strcpy(loopback.ifr_name, "lo");
+        loopback.ifr_flags = IFF_UP;
+        const bool isolated =
+            unshare(CLONE_NEWNET) == 0 || unshare(CLONE_NEWUSER | CLONE_NEWNET) == 0;
+        const int inThere = socket(AF_INET, SOCK_DGRAM, 0);
+        FILE* const range = fopen("/proc/sys/net/ipv4/ip_local_port_range", "w");
+        const bool ready = isolated && ioctl(inThere, SIOCSIFFLAGS, &loopback) == 0 && range &&
+                           fputs("40000 40001", range) >= 0 && fclose(range) == 0;
+        if (!ready) {
+            _exit(2);
+        }
+        for (int i = 0; i < 20; ++i) {
+            CipTcpCallback transport;
+            if (transport.connect("127.0.0.1", 40000, kSoonMs) != 0 ||
+                transport.lastError() != "Connection refused(111)") {
+                _exit(1);
+            }
+        }
+        _exit(0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    const int code = WIFEXITED(status) ? WEXITSTATUS(status) : 1;
+    return code == 2 ? -1 : code;
+}
+
+/// The controller is a program of this machine that does not run yet.
+TEST(TcpConnect, DoesNotConnectToItself) {
+    const int result = connectToTheOnlyPort();
+    if (result < 0) {
+        GTEST_SKIP() << "no rights to make a network";
+    }
+    EXPECT_EQ(0, result);
 }
 
 }  // namespace
