@@ -18,7 +18,7 @@ ClockController::ClockController(int number, int clockTags, const QStringList& o
     : ownNumber(number), simulator(clockOptions(number, clockTags) + options) {}
 
 bool ClockController::start() {
-    return simulator.start() && readClock();
+    return simulator.start(reserved.port()) && readClock();
 }
 
 bool ClockController::restart() {

@@ -4,6 +4,7 @@
 #include <QStringList>
 #include <cstdint>
 
+#include "support/reserved_port.h"
 #include "support/simulator_process.h"
 
 /// A simulated controller whose values count milliseconds (time_oracle.h), and that can go away in
@@ -36,6 +37,8 @@ class ClockController {
     bool readClock();
 
     const int ownNumber;
+    const ReservedPort
+        reserved;  ///< it comes back there, and a driver that asks meanwhile is refused
     SimulatorProcess simulator;
     int64_t epoch = 0;
 };

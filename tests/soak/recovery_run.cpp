@@ -63,9 +63,6 @@ bool RecoveryRun::run() {
             progress(number + 1);
         }
     }
-    for (RecoveryKind& kind : results) {
-        std::sort(kind.ms.begin(), kind.ms.end());
-    }
     return true;
 }
 
@@ -93,7 +90,9 @@ bool RecoveryRun::cycle(int number) {
     if (!waitFor([&] { return readsValueSince(returned); }, kReturnMs)) {
         return giveUp(QString("no value any more: ") + results[size_t(kind)].name);
     }
-    results[size_t(kind)].ms.push_back(double(nowMs() - returned));
+    std::vector<double>& sorted = results[size_t(kind)].ms;
+    const double took = double(nowMs() - returned);
+    sorted.insert(std::upper_bound(sorted.begin(), sorted.end(), took), took);
     return true;
 }
 
