@@ -4,6 +4,7 @@
 #include <malloc.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -12,6 +13,8 @@ namespace {
 const int kBlocks = 10;
 /// Student's t for 95 % and kBlocks - 2 degrees of freedom.
 const double kStudent = 2.306;
+/// A single step in the middle of a run tilts the line by so much of its height over the run.
+const double kStepWeight = 1.5;
 
 /// Entries of a directory of /proc, without "." and "..".
 int entriesOf(const char* path) {
@@ -72,5 +75,15 @@ Slope slopeOf(const std::vector<double>& values, double stepSeconds) {
     Slope slope;
     slope.perSecond = perBlock / blockSeconds;
     slope.uncertainty = kStudent * std::sqrt(deviations / (kBlocks - 2) / squares) / blockSeconds;
+    return slope;
+}
+
+Slope slopeOfResident(const std::vector<double>& kilobytes, double stepSeconds) {
+    double largest = 0;
+    for (size_t i = 1; i < kilobytes.size(); ++i) {
+        largest = std::max(largest, kilobytes[i] - kilobytes[i - 1]);
+    }
+    Slope slope = slopeOf(kilobytes, stepSeconds);
+    slope.uncertainty += kStepWeight * largest / (double(kilobytes.size()) * stepSeconds);
     return slope;
 }

@@ -48,6 +48,11 @@ QString anHour(const Slope& slope) {
         .arg(slope.uncertainty * kSecondsAnHour, 0, 'f', 0);
 }
 
+/// Whether even the least slope that is likely is too much.
+bool growsTooMuch(const Slope& slope) {
+    return (slope.perSecond - slope.uncertainty) * kSecondsAnHour > kMostKbAnHour;
+}
+
 QStringList endsOf(const std::vector<SoakSample>& samples) {
     QStringList texts;
     for (int ProcessFigures::*member : {&ProcessFigures::descriptors, &ProcessFigures::threads}) {
@@ -58,31 +63,32 @@ QStringList endsOf(const std::vector<SoakSample>& samples) {
     return texts;
 }
 
+QString toReach(const Slope& slope) {
+    const bool isTold = slope.uncertainty * kSecondsAnHour <= kMostKbAnHour;
+    return isTold ? "<= 64 KB" : "<= 64 KB; too short to tell";
+}
+
 void reportGrowth(const std::vector<SoakSample>& samples, Report* report) {
     if (samples.size() < kFewestSamples) {
         report->row("growth", "too short to tell");
         return;
     }
-    Slope resident;
-    for (const QString& problem : growthProblems(samples, &resident)) {
+    const Growth growth = growthOf(samples);
+    for (const QString& problem : growth.problems) {
         report->wrong(problem);
     }
-    std::vector<double> heap;
-    for (const SoakSample& one : samples) {
-        heap.push_back(one.process.heapKb);
-    }
     const QStringList ends = endsOf(samples);
-    const bool isTold = resident.uncertainty * kSecondsAnHour <= kMostKbAnHour;
     report->row("resident memory at the end", number(samples.back().process.residentKb) + " KB");
-    report->row("it grows an hour (95 % interval)", anHour(resident),
-                isTold ? "<= 64 KB" : "<= 64 KB; this run is too short to tell");
-    report->row("memory in use grows an hour", anHour(slopeOf(heap, 1)));
+    report->row("it grows an hour (95 % interval)", anHour(growth.resident),
+                toReach(growth.resident));
+    report->row("memory in use grows an hour", anHour(growth.heap), toReach(growth.heap));
     report->row("descriptors at the start, at the end", ends.at(0), "no more");
     report->row("threads at the start, at the end", ends.at(1), "no more");
     report->value("resident_kb", samples.back().process.residentKb);
-    report->value("resident_kb_per_hour", resident.perSecond * kSecondsAnHour);
-    report->value("resident_kb_per_hour_uncertainty", resident.uncertainty * kSecondsAnHour);
-    report->value("heap_kb_per_hour", slopeOf(heap, 1).perSecond * kSecondsAnHour);
+    report->value("resident_kb_per_hour", growth.resident.perSecond * kSecondsAnHour);
+    report->value("resident_kb_per_hour_uncertainty", growth.resident.uncertainty * kSecondsAnHour);
+    report->value("heap_kb_per_hour", growth.heap.perSecond * kSecondsAnHour);
+    report->value("heap_kb_per_hour_uncertainty", growth.heap.uncertainty * kSecondsAnHour);
     report->value("descriptors", smallest(samples, true, &ProcessFigures::descriptors));
     report->value("threads", smallest(samples, true, &ProcessFigures::threads));
 }
@@ -121,15 +127,21 @@ QByteArray Report::json() const {
     return QJsonDocument(whole).toJson(QJsonDocument::Compact) + '\n';
 }
 
-QStringList growthProblems(const std::vector<SoakSample>& samples, Slope* resident) {
-    std::vector<double> memory;
+Growth growthOf(const std::vector<SoakSample>& samples) {
+    std::vector<double> resident;
+    std::vector<double> heap;
     for (const SoakSample& one : samples) {
-        memory.push_back(one.process.residentKb);
+        resident.push_back(one.process.residentKb);
+        heap.push_back(one.process.heapKb);
     }
-    *resident = slopeOf(memory, 1);
-    QStringList problems;
-    if ((resident->perSecond - resident->uncertainty) * kSecondsAnHour > kMostKbAnHour) {
-        problems << "resident memory grows by " + anHour(*resident) + " an hour";
+    Growth growth;
+    growth.resident = slopeOfResident(resident, 1);
+    growth.heap = slopeOf(heap, 1);
+    if (growsTooMuch(growth.resident)) {
+        growth.problems << "resident memory grows by " + anHour(growth.resident) + " an hour";
+    }
+    if (growsTooMuch(growth.heap)) {
+        growth.problems << "memory in use grows by " + anHour(growth.heap) + " an hour";
     }
     const QStringList names = {"descriptors", "threads"};
     int at = 0;
@@ -137,11 +149,12 @@ QStringList growthProblems(const std::vector<SoakSample>& samples, Slope* reside
         const int before = smallest(samples, false, member);
         const int after = smallest(samples, true, member);
         if (after > before) {
-            problems << QString("%1 grew from %2 to %3").arg(names.at(at)).arg(before).arg(after);
+            growth.problems
+                << QString("%1 grew from %2 to %3").arg(names.at(at)).arg(before).arg(after);
         }
         ++at;
     }
-    return problems;
+    return growth;
 }
 
 Report soakReport(const SoakRun& run, const SoakOptions& options) {

@@ -31,9 +31,15 @@ class Report {
 Report soakReport(const SoakRun& run, const SoakOptions& options);
 Report recoveryReport(const RecoveryRun& run, double limitMs);
 
-/// What is wrong with the growth of a process over these samples, one a second; empty: nothing, or
-/// the run is too short to tell. `resident` is left with the slope of its memory.
-QStringList growthProblems(const std::vector<SoakSample>& samples, Slope* resident);
+/// How a process grows, and what of that is wrong; nothing when the samples are too few to tell.
+struct Growth {
+    Slope resident;
+    Slope heap;
+    QStringList problems;
+};
+
+/// Of these samples, one a second, at least 20.
+Growth growthOf(const std::vector<SoakSample>& samples);
 
 /// A line a second: seconds, resident KB, heap KB, descriptors, threads, longest call in ms, wrong
 /// values so far.

@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <cmath>
+#include <functional>
 
 #include "integration/write_ledger.h"
 #include "soak/process_figures.h"
@@ -117,25 +118,52 @@ TEST_F(Ledger, LostAndDoubledWritesShow) {
     EXPECT_EQ(1, problems()) << "doubled late";
 }
 
-std::vector<SoakSample> samplesWith(double kbASecond, int descriptorsAtTheEnd) {
+std::vector<SoakSample> samplesWith(const std::function<double(int)>& residentKb) {
     std::vector<SoakSample> samples(600);
-    for (size_t i = 0; i < samples.size(); ++i) {
-        samples[i].process.residentKb = 10000 + kbASecond * double(i) + (i % 7 == 0 ? 4 : 0);
-        samples[i].process.descriptors = i > 400 ? descriptorsAtTheEnd : 9 + int(i % 2);
-        samples[i].process.threads = 3;
+    for (int i = 0; i < int(samples.size()); ++i) {
+        ProcessFigures& process = samples[size_t(i)].process;
+        process.residentKb = residentKb(i);
+        process.heapKb = 500 + i % 40;
+        process.descriptors = 9 + i % 2;
+        process.threads = 3;
     }
     return samples;
 }
 
-TEST(Growth, IsToldFromNoise) {
-    Slope slope;
-    EXPECT_EQ(QStringList(), growthProblems(samplesWith(0, 9), &slope));
-    EXPECT_LT(std::abs(slope.perSecond) * 3600, 10);
-    EXPECT_EQ(QStringList(), growthProblems(samplesWith(30 / 3600.0, 9), &slope));
-    EXPECT_EQ(1, growthProblems(samplesWith(200 / 3600.0, 9), &slope).size());
-    EXPECT_NEAR(200, slope.perSecond * 3600, slope.uncertainty * 3600);
-    EXPECT_EQ(QStringList("descriptors grew from 9 to 10"),
-              growthProblems(samplesWith(0, 10), &slope));
+/// Resident memory comes in pages.
+double pages(double kilobytes) {
+    return std::floor(kilobytes / 4) * 4;
+}
+
+TEST(Growth, OfMemoryIsToldFromNoise) {
+    EXPECT_EQ(QStringList(), growthOf(samplesWith([](int) { return 9000; })).problems);
+    const auto step = [](int i) { return i < 300 ? 9000 : 9012; };
+    EXPECT_EQ(QStringList(), growthOf(samplesWith(step)).problems) << "one step is no slope";
+    const auto slow = [](int i) { return pages(9000 + 30.0 * i / 3600); };
+    EXPECT_EQ(QStringList(), growthOf(samplesWith(slow)).problems);
+    const auto fast = [](int i) { return pages(9000 + 300.0 * i / 3600); };
+    const Growth growth = growthOf(samplesWith(fast));
+    EXPECT_EQ(1, growth.problems.size());
+    EXPECT_NEAR(300, growth.resident.perSecond * 3600, growth.resident.uncertainty * 3600);
+}
+
+TEST(Growth, OfMemoryInUseShowsUnderTheResident) {
+    std::vector<SoakSample> samples = samplesWith([](int) { return 9000; });
+    for (int i = 0; i < int(samples.size()); ++i) {
+        samples[size_t(i)].process.heapKb += 300.0 * i / 3600;
+    }
+    EXPECT_EQ(1, growthOf(samples).problems.size());
+}
+
+TEST(Growth, OfDescriptorsIsWhatStays) {
+    std::vector<SoakSample> samples = samplesWith([](int) { return 9000; });
+    samples[5].process.descriptors = 20;
+    samples[590].process.descriptors = 20;
+    EXPECT_EQ(QStringList(), growthOf(samples).problems);
+    for (size_t i = 400; i < samples.size(); ++i) {
+        samples[i].process.descriptors = 10;
+    }
+    EXPECT_EQ(QStringList("descriptors grew from 9 to 10"), growthOf(samples).problems);
 }
 
 }  // namespace
