@@ -14,34 +14,30 @@ QString overallHelp() {
          << QStringLiteral("    micro800 COMMAND --help")
          << QStringLiteral("    micro800 --help | --version") << QString()
          << QStringLiteral("DESCRIPTION")
-         << wrapped(QStringLiteral(
-                        "The HMI runtime in small, with two voices. The plugin's: read, write and "
-                        "watch load the driver's plugin file the way the runtime does and "
-                        "hand it settings and commands through the driver interface only; "
-                        "what they print is what a panel would show. The controller's: "
-                        "discover, identify, tags, check and doctor ask the controller itself, "
-                        "without the "
-                        "plugin. Where the two differ, the fault is between them."),
-                    4, 79)
+         << wrapped(
+                QStringLiteral(
+                    "A command-line host for the driver's plugin file. read, write, watch, save "
+                    "and restore load the plugin as a panel's runtime does and show what a panel "
+                    "shows. discover, identify, tags, check and doctor ask the controller itself, "
+                    "without the plugin. Where the two differ, the fault is between them."),
+                4, 79)
          << QString() << QStringLiteral("COMMANDS");
     for (const Command& command : commandTable()) {
         const CommandHelp help = command.help();
         page << QStringLiteral("    %1 %2").arg(help.name, -9).arg(help.summary);
     }
     page << QString() << QStringLiteral("ADDRESSES")
-         << wrapped(
-                QStringLiteral("PREFIX:NAME, or PREFIX:NAME[I], [I,J] or [I,J,K] for an element "
-                               "of an array. The prefix states the tag's type, in upper case: "
-                               "BOOL0, SINT0, USINT0, INT0, UINT0, DINT0, UDINT0, REAL0, "
-                               "LREAL0 or STRING0. The name is the controller's, in any case. "
-                               "Brackets belong in quotes for the shell."),
-                4, 79)
-         << QString() << QStringLiteral("OUTPUT")
          << wrapped(QStringLiteral(
-                        "One line a value or failure, in UTF-8. What a terminal would obey, from a "
-                        "controller, a project or the command line, is shown as \\n, \\r, \\t, "
-                        "\\xNN or \\uNNNN; in JSON it is \\uNNNN. A program that cannot write its "
-                        "output ends with exit status 1."),
+                        "PREFIX:NAME, or PREFIX:NAME[I], [I,J] or [I,J,K] for an element of an "
+                        "array. The prefix is the tag's type, in upper case: BOOL0, SINT0, USINT0, "
+                        "INT0, UINT0, DINT0, UDINT0, REAL0, LREAL0 or STRING0. Names are "
+                        "case-insensitive. Put brackets in quotes for the shell."),
+                    4, 79)
+         << QString() << QStringLiteral("OUTPUT")
+         << wrapped(QStringLiteral("One line per value or failure, in UTF-8. Control characters "
+                                   "from a controller, a project or the command line are shown as "
+                                   "\\n, \\r, \\t, \\xNN or \\uNNNN; in JSON as \\uNNNN. A program "
+                                   "that cannot write its output ends with exit status 1."),
                     4, 79)
          << QString() << QStringLiteral("ENVIRONMENT")
          << QStringLiteral("    MICRO800_HOST      the controller, unless --host names one")
@@ -64,9 +60,8 @@ QString overallHelp() {
                 "    micro800 read --help")
          << QString() << QStringLiteral("EXIT STATUS")
          << QStringLiteral(
-                "    0  everything asked for was done\n"
-                "    1  something failed: a tag, the plugin file, the project\n"
-                "    2  the command line is wrong; nothing was sent");
+                "    0  everything was done\n    1  something failed: a tag, the plugin file, the "
+                "project\n    2  the command line is wrong; nothing was sent");
     return page.join(QLatin1Char('\n'));
 }
 

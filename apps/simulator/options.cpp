@@ -48,11 +48,10 @@ void addOptions(QCommandLineParser& parser) {
         {"delay", "Time that the controller takes for a request (0).", "MS", "0"},
         {"connections", "CIP connections at once (16).", "N", "16"},
         {"connection-size",
-         "Grants a CIP connection at most so many bytes a message (511, the most that can be asked "
-         "for).",
+         "Grants a CIP connection at most N bytes per message (511, the largest possible request).",
          "N", "511"},
         {"connection-timeout",
-         "Drops a CIP connection after so long without traffic, whatever its originator asked for.",
+         "Drops a CIP connection after MS without traffic, for any request of its originator.",
          "MS", "0"},
         {"keep-connections", "A CIP connection outlives its TCP connection until it times out."},
         {"profile",
@@ -71,7 +70,7 @@ void addOptions(QCommandLineParser& parser) {
         {"ramp-tag", "Only this tag counts up. May be given again.", "NAME"},
         {"oracle", "Numeric values tell their tag and the number of the read."},
         {"fault", "Distorts answers, see below. May be given again.", "FAULT"},
-        {"log", "Appends one JSON line a request to FILE.", "FILE"},
+        {"log", "Appends one JSON line per request to FILE.", "FILE"},
         {"stdin", "Takes commands from standard input; its end ends the program."},
         {"udp", "Answers ListIdentity on the UDP port of the same number as well."},
     });

@@ -185,12 +185,12 @@ void CheckOfAll::printSummary() const {
 }
 
 QVector<OptionSpec> checkOptions() {
-    return endpointOptionSpecs(QStringLiteral(
-               "How long to wait for the connection and for each reply, in milliseconds.")) +
+    return endpointOptionSpecs(
+               QStringLiteral("Time-out for the connection and for each reply, in milliseconds.")) +
            QVector<OptionSpec>{
                {QStringLiteral("project"), QStringLiteral("DIR"),
-                QStringLiteral("Checks the arrays that the project in DIR declares when no address "
-                               "is given; else elements have to lie within them as well."),
+                QStringLiteral("Checks the arrays that the project in DIR declares if no address "
+                               "is given; otherwise elements must lie within them as well."),
                 QString()},
                {QStringLiteral("link"), QStringLiteral("N"),
                 QStringLiteral(
@@ -199,7 +199,7 @@ QVector<OptionSpec> checkOptions() {
                {QStringLiteral("sort"), QString(),
                 QStringLiteral("Prints the verdicts at the end, the worst first."), QString()},
                {QStringLiteral("json"), QString(),
-                QStringLiteral("Prints one JSON object an address: address, ok, verdict, detail, "
+                QStringLiteral("Prints one JSON object per address: address, ok, verdict, detail, "
                                "controller_type, read_requests, check_requests, ms; at the end one "
                                "with summary."),
                 QString()},
@@ -212,23 +212,23 @@ QVector<OptionSpec> checkOptions() {
 CommandHelp checkHelp() {
     CommandHelp help;
     help.name = QStringLiteral("check");
-    help.summary = QStringLiteral("tells which addresses will not work, and why");
+    help.summary = QStringLiteral("reports the addresses that will not work, and why");
     help.synopsis << QStringLiteral("--host HOST [OPTION...] ADDRESS...")
                   << QStringLiteral("--host HOST [OPTION...] @FILE")
                   << QStringLiteral("--host HOST [OPTION...] --project DIR");
     help.description
         << QStringLiteral(
-               "Asks the controller itself, without the plugin, about every address: whether there "
-               "is such a global variable, whether it has the type that the prefix names, and "
-               "whether an array has the bounds of its declaration, PREFIX:NAME[LOWER..UPPER]. "
-               "One line an address, and a summary. %1")
+               "Asks the controller itself, without the plugin, about every address: whether the "
+               "global variable exists, whether it has the type of the prefix, and whether an "
+               "array has the bounds of its declaration, PREFIX:NAME[LOWER..UPPER]. Prints one "
+               "line per address, and a summary. %1")
                .arg(addressFileHelp())
         << QStringLiteral(
-               "An address that is in order takes one request. Of an array it reads the first and "
-               "the last element, what is beside its bounds, which has to be refused, and the "
-               "whole, as a panel polls it. Behind 'ok' are the requests that a panel needs to "
-               "read it and the time that this took. All of them go over one connection, one "
-               "after the other; nothing is written.")
+               "A correct address takes one request. Of an array it reads the first and the last "
+               "element, the elements beside its bounds, which the controller must refuse, and the "
+               "whole array as a panel polls it. After 'ok' follow the requests that a panel needs "
+               "to read it, and their time. All requests go over one connection, one after the "
+               "other; nothing is written.")
         << QStringLiteral(
                "    missing     the controller has no global variable of that name\n"
                "    wrong type  it has another type than the prefix names\n"
@@ -239,8 +239,8 @@ CommandHelp checkHelp() {
                "    refused     refused for another reason\n"
                "    no answer   no answer in time, or none of use")
         << QStringLiteral(
-               "The exit status is 1 when a verdict is not ok. On a terminal a bar shows how far "
-               "it is; Ctrl-C ends it with the summary of what was checked.");
+               "The exit status is 1 if a verdict is not ok. On a terminal a bar shows the "
+               "progress; Ctrl-C ends it with the summary of the checked addresses.");
     help.options = checkOptions();
     help.examples << QStringLiteral(
                          "micro800 check --host 192.168.1.20 DINT0:COUNTER DINT0:LEVEL\n"

@@ -38,12 +38,12 @@ QVector<OptionSpec> discoverOptions() {
         {QStringLiteral("port"), QStringLiteral("PORT"), QStringLiteral("The devices' UDP port."),
          QString::number(defaults.port)},
         {QStringLiteral("timeout"), QStringLiteral("MS"),
-         QStringLiteral("How long to collect answers, in milliseconds. A device may put its answer "
-                        "off by half a second."),
+         QStringLiteral("Time to collect replies, in milliseconds. A device may delay its reply by "
+                        "half a second."),
          QString::number(defaults.timeoutMs)},
         {QStringLiteral("json"), QString(),
-         QStringLiteral("Prints one JSON object a device: addresses, and the facts that "
-                        "'micro800 identify --json' has."),
+         QStringLiteral("Prints one JSON object per device: addresses, and the fields of 'micro800 "
+                        "identify --json'."),
          QString()},
         verboseOptionSpec(),
     };
@@ -58,14 +58,14 @@ CommandHelp discoverHelp() {
     help.synopsis << QStringLiteral("[OPTION...]");
     help.description
         << QStringLiteral(
-               "Broadcasts ListIdentity by UDP on every network interface that is up and lists "
-               "the devices that answer, one line a device, also where it answers more than once "
-               "or at several addresses. Every EtherNet/IP device answers, drives and "
-               "panels as well; the product name of a Micro800 begins with 2080-.")
+               "Broadcasts ListIdentity by UDP on every active network interface and lists the "
+               "devices that reply, one line per device, also if it replies more than once or from "
+               "several addresses. Every EtherNet/IP device replies, drives and panels as well; "
+               "the product name of a Micro800 begins with 2080-.")
         << QStringLiteral(
-               "A broadcast does not pass a router. A controller in another network is reached "
-               "with 'micro800 identify --host HOST'.")
-        << QStringLiteral("The exit status is 1 when no device answers.");
+               "A broadcast does not pass a router. For a controller in another network use "
+               "'micro800 identify --host HOST'.")
+        << QStringLiteral("The exit status is 1 if no device replies.");
     help.options = discoverOptions();
     help.examples
         << QStringLiteral(

@@ -74,35 +74,33 @@ QJsonObject stepJson(const DoctorStep& step) {
 CommandHelp doctorHelp() {
     CommandHelp help;
     help.name = QStringLiteral("doctor");
-    help.summary = QStringLiteral("finds where the way to a controller breaks");
+    help.summary = QStringLiteral("finds the step on the way to a controller that fails");
     help.synopsis << QStringLiteral("--host HOST [OPTION...] [ADDRESS]");
     help.description
         << QStringLiteral(
-               "Climbs step by step from the host's name to a hundred reads of a tag, without the "
-               "plugin, and stops at the first step that fails: name, route, TCP, identity (is it "
-               "a Micro800, which firmware, its status in words), session, Forward Open, the tag, "
-               "the reads. Each step is a line that begins with \u2714, \u2718, or \u2013 for one "
-               "that was left out.")
+               "Checks step by step, without the plugin, and stops at the first step that fails: "
+               "name, route, TCP, identity (a Micro800, its firmware, its status in words), "
+               "session, Forward Open, the tag, a hundred reads. Each step is a line that begins "
+               "with \u2714, \u2718, or \u2013 for a skipped one.")
         << QStringLiteral(
-               "Under a step that fails stands what its text means and what to check: the "
-               "row of docs/troubleshooting.md, which explains the texts of a panel as well.")
+               "After a step that fails follow the meaning of its text and the checks, from "
+               "docs/troubleshooting.md, which explains the panel's texts, too.")
         << QStringLiteral(
-               "Without an ADDRESS it reads the first variable of the controller's own list; a "
-               "controller without a list needs one. The jitter is the mean difference between a "
-               "read and the one before it. It stops after three reads without an answer.");
-    help.options =
-        endpointOptionSpecs(QStringLiteral(
-            "How long to wait for the connection and for each reply, in milliseconds.")) +
-        QVector<OptionSpec>{
-            {QStringLiteral("reads"), QStringLiteral("N"), QStringLiteral("Reads at the end."),
-             QString::number(DoctorPlan().reads)},
-            {QStringLiteral("json"), QString(),
-             QStringLiteral("Prints one JSON object a step: step, ok (null when left out), text, "
-                            "means and check; of the reads reads, lost, loss_percent, median_ms, "
-                            "p99_ms, jitter_ms."),
-             QString()},
-            verboseOptionSpec(),
-        };
+               "Without an ADDRESS it reads the first variable of the controller's list; a "
+               "controller without a list needs an ADDRESS. The jitter is the mean difference "
+               "between a read and the one before it. It stops after three reads without a reply.");
+    help.options = endpointOptionSpecs(QStringLiteral(
+                       "Time-out for the connection and for each reply, in milliseconds.")) +
+                   QVector<OptionSpec>{
+                       {QStringLiteral("reads"), QStringLiteral("N"),
+                        QStringLiteral("Reads at the end."), QString::number(DoctorPlan().reads)},
+                       {QStringLiteral("json"), QString(),
+                        QStringLiteral("Prints one JSON object per step: step, ok (null for a "
+                                       "skipped one), text, means and check; for the reads also "
+                                       "reads, lost, loss_percent, median_ms, p99_ms, jitter_ms."),
+                        QString()},
+                       verboseOptionSpec(),
+                   };
     help.examples << QStringLiteral(
                          "micro800 doctor --host 192.168.1.20 DINT0:COUNTER\n"
                          "\u2714 name          192.168.1.20 is an address\n"

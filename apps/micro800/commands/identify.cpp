@@ -27,21 +27,20 @@ bool planIdentify(const CommandLine& line, Connection* connection, QString* prob
 CommandHelp identifyHelp() {
     CommandHelp help;
     help.name = QStringLiteral("identify");
-    help.summary = QStringLiteral("asks a controller what it is");
+    help.summary = QStringLiteral("shows a controller's model, firmware and state");
     help.synopsis << QStringLiteral("--host HOST [OPTION...]");
-    help.description
-        << QStringLiteral(
-               "Sends one ListIdentity over TCP and prints vendor, product, revision, serial "
-               "number, status word and state as the device answers. It opens no session and "
-               "takes up no connection of the controller, and it needs neither plugin nor "
-               "project: the first thing to try when reading fails.")
-        << QStringLiteral(
-               "The product name stands in double quotes with \\\" \\\\ \\n \\r \\t and \\xNN. "
-               "A vendor or product type without a name in this program is a number. The "
-               "address is the one that the device has in its own eyes.");
+    help.description << QStringLiteral(
+                            "Sends one ListIdentity over TCP and prints the device's vendor, "
+                            "product, revision, serial number, status word and state. It opens no "
+                            "session, uses no connection of the controller, and needs neither "
+                            "plugin nor project: try it first when reads fail.")
+                     << QStringLiteral(
+                            "The product name is in double quotes with \\\" \\\\ \\n \\r \\t and "
+                            "\\xNN. A vendor or product type without a name in this program is a "
+                            "number. The device itself reports the address.");
     help.options =
-        endpointOptionSpecs(QStringLiteral("How long to wait for the connection and for the "
-                                           "answer, in milliseconds each.")) +
+        endpointOptionSpecs(QStringLiteral(
+            "Time-out for the connection and for the reply, in milliseconds each.")) +
         QVector<OptionSpec>{
             {QStringLiteral("json"), QString(),
              QStringLiteral("Prints one JSON object: host, port, ok, and the facts or error. A "

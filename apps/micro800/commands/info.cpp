@@ -85,26 +85,26 @@ QVector<Fact> capabilityFacts(DriverInterface* driver) {
 CommandHelp infoHelp() {
     CommandHelp help;
     help.name = QStringLiteral("info");
-    help.summary = QStringLiteral("shows what the plugin says about itself");
+    help.summary = QStringLiteral("shows the plugin's identity, settings and counters");
     help.synopsis << QStringLiteral("[OPTION...]")
                   << QStringLiteral("--host HOST [--for SECONDS] [OPTION...] [ADDRESS...]");
-    help.description << QStringLiteral(
-                            "Loads the plugin file and prints its identity, the settings it "
-                            "suggests and what it "
-                            "supports. No controller is needed.")
-                     << QStringLiteral(
-                            "With --host it has the driver poll the addresses for a while and "
-                            "prints what the driver counted: requests, answers by CIP status, "
-                            "time-outs, connections, the time of a polling pass and the longest "
-                            "wait of a call. Without an address it reads a name that no "
-                            "controller has, whose refusal is an answer too. The exit status is 1 "
-                            "when the controller gave no answer at all.");
+    help.description
+        << QStringLiteral(
+               "Loads the plugin file and prints its identity, its default settings and its "
+               "features. No controller is needed.")
+        << QStringLiteral(
+               "With --host the driver polls the addresses for some time, and info prints the "
+               "driver's counters: requests, replies by CIP status, time-outs, connections, the "
+               "time of a pass and the longest wait of a call. Without an address it reads a name "
+               "that no controller has; the refusal is a reply, too. The exit status is 1 if the "
+               "controller did not reply at all.");
     help.options = liveFigureOptionSpecs();
     help.options << OptionSpec{QStringLiteral("json"), QString(),
                                QStringLiteral("Prints one JSON object."), QString()};
     help.examples << QStringLiteral(
                          "micro800 info\n"
-                         "Plugin               /usr/lib/micro800/libab_micro800_ethernet.so\n"
+                         "Plugin               "
+                         ".../micro800/libab_micro800_ethernet.so\n"
                          "Interface            com.tarvelon.drivers.DriverInterface/1.1\n"
                          "Name                 Micro800 Ethernet\n"
                          "...")

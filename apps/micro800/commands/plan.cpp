@@ -86,34 +86,32 @@ bool measure(const QVector<ListedAddress>& addresses, DriverSession* session, Re
 CommandHelp planHelp() {
     CommandHelp help;
     help.name = QStringLiteral("plan");
-    help.summary = QStringLiteral("tells what polling tags costs, and what would help");
+    help.summary = QStringLiteral("calculates the cost of polling tags, and improvements");
     help.synopsis << QStringLiteral("[--host HOST|--read-ms MS] [OPTION...] ADDRESS|@FILE...")
                   << QStringLiteral("[--host HOST|--read-ms MS] [OPTION...] --project DIR");
     help.description
         << QStringLiteral(
-               "Works out what the driver does with the addresses that a panel shows: its list for "
-               "the worker, the requests that one pass over the list takes, and how long a pass "
-               "lasts. Every tag is refreshed once a pass.")
+               "Calculates the polling of a panel's addresses: the session list, the requests per "
+               "pass, and the time of a pass. Every tag is refreshed once per pass.")
         << QStringLiteral(
                "The driver polls one entry after the other with a pause of 1 ms after each. A "
-               "declared array is one entry, and one request for every 496 bytes of values; an "
-               "element of another array is an entry of its own, and so is every STRING. The list "
-               "has at most 4096 bytes: a longer one is not polled at all.")
+               "declared array is one entry, with one request per 496 bytes of values; an element "
+               "of another array is an entry of its own, and so is every STRING. The session list "
+               "has at most 4096 bytes; a longer one is not polled at all.")
         << QStringLiteral(
-               "With --project the arrays that the project declares are polled whole; without "
+               "With --project the arrays that the project declares are polled as a whole; without "
                "addresses they are the list. A range among the addresses, INT0:LEVELS[0..9], "
                "counts as a declared array.")
         << addressFileHelp()
         << QStringLiteral(
-               "Where the pass goes is shown as bars. What would help is named with its gain: "
-               "elements that are polled one by one into a declaration, tags of one type into an "
-               "array. The declaration gets the largest index of the list as its bound; a real "
-               "array may be larger. The exit status is 1 when the list is too long.");
+               "Bars show the parts of a pass. The improvements have their gain: a declaration for "
+               "elements that are polled one by one, an array for tags of one type. The "
+               "declaration gets the largest index of the list as its bound; a real array can be "
+               "larger. The exit status is 1 if the list is too long.");
     help.options = connectionOptionSpecs(true);
     help.options << OptionSpec{QStringLiteral("read-ms"), QStringLiteral("MS"),
-                               QStringLiteral(
-                                   "How long the controller takes for a read. With --host "
-                                   "(or MICRO800_HOST) it is measured instead."),
+                               QStringLiteral("Time of a read, in milliseconds. With --host (or "
+                                              "MICRO800_HOST) it is measured instead."),
                                QString::number(kUsualReadMs)}
                  << OptionSpec{
                         QStringLiteral("json"), QString(),
@@ -125,10 +123,10 @@ CommandHelp planHelp() {
                          "micro800 plan --read-ms 6 @panel.txt\n"
                          "Addresses            41\n"
                          "Entries              41\n"
-                         "Requests a pass      41\n"
+                         "Requests per pass    41\n"
                          "Time of a read       6.0 ms (as given)\n"
                          "Time of a pass       287.0 ms\n"
-                         "Refresh of a tag     every 287.0 ms, once a pass\n"
+                         "Refresh of a tag     every 287.0 ms, once per pass\n"
                          "Session list         242 of 4096 bytes\n"
                          "...")
                   << QStringLiteral(

@@ -189,14 +189,13 @@ bool listProject(const ProjectPlan& plan, Console& console, QString* problem) {
 QVector<OptionSpec> projectOptions() {
     return {
         {QStringLiteral("array"), QStringLiteral("DECLARATION"),
-         QStringLiteral(
-             "Declares an array: PREFIX:NAME[LOWER..UPPER], up to three ranges separated "
-             "by commas. May be given more than once. An array that is declared on the "
-             "link already gets the new bounds."),
+         QStringLiteral("Declares an array: PREFIX:NAME[LOWER..UPPER], up to three ranges "
+                        "separated by commas. May be given more than once. An array that the link "
+                        "already declares gets the new bounds."),
          QString()},
         {QStringLiteral("link"), QStringLiteral("N"),
-         QStringLiteral("Number of the link that the changes belong to; what --link of read, write "
-                        "and watch has to name."),
+         QStringLiteral(
+             "Number of the link for the changes; give it to --link of read, write and watch."),
          QStringLiteral("1")},
         {QStringLiteral("connector"), QStringLiteral("NAME"),
          QStringLiteral("The runtime's name of the port that the link uses: ETHERNET1, COM2. A new "
@@ -205,7 +204,7 @@ QVector<OptionSpec> projectOptions() {
          QString()},
         {QStringLiteral("host"), QStringLiteral("IP"),
          QStringLiteral(
-             "Enters a controller as the link's default node; IP:PORT names the port as well."),
+             "Enters a controller as the link's default node; IP:PORT contains the port as well."),
          QString()},
         {QStringLiteral("port"), QStringLiteral("PORT"),
          QStringLiteral("The TCP port of that controller."), QStringLiteral("44818")},
@@ -226,17 +225,14 @@ CommandHelp projectHelp() {
                   << QStringLiteral("DIR --array DECLARATION... [OPTION...]");
     help.description
         << QStringLiteral(
-               "A driver learns the bounds of the controller's arrays from the runtime's "
-               "project, an SQLite file at DIR/compile/database/database. Without a "
-               "change to make, the command lists what the project holds. Otherwise it "
-               "makes the directories, the file and its tables (custom_tag_table, LINK, "
-               "NODE) where they are missing and enters the change as a whole or not at "
-               "all.")
+               "A driver reads the bounds of the controller's arrays from the runtime's project, "
+               "an SQLite file at DIR/compile/database/database. Without a change, the command "
+               "lists the project. Otherwise it makes missing directories, the file and its tables "
+               "(custom_tag_table, LINK, NODE), and enters the change as a whole or not at all.")
         << QStringLiteral(
-               "A declared array is read by its bounds and kept fresh as a whole; an "
-               "element of an array that is not declared is read by itself. An array "
-               "above %1 bytes does not fit one packet: it takes several requests in "
-               "each polling pass, of which a warning tells.")
+               "A declared array is polled as a whole; an element of an array that is not declared "
+               "is read by itself. An array above %1 bytes does not fit one packet: it takes "
+               "several requests in each pass, and a warning says so.")
                .arg(kReplyValueBytes);
     help.options = projectOptions();
     help.examples << QStringLiteral(

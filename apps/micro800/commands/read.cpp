@@ -99,20 +99,19 @@ QVector<OptionSpec> readOptions() {
                     "Elements to read from each address, which must be an array element."),
                 QStringLiteral("1")},
                {QStringLiteral("repeat"), QStringLiteral("N"),
-                QStringLiteral(
-                    "Rounds to read. More than one close with a line that sums up: reads, "
-                    "failures, median and 99th percentile of the time a read took."),
+                QStringLiteral("Rounds to read. After more than one round a line shows reads, "
+                               "failures, median and 99th percentile of the read times."),
                 QStringLiteral("1")},
                {QStringLiteral("interval"), QStringLiteral("MS"),
                 QStringLiteral("From the start of one round to the start of the next."),
                 QString::number(kDefaultIntervalMs)},
            } +
            outputOptionSpecs(
-               QStringLiteral("Prints one JSON object a read: address, type, ok, ms, and value, "
+               QStringLiteral("Prints one JSON object per read: address, type, ok, ms, and value, "
                               "values (with --count) or error. Infinities and nan are strings. A "
                               "failure goes to standard error as well."),
                QStringLiteral(
-                   "Prints a line with the names of the fields, and one line a read with as many "
+                   "Prints a line with the names of the fields, and one line per read with as many "
                    "fields (RFC 4180). A failure goes to standard error as well."),
                QStringLiteral("Prints nothing but errors."));
 }
@@ -126,19 +125,18 @@ CommandHelp readHelp() {
     help.synopsis << QStringLiteral("--host HOST [OPTION...] ADDRESS|@FILE...");
     help.description
         << QStringLiteral(
-               "Reads each address once and prints a line 'ADDRESS = VALUE'. A failure "
-               "goes to standard error as the driver words it; the other addresses are "
-               "read all the same.")
+               "Reads each address once and prints a line 'ADDRESS = VALUE'. The driver's text of "
+               "a failure goes to standard error; the other addresses are read, too.")
         << addressFileHelp()
         << QStringLiteral(
-               "Whole numbers are decimal. REAL and LREAL are the shortest text that "
-               "gives the same value again, or inf, -inf, nan. BOOL is true or false. A "
-               "STRING stands in double quotes with \\\" \\\\ \\n \\r \\t and \\xNN; "
-               "zero bytes at its end are not shown, since the driver pads with them.")
+               "Whole numbers are decimal. REAL and LREAL are the shortest text that gives the "
+               "same value again, or inf, -inf, nan. BOOL is true or false. A STRING is in double "
+               "quotes with \\\" \\\\ \\n \\r \\t and \\xNN; zero bytes at its end are not shown, "
+               "since the driver zero-pads.")
         << QStringLiteral(
-               "An address without an index is one element, also where the controller "
-               "has an array of that name. With --count the address names the first "
-               "element, and the values stand side by side.");
+               "An address without an index is one element, also if the controller has an array of "
+               "that name. With --count the address is the first element, and the values are on "
+               "one line.");
     help.options = readOptions();
     help.examples << QStringLiteral(
                          "micro800 read --host 192.168.1.20 DINT0:COUNTER "

@@ -83,19 +83,18 @@ CommandHelp recordHelp() {
     help.synopsis << QStringLiteral("[OPTION...] DIR|FILE");
     help.description
         << QStringLiteral(
-               "The driver records when MICRO800_RECORD of the runtime's environment names a "
-               "directory, or --record of 'micro800 read', 'write' or 'watch' does. It writes "
-               "its last messages to a file when the connection is lost, when an error text is "
-               "given that it did not give within the minute before, when a file named 'dump' is "
-               "put into the directory, and at the end.")
+               "The driver records if MICRO800_RECORD of the runtime's environment is a directory, "
+               "or with --record of 'micro800 read', 'write' or 'watch'. It writes its last "
+               "messages to a file when the connection is lost, when it returns an error text that "
+               "it did not return within the minute before, when somebody makes a file 'dump' in "
+               "the directory, and at the end.")
         << QStringLiteral(
-               "Of a directory it tells when and why each recording was written, the last request "
-               "and what became of it, how long the controller had taken for its answers before, "
-               "and the last good one. A file it shows as a time line: > for a request, < for an "
-               "answer, * for what the driver did. Wireshark opens the same file.")
+               "For a directory, shows the time and the reason of each recording, the last request "
+               "and its result, the times of the replies before it, and the last good reply. For a "
+               "file, shows a time line: > for a request, < for a reply, * for an event of the "
+               "driver. Wireshark opens the same file.")
         << QStringLiteral(
-               "The exit status is 1 when there is no recording, or when one cannot be "
-               "read.");
+               "The exit status is 1 if there is no recording, or if one cannot be read.");
     help.options << OptionSpec{QStringLiteral("json"), QString(),
                                QStringLiteral("Prints one JSON object for each recording of a "
                                               "directory, or for each entry of a file."),

@@ -93,30 +93,29 @@ void restore(const RestorePlan& plan, StopSignals* stops, Restorer* restorer, Co
 CommandHelp restoreHelp() {
     CommandHelp help;
     help.name = QStringLiteral("restore");
-    help.summary = QStringLiteral("brings tags to the values of a saved file");
+    help.summary = QStringLiteral("writes the values of a saved file back to tags");
     help.synopsis << QStringLiteral("--host HOST [OPTION...] FILE");
     help.description
         << QStringLiteral(
-               "Reads every address of a file that 'micro800 save' wrote, shows what the "
-               "controller "
-               "holds otherwise ('ADDRESS: NOW -> SAVED'), asks, writes only that, and reads it "
-               "back. What did not take is listed with the reason. All of it goes through the "
-               "plugin; only the identity is the controller's own answer.")
+               "Reads every address of a file that 'micro800 save' wrote, shows each different "
+               "value ('ADDRESS: NOW -> SAVED'), asks, writes only the differences, and reads them "
+               "back. It lists each value that the controller did not take, with the reason. Reads "
+               "and writes go through the plugin; the controller itself is asked for its identity "
+               "only.")
         << QStringLiteral(
-               "Ctrl-C, or three refused writes on end, stop it after the write that is under way. "
-               "It says where; the same command writes the rest, since it writes only what "
-               "differs.")
+               "Ctrl-C, or three refused writes in succession, stop it after the current write, "
+               "and it shows the place. The same command then writes the rest.")
         << QStringLiteral(
-               "REAL and LREAL get the very bits that were saved. A string cannot be made empty "
-               "through the driver. The exit status is 0 when the controller holds all values of "
-               "the file in the end, and with --dry-run when all could be compared.");
+               "REAL and LREAL get the saved bits. The driver cannot make a string empty. The exit "
+               "status is 0 if the controller finally has all values of the file; with --dry-run, "
+               "if all were compared.");
     help.options = connectionOptionSpecs(true);
     help.options << OptionSpec{QStringLiteral("dry-run"), QString(),
                                QStringLiteral("Shows the difference and writes nothing."),
                                QString()}
                  << OptionSpec{QStringLiteral("yes"), QString(),
-                               QStringLiteral("Writes without a question. Needed where no terminal "
-                                              "is there to answer, and with --json."),
+                               QStringLiteral("Writes without a question. Required without a "
+                                              "terminal, and with --json."),
                                QString()}
                  << OptionSpec{QStringLiteral("json"), QString(),
                                QStringLiteral("Prints one JSON object: ok, end, file, saved, "

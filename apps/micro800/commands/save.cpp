@@ -131,24 +131,23 @@ CommandHelp saveHelp() {
     help.description
         << QStringLiteral(
                "Reads every address through the plugin and writes a file with addresses, types and "
-               "values, the time, and what the controller says of itself: the set points to take "
-               "to another controller with 'micro800 restore'. 'micro800-sim --tags FILE' plays "
-               "it.")
+               "values, the time, and the controller's identity: set points for 'micro800 "
+               "restore'. 'micro800-sim --tags FILE' simulates a controller with these values.")
         << QStringLiteral(
-               "An address may be a range of an array, DINT0:RECIPE[0..9,0..4]. Without addresses "
-               "the arrays that the project declares are saved. Arrays are read a packet at a "
-               "time; a value that the controller changes meanwhile is the one of its moment.")
+               "An address may be a range of an array, DINT0:RECIPE[0..9,0..4]. Without addresses, "
+               "saves the arrays that the project declares. Arrays are read one packet at a time; "
+               "the controller can change values between packets.")
         << addressFileHelp()
         << QStringLiteral(
-               "When an address cannot be read there is no file, so that nobody takes a part for "
-               "the whole; a file of that name stays as it was.");
+               "If an address cannot be read, no file is written, so that nobody takes a part for "
+               "the whole; an older file of that name stays.");
     help.options = connectionOptionSpecs(true);
     help.options << OptionSpec{QStringLiteral("output"), QStringLiteral("FILE"),
                                QStringLiteral("The file to write. Required."), QString(),
                                QStringLiteral("o")}
                  << OptionSpec{QStringLiteral("keep-going"), QString(),
-                               QStringLiteral("Saves what can be read, and of the rest why it "
-                                              "cannot; the exit status is still 1."),
+                               QStringLiteral("Saves the readable addresses, and the reason for "
+                                              "the others; the exit status is still 1."),
                                QString()}
                  << OptionSpec{
                         QStringLiteral("json"), QString(),

@@ -160,12 +160,12 @@ bool declareArrays(const TagsPlan& plan, const QVector<Symbol>& symbols, QString
 }
 
 QVector<OptionSpec> tagsOptions() {
-    return endpointOptionSpecs(QStringLiteral(
-               "How long to wait for the connection and for each reply, in milliseconds.")) +
+    return endpointOptionSpecs(
+               QStringLiteral("Time-out for the connection and for each reply, in milliseconds.")) +
            QVector<OptionSpec>{
                {QStringLiteral("project"), QStringLiteral("DIR"),
-                QStringLiteral("Declares the arrays in the project in DIR, which is made where "
-                               "there is none, and prints what became of each on standard error."),
+                QStringLiteral("Declares the arrays in the project in DIR, makes a missing "
+                               "project, and prints the result for each array on standard error."),
                 QString()},
                {QStringLiteral("link"), QStringLiteral("N"),
                 QStringLiteral("Number of the link that the declarations belong to."),
@@ -175,7 +175,7 @@ QVector<OptionSpec> tagsOptions() {
                     "Prints comma-separated values: address, name, type, dimensions, problem."),
                 QString()},
                {QStringLiteral("json"), QString(),
-                QStringLiteral("Prints one JSON object a variable: name, type, dimensions, and "
+                QStringLiteral("Prints one JSON object per variable: name, type, dimensions, and "
                                "address or problem."),
                 QString()},
                verboseOptionSpec(),
@@ -191,18 +191,18 @@ CommandHelp tagsHelp() {
     help.synopsis << QStringLiteral("--host HOST [OPTION...] [PATTERN...]");
     help.description
         << QStringLiteral(
-               "Asks the controller itself for its global variables and prints each as the address "
-               "that the driver understands, an array with its bounds: DINT0:RECIPE[0..9]. A "
-               "variable of a type without a prefix stands behind a #, with the reason. So the "
-               "output is an address file: 'micro800 check @FILE' takes it as it is.")
+               "Asks the controller itself for its global variables and prints each as an address "
+               "of the driver, an array with its bounds: DINT0:RECIPE[0..9]. A variable of a type "
+               "without a prefix follows a #, with the reason. So the output is an address file "
+               "for 'micro800 check @FILE'.")
         << QStringLiteral(
-               "A PATTERN chooses variables by name, in any case: * is any text, ? one character, "
-               "[A-F] one of these. In quotes for the shell.")
+               "A PATTERN chooses variables by name, case-insensitive: * is any text, ? one "
+               "character, [A-F] one of these. Put it in quotes for the shell.")
         << QStringLiteral(
-               "A list says how many elements an array has and not where it begins; 0 is taken. "
-               "Controllers are reported to leave out arrays of BOOL, arrays that do not begin at "
-               "0, and what is in a structure; 'check' knows them all the same. A controller that "
-               "has no list, as older firmware, says so, and the exit status is 1.");
+               "The list contains the number of elements of an array and not its lower bound; 0 is "
+               "assumed. Controllers are reported to omit arrays of BOOL, arrays that do not begin "
+               "at 0, and members of structures; 'check' finds them. A controller without a list, "
+               "as older firmware, is reported, and the exit status is 1.");
     help.options = tagsOptions();
     help.examples << QStringLiteral(
                          "micro800 tags --host 192.168.1.20\n"

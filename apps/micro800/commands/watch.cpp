@@ -196,22 +196,22 @@ QVector<OptionSpec> watchOptions() {
                 QStringLiteral("From the start of one round of reads to the start of the next."),
                 QString::number(kDefaultIntervalMs)},
                {QStringLiteral("duration"), QStringLiteral("S"),
-                QStringLiteral("Ends after so many seconds."), QStringLiteral("until stopped")},
+                QStringLiteral("Ends after S seconds."), QStringLiteral("until stopped")},
                {QStringLiteral("once"), QString(),
                 QStringLiteral("Reads every address once, prints them as lines, and ends."),
                 QString()},
                {QStringLiteral("plain"), QString(),
-                QStringLiteral("Prints lines also on a terminal."), QString()},
+                QStringLiteral("Prints lines on a terminal, too."), QString()},
                {QStringLiteral("count"), QStringLiteral("N"),
                 QStringLiteral("Ends after N rounds of reads."), QStringLiteral("until stopped")},
            } +
            outputOptionSpecs(
-               QStringLiteral("Prints one JSON object a change: address, type, ok, ms, at (UTC), "
+               QStringLiteral("Prints one JSON object per change: address, type, ok, ms, at (UTC), "
                               "source (cache or controller) and value, or error."),
-               QStringLiteral("Prints a line with the names of the fields, and one line a change "
-                              "with as many fields: that of read --csv, then the time (UTC) and "
-                              "the source."),
-               QStringLiteral("Leaves out the line that sums up at the end."));
+               QStringLiteral(
+                   "Prints a line with the names of the fields, and one line per change with as "
+                   "many fields: those of read --csv, then the time (UTC) and the source."),
+               QStringLiteral("Omits the summary line at the end."));
 }
 
 }  // namespace
@@ -219,29 +219,26 @@ QVector<OptionSpec> watchOptions() {
 CommandHelp watchHelp() {
     CommandHelp help;
     help.name = QStringLiteral("watch");
-    help.summary = QStringLiteral("has the driver keep tags fresh and shows them");
+    help.summary = QStringLiteral("polls tags through the driver and shows them");
     help.synopsis << QStringLiteral("--host HOST [OPTION...] ADDRESS|@FILE...");
     help.description
         << QStringLiteral(
-               "Hands the addresses to the driver as its session list, which the driver "
-               "then reads over and over by itself, and asks for their values at every "
-               "interval. On a terminal it shows a table that refreshes in place; q, "
-               "Ctrl-C or SIGTERM ends it with exit status 0. Elsewhere it prints a line "
-               "when a value is first seen and whenever it changes.")
+               "Gives the addresses to the driver as its session list, which the driver then "
+               "polls, and asks for their values once per interval. On a terminal it shows a table "
+               "that refreshes in place; q, Ctrl-C or SIGTERM ends it with exit status 0. "
+               "Elsewhere it prints a line for each first value and each change.")
         << addressFileHelp()
         << QStringLiteral(
-               "The table marks a value that changed within the last second with *, and "
-               "a tag whose last read failed with ! and the failure in place of the "
-               "value. CHANGED is the time since the value was seen to change, AGE the "
-               "time since it was last read without a failure.")
+               "The table marks a value that changed within the last second with *, and a tag "
+               "whose last read failed with ! and the failure in place of the value. CHANGED is "
+               "the time since the last change, AGE the time since the last read without a "
+               "failure.")
         << QStringLiteral(
-               "A read that took less than 50 microseconds is counted as answered from "
-               "the driver's cache, any other as answered by the controller. That is an "
-               "estimate from outside: on a machine that is very busy a cached read may "
-               "take longer. The reads that the driver makes to keep its cache fresh do "
-               "not show.")
+               "A read of less than 50 microseconds counts as served from the driver's cache, any "
+               "other as answered by the controller. This is an estimate: on a busy machine a "
+               "cached read can take longer. The driver's own polling reads are not shown.")
         << QStringLiteral(
-               "With --once, --count or --duration the exit status is 1 when the last read of any "
+               "With --once, --count or --duration the exit status is 1 if the last read of any "
                "tag failed.");
     help.options = watchOptions();
     help.examples << QStringLiteral(

@@ -87,36 +87,33 @@ CommandHelp writeHelp() {
                   << QStringLiteral("--host HOST [OPTION...] ADDRESS=VALUE[,VALUE...]|@FILE...");
     help.description
         << QStringLiteral(
-               "Writes the value and prints 'ADDRESS = VALUE' when the controller has "
-               "confirmed it. Several values go to successive elements of an array in "
-               "one request, beginning with the element that the address names. A write "
-               "is never repeated: after 'no answer in time' read the tag to see what it "
-               "holds.")
+               "Writes the value and prints 'ADDRESS = VALUE' after the controller has confirmed "
+               "it. Several values go to successive elements of an array in one request, from the "
+               "element in the address on. A write is never repeated: after 'no answer in time' "
+               "read the tag.")
         << QStringLiteral(
-               "With assignments several tags are written, one after the other in the order given, "
-               "and nothing is sent before all of them are checked. After a failure the rest is "
-               "not written. Values for successive elements are separated by commas; a STRING is "
-               "all that follows the =. @FILE stands for the assignments in FILE and - for those "
-               "on standard input: one a line, # begins a comment.")
+               "With assignments, writes several tags in the given order. All of them are checked "
+               "before the first is sent. After a failure the rest is not written. Separate values "
+               "for successive elements with commas; a STRING is all text after the =. @FILE "
+               "stands for the assignments in FILE and - for those on standard input: one per "
+               "line, # begins a comment.")
         << QStringLiteral(
-               "Values are read by the prefix's type, and nothing is sent when one does "
-               "not fit. Whole numbers are decimal or hexadecimal (0x2A), in the type's "
-               "range. REAL and LREAL take finite numbers with a point, with or without "
-               "an exponent. BOOL takes true, false, on, off, yes, no, 1 or 0. A STRING is the "
-               "argument as "
-               "it stands: 1 to 255 characters of Latin-1.")
+               "The prefix gives the type of the values; nothing is sent if one does not fit. "
+               "Whole numbers are decimal or hexadecimal (0x2A), in the type's range. REAL and "
+               "LREAL take finite numbers with a point, with or without an exponent. BOOL takes "
+               "true, false, on, off, yes, no, 1 or 0. A STRING is the whole argument: 1 to 255 "
+               "characters of Latin-1.")
         << QStringLiteral(
-               "A negative number is a value and never an option. After '--' everything "
-               "is an address or a value.");
+               "A negative number is a value and never an option. After '--' every argument is an "
+               "address or a value.");
     help.options = connectionOptionSpecs(false);
     help.options << OptionSpec{QStringLiteral("count"), QStringLiteral("N"),
                                QStringLiteral("Refuses to write unless exactly N values are "
                                               "given."),
                                QStringLiteral("the number of values")}
                  << OptionSpec{QStringLiteral("json"), QString(),
-                               QStringLiteral(
-                                   "Prints one JSON object a write: address, type, ok, ms, "
-                                   "and value, values or error."),
+                               QStringLiteral("Prints one JSON object per write: address, type, "
+                                              "ok, ms, and value, values or error."),
                                QString()}
                  << OptionSpec{QStringLiteral("quiet"), QString(),
                                QStringLiteral("Prints nothing but errors."), QString()};

@@ -77,8 +77,9 @@ UnitKind unitKindFor(const TagType& type, int count) {
 
 bool parseTagAddress(const QString& text, TagAddress* address, QString* problem) {
     if (!isPrintableAscii(text)) {
-        return fail(problem, QStringLiteral("%1: an address holds printable ASCII characters only")
-                                 .arg(quotedForMessage(text)));
+        return fail(problem,
+                    QStringLiteral("%1: an address contains printable ASCII characters only")
+                        .arg(quotedForMessage(text)));
     }
     const int colon = text.indexOf(QLatin1String("0:")) + 1;
     if (colon < 1) {
@@ -97,9 +98,10 @@ bool parseTagAddress(const QString& text, TagAddress* address, QString* problem)
     }
 
     if (!bracketsHoldIndexes(name)) {
-        return fail(problem, QStringLiteral("%1: brackets hold one to three indexes, whole numbers "
-                                            "from 0 on with commas between, as in GRID[2,3]")
-                                 .arg(text));
+        return fail(problem,
+                    QStringLiteral("%1: brackets contain one to three indexes, whole numbers "
+                                   "from 0 on with commas between, as in GRID[2,3]")
+                        .arg(text));
     }
     const QRegularExpressionMatch element = elementPattern().match(text);
     if (element.hasMatch() && element.captured(0) != text) {

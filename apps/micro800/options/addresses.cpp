@@ -7,7 +7,7 @@
 
 QString addressFileHelp() {
     return QStringLiteral(
-        "@FILE stands for the addresses in FILE and - for those on standard input: one a line, # "
+        "@FILE stands for the addresses in FILE and - for those on standard input: one per line, # "
         "begins a comment.");
 }
 

@@ -22,8 +22,8 @@ OptionSpec option(const char* name, const char* valueName, const char* descripti
 
 OptionSpec pluginOptionSpec() {
     return option("plugin", "FILE",
-                  "The driver's plugin file. Without it MICRO800_PLUGIN of the environment, or the "
-                  "file in ../plugins or ../lib/micro800 seen from this program.");
+                  "The driver's plugin file. Default: MICRO800_PLUGIN of the environment, or the "
+                  "file in ../plugins or in the installed folder lib/ARCHITECTURE/micro800.");
 }
 
 QVector<OptionSpec> endpointOptionSpecs(const QString& timeoutDescription) {
@@ -31,8 +31,8 @@ QVector<OptionSpec> endpointOptionSpecs(const QString& timeoutDescription) {
     return {
         option("host", "HOST",
                "The controller's IP address or host name, or HOST:PORT as identify prints it. "
-               "Without it MICRO800_HOST of the environment."),
-        option("port", "PORT", "Its TCP port, unless the host names it.",
+               "Default: MICRO800_HOST of the environment."),
+        option("port", "PORT", "Its TCP port, unless the host contains one.",
                QString::number(defaults.port)),
         {QStringLiteral("timeout"), QStringLiteral("MS"), timeoutDescription,
          QString::number(defaults.timeoutMs)},
@@ -81,25 +81,24 @@ bool endpointFrom(const CommandLine& line, Connection* connection, QString* prob
 QVector<OptionSpec> connectionOptionSpecs(bool withRetry) {
     const Connection defaults;
     QVector<OptionSpec> specs = endpointOptionSpecs(QStringLiteral(
-        "How long the driver's worker waits for a connection and for each reply of the "
-        "controller, in milliseconds. The call for one tag does not wait that long: the "
-        "driver gives an attempt up after 1000 ms."));
+        "The driver's time-out in milliseconds: the worker waits so long for a connection and for "
+        "each reply of the controller. A call for one tag ends an attempt after 1000 ms."));
     if (withRetry) {
         specs << option("retry", "N",
-                        "How often a read is tried again after the driver reported a failure. One "
-                        "that got no answer in time is not tried again.",
+                        "Number of attempts after a read that the driver reported as failed. A "
+                        "read without an answer in time is not tried again.",
                         QString::number(defaults.retry));
     }
     specs << option("link", "N",
-                    "Number of the runtime's link: the array declarations of this number apply.",
+                    "Number of the runtime's link, which selects the array declarations.",
                     QString::number(defaults.link))
           << option("project", "DIR",
-                    "Directory that plays the runtime's application directory; the project's "
+                    "Directory in place of the runtime's application directory; the project's "
                     "array declarations are in DIR/compile/database/database (see 'micro800 "
-                    "project'). Without it an empty temporary project is used.")
+                    "project'). Default: an empty temporary project.")
           << option("record", "DIR",
-                    "Has the driver record into this directory, as MICRO800_RECORD of the "
-                    "environment does (see 'micro800 record').")
+                    "The driver records into this directory, as with MICRO800_RECORD of the "
+                    "environment (see 'micro800 record').")
           << pluginOptionSpec();
     return specs;
 }

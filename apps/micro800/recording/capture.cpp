@@ -155,7 +155,7 @@ bool parseCapture(const QByteArray& bytes, Capture* capture, QString* problem) {
     *capture = Capture();
     if (bytes.size() < kSectionOptions || little<quint32>(bytes, 0) != kSectionHeader ||
         little<quint32>(bytes, kBlockHead) != kByteOrderMagic) {
-        *problem = QStringLiteral("it is no recording");
+        *problem = QStringLiteral("it is not a recording");
         return false;
     }
     Parser parser(capture);

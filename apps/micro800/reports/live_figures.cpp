@@ -125,8 +125,8 @@ QVector<Fact> factsOf(const QVariantMap& counters) {
 QVector<OptionSpec> liveFigureOptionSpecs() {
     QVector<OptionSpec> specs = connectionOptionSpecs(true);
     specs << OptionSpec{QStringLiteral("for"), QStringLiteral("SECONDS"),
-                        QStringLiteral("With --host: how long the driver works before it is asked "
-                                       "what it counted; 10 and 10s are the same."),
+                        QStringLiteral("With --host: seconds of polling before info shows the "
+                                       "counters; 10 and 10s are the same."),
                         QString::number(kDefaultSeconds)};
     return specs;
 }

@@ -41,12 +41,12 @@ QVector<Fact> planFacts(const PollPlan& plan, int addresses, const ReadTime& rea
     return {
         numberFact("Addresses", "addresses", addresses, QString::number(addresses)),
         numberFact("Entries", "entries", cost.entries, QString::number(cost.entries)),
-        numberFact("Requests a pass", "requests", cost.requests, QString::number(cost.requests)),
+        numberFact("Requests per pass", "requests", cost.requests, QString::number(cost.requests)),
         {"Time of a read", "read_ms", roundedMs(read.ms),
          QStringLiteral("%1 (%2)").arg(msText(read.ms), read.source)},
         {"Time of a pass", "pass_ms", roundedMs(pass), msText(pass)},
         {"Refresh of a tag", "refresh_ms", roundedMs(pass),
-         QStringLiteral("every %1, once a pass").arg(msText(pass))},
+         QStringLiteral("every %1, once per pass").arg(msText(pass))},
         listFact(plan),
     };
 }
@@ -66,7 +66,7 @@ void printParts(const PollPlan& plan, double readMs, Console& console) {
     const QVector<PollPart> parts = partsOf(plan);
     const double passMs = plan.cost().ms(readMs);
     console.line(QString());
-    console.line(QStringLiteral("Where the pass goes"));
+    console.line(QStringLiteral("Parts of a pass"));
     PollCost rest;
     for (int i = 0; i < parts.size(); ++i) {
         if (i < kMostParts) {
@@ -94,7 +94,7 @@ void printAdvice(const PollPlan& plan, double readMs, Console& console) {
         return;
     }
     console.line(QString());
-    console.line(QStringLiteral("What would help"));
+    console.line(QStringLiteral("Improvements"));
     for (const PollAdvice& one : advice) {
         console.line(QStringLiteral("  ") + one.text);
         console.line(QStringLiteral("    ") + gainText(one.before, one.after, readMs));

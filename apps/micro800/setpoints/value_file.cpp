@@ -91,18 +91,17 @@ bool parseValueFile(const QByteArray& text, ValueFile* file, QString* problem) {
             document.isNull()
                 ? QStringLiteral("%1 at byte %2").arg(error.errorString()).arg(error.offset)
                 : QStringLiteral("not an object");
-        return fail(problem, QStringLiteral("no file of values: %1").arg(where));
+        return fail(problem, QStringLiteral("not a value file: %1").arg(where));
     }
     const QJsonObject object = document.object();
     const QString format = object.value(QStringLiteral("format")).toString();
     if (format != QLatin1String(kFormat)) {
-        return fail(problem,
-                    QStringLiteral("no file of values: its format is \"%1\" and not \"%2\"")
-                        .arg(format, QLatin1String(kFormat)));
+        return fail(problem, QStringLiteral("not a value file: its format is \"%1\" and not \"%2\"")
+                                 .arg(format, QLatin1String(kFormat)));
     }
     const QJsonValue values = object.value(QStringLiteral("values"));
     if (!values.isArray()) {
-        return fail(problem, QStringLiteral("no file of values: the list \"values\" is missing"));
+        return fail(problem, QStringLiteral("not a value file: the list \"values\" is missing"));
     }
     ValueFile result;
     result.saved = object.value(QStringLiteral("saved")).toString();

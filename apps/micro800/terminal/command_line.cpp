@@ -231,7 +231,7 @@ QString helpPage(const CommandHelp& help) {
     addSection(QStringLiteral("EXAMPLES"), indented(help.examples.join(QLatin1String("\n\n"))),
                &page);
     addSection(QStringLiteral("EXIT STATUS"),
-               indented(QStringLiteral("0  everything asked for was done\n"
+               indented(QStringLiteral("0  everything was done\n"
                                        "1  something failed: a tag, the plugin file, the project\n"
                                        "2  the command line is wrong; nothing was sent")),
                &page);

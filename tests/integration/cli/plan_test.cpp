@@ -19,7 +19,7 @@ TEST_F(CliPlan, WithoutAControllerItReckons) {
         run({"plan", "--read-ms", "6", "@" + fileWith("list", list), "REAL0:R"});
     EXPECT_EQ(result.err, QByteArray());
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_TRUE(result.out.contains("Requests a pass      41\n")) << result.out.constData();
+    EXPECT_TRUE(result.out.contains("Requests per pass    41\n")) << result.out.constData();
     EXPECT_TRUE(result.out.contains("Time of a pass       287.0 ms\n"));
     EXPECT_TRUE(
         result.out.contains("  40 DINT tags                        40 req  280.0 ms  98 %  "

@@ -74,7 +74,8 @@ TEST_F(CliRecord, AFileThatIsNone) {
     file.close();
     const CliResult result = run({"record", dir.path()});
     EXPECT_EQ(1, result.exitCode);
-    EXPECT_EQ("micro800: " + file.fileName().toLocal8Bit() + ": it is no recording\n", result.err);
+    EXPECT_EQ("micro800: " + file.fileName().toLocal8Bit() + ": it is not a recording\n",
+              result.err);
 }
 
 TEST_F(CliRecord, InfoCountsForAWhile) {

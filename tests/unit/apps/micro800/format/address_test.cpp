@@ -47,11 +47,11 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"DINT0:", "DINT0:: no tag name after the prefix"},
         Refused{"DINT0:  ", "DINT0:  : no tag name after the prefix"},
         Refused{"DINT0:A\tB",
-                "\"DINT0:A\\u0009B\": an address holds printable ASCII characters only"},
+                "\"DINT0:A\\u0009B\": an address contains printable ASCII characters only"},
         Refused{"DINT0:A\n",
-                "\"DINT0:A\\u000a\": an address holds printable ASCII characters only"},
+                "\"DINT0:A\\u000a\": an address contains printable ASCII characters only"},
         Refused{"DINT0:Z\xc3\xa4hler",
-                "\"DINT0:Z\xc3\xa4hler\": an address holds printable ASCII characters only"},
+                "\"DINT0:Z\xc3\xa4hler\": an address contains printable ASCII characters only"},
         // The driver finds its pattern anywhere in the text and would access something else.
         Refused{"DINT0:M[2].SPEED",
                 "DINT0:M[2].SPEED: the driver would access M[2] and ignore the rest"},
@@ -60,28 +60,28 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"DINT0:X[1][2]", "DINT0:X[1][2]: the driver would access X[1] and ignore the rest"},
         // The path would name an element that nobody meant.
         Refused{"DINT0:ARR[-1]",
-                "DINT0:ARR[-1]: brackets hold one to three indexes, whole numbers "
+                "DINT0:ARR[-1]: brackets contain one to three indexes, whole numbers "
                 "from 0 on with commas between, as in GRID[2,3]"},
         Refused{"DINT0:ARR[i]",
-                "DINT0:ARR[i]: brackets hold one to three indexes, whole numbers "
+                "DINT0:ARR[i]: brackets contain one to three indexes, whole numbers "
                 "from 0 on with commas between, as in GRID[2,3]"},
         Refused{"DINT0:ARR[1.5]",
-                "DINT0:ARR[1.5]: brackets hold one to three indexes, whole numbers "
+                "DINT0:ARR[1.5]: brackets contain one to three indexes, whole numbers "
                 "from 0 on with commas between, as in GRID[2,3]"},
         Refused{"DINT0:ARR[1",
-                "DINT0:ARR[1: brackets hold one to three indexes, whole numbers "
+                "DINT0:ARR[1: brackets contain one to three indexes, whole numbers "
                 "from 0 on with commas between, as in GRID[2,3]"},
         Refused{"DINT0:ARR1]",
-                "DINT0:ARR1]: brackets hold one to three indexes, whole numbers "
+                "DINT0:ARR1]: brackets contain one to three indexes, whole numbers "
                 "from 0 on with commas between, as in GRID[2,3]"},
         Refused{"DINT0:ARR[]",
-                "DINT0:ARR[]: brackets hold one to three indexes, whole numbers "
+                "DINT0:ARR[]: brackets contain one to three indexes, whole numbers "
                 "from 0 on with commas between, as in GRID[2,3]"},
         Refused{"DINT0:ARR[1,]",
-                "DINT0:ARR[1,]: brackets hold one to three indexes, whole numbers "
+                "DINT0:ARR[1,]: brackets contain one to three indexes, whole numbers "
                 "from 0 on with commas between, as in GRID[2,3]"},
         Refused{"DINT0:ARR[[1]]",
-                "DINT0:ARR[[1]]: brackets hold one to three indexes, whole numbers "
+                "DINT0:ARR[[1]]: brackets contain one to three indexes, whole numbers "
                 "from 0 on with commas between, as in GRID[2,3]"},
         // An index that the driver would read as 0.
         Refused{"DINT0:X[2147483648]", "DINT0:X[2147483648]: an index is at most 2147483647"},

@@ -101,7 +101,7 @@ TEST(Capture, DamagedInAnyWay) {
     EXPECT_FALSE(parseCapture(whole.left(whole.size() - 1), &capture, &problem));
     EXPECT_EQ(QString("it is damaged at byte %1").arg(section("why: x").size()), problem);
     EXPECT_FALSE(parseCapture(QByteArray(100, 'x'), &capture, &problem));
-    EXPECT_EQ(QString("it is no recording"), problem);
+    EXPECT_EQ(QString("it is not a recording"), problem);
 }
 
 }  // namespace

@@ -61,13 +61,13 @@ QString valueProblem(const QByteArray& value) {
 }
 
 TEST(ValueFile, WhatIsNone) {
-    EXPECT_TRUE(problemOf("{").startsWith("no file of values: "));
-    EXPECT_EQ(problemOf("[]"), QString("no file of values: not an object"));
+    EXPECT_TRUE(problemOf("{").startsWith("not a value file: "));
+    EXPECT_EQ(problemOf("[]"), QString("not a value file: not an object"));
     EXPECT_EQ(problemOf("{\"format\":\"micro800-values/2\",\"values\":[]}"),
-              QString("no file of values: its format is \"micro800-values/2\" and not "
+              QString("not a value file: its format is \"micro800-values/2\" and not "
                       "\"micro800-values/1\""));
     EXPECT_EQ(problemOf("{\"format\":\"micro800-values/1\"}"),
-              QString("no file of values: the list \"values\" is missing"));
+              QString("not a value file: the list \"values\" is missing"));
     EXPECT_EQ(valueProblem("{\"address\":\"B\"}").left(12), QString("value 2: \"B\""));
     EXPECT_EQ(valueProblem("7").left(9), QString("value 2: "));
     EXPECT_EQ(valueProblem("{\"address\":\"INT0:B\",\"type\":\"DINT\",\"value\":1}"),

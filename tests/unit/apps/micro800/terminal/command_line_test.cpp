@@ -142,7 +142,7 @@ TEST(CommandLine, TheHelpPageHasAllSections) {
                                               "    result\n"
                                               "\n"
                                               "EXIT STATUS\n"
-                                              "    0  everything asked for was done\n"
+                                              "    0  everything was done\n"
                                               "    1  something failed: a tag, the plugin file, "
                                               "the project\n"
                                               "    2  the command line is wrong; nothing was "
