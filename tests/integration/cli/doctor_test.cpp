@@ -103,7 +103,7 @@ TEST_F(CliDoctor, Route) {
     const QList<QByteArray> lines = network.readAllStandardOutput().trimmed().split('\n');
     ASSERT_EQ(lines.size(), 2);
     expectBreak({QJsonDocument::fromJson(lines.last()).object()}, "route",
-                "Network is unreachable(101)", "no way to that network");
+                "Network is unreachable(101)", "no route to that network");
 }
 
 TEST_F(CliDoctor, Tcp) {
@@ -138,7 +138,7 @@ TEST_F(CliDoctor, EveryRungOfTheController) {
         {"status:08@on=open", "Forward Open", "MR error: 0008H", "Service not supported"},
         {"status:05@on=read", "tag", "AB error: 0005H", "could not be found"},
         {"status:FF,2105@on=read", "tag", "AB error: 01FFH, 2105H", "beyond the end"},
-        {"silence@on=read", "tag", "Internal: receive timeout", "no reply came"},
+        {"silence@on=read", "tag", "Internal: receive timeout", "no whole reply came"},
         {"silence@2@on=read", "reads", "3 of ", "get lost"},
     };
     for (const auto& row : rows) {
