@@ -25,7 +25,7 @@ QJsonObject entryJson(const Entry& entry);
 class EventList {
  public:
     /// The most that are kept.
-    static const int kMost = 500;
+    static constexpr int kMost = 500;
 
     /// Of the period that goes on.
     void add(const Entry& entry) { waiting.append(entry); }

@@ -230,20 +230,25 @@ bool LiveModel::periodOf(const QString& id, quint64* period) const {
 /// them again.
 QByteArray LiveModel::buildEvents(quint64 from, quint64 to) const {
     QByteArray events;
+    int last = 0;  // where the last event begins
+    const auto append = [&](const char* name, const QJsonObject& data) {
+        last = events.size();
+        events += event(name, data);
+    };
     QVector<Entry> entries;
     list.since(from, &entries);
     for (const Entry& entry : entries) {
-        events += event("entry", entryJson(entry));
+        append("entry", entryJson(entry));
     }
     if (statusPeriod > from) {
-        events += event("status", statusLocked());
+        append("status", statusLocked());
     }
     const QJsonObject values = board.since(from, now());
     if (!values.isEmpty()) {
-        events += event("values", values);
+        append("values", values);
     }
     if (!events.isEmpty()) {
-        events.insert(events.lastIndexOf("event: "), "id: " + QByteArray::number(to) + '\n');
+        events.insert(last, "id: " + QByteArray::number(to) + '\n');
     }
     return events;
 }

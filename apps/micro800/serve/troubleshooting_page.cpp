@@ -14,7 +14,8 @@ namespace {
 const char kHead[] =
     "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
     "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
-    "<title>Troubleshooting</title>\n<link rel=\"stylesheet\" href=\"/app.css\">\n"
+    "<title>Troubleshooting</title>\n<link rel=\"icon\" href=\"data:,\">\n"
+    "<link rel=\"stylesheet\" href=\"/app.css\">\n"
     "</head>\n<body>\n<main class=\"document\">\n<p><a href=\"/\">Back to the live page</a></p>\n";
 const char kFoot[] = "</main>\n</body>\n</html>\n";
 

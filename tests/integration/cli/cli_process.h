@@ -46,6 +46,9 @@ class CliProcess {
 
     /// Waits until it has printed `text` `times` times, on either stream.
     bool hasPrinted(const char* text, int times = 1);
+    /// What it has printed so far, as far as hasPrinted() has looked.
+    const QByteArray& printed() const { return result.out; }
+    const QByteArray& complained() const { return result.err; }
     void signal(int number);
     /// -1 when it has ended or never started.
     pid_t processId() const { return pid; }
