@@ -40,6 +40,9 @@ int CipTcpCallback::Impl::waitReadable(Countdown* countdown, fd_set* readable) {
 }
 
 bool CipTcpCallback::Impl::awaitReply(int timeoutMs) {
+    if (!ahead.isEmpty()) {
+        return true;
+    }
     Countdown countdown(positive(timeoutMs));
     do {
         fd_set readable;
@@ -62,10 +65,7 @@ bool CipTcpCallback::Impl::awaitReply(int timeoutMs) {
 bool CipTcpCallback::Impl::recvBody(unsigned char* at, size_t length, int timeoutMs, Part* part) {
     const unsigned char* const begin = at;
     const unsigned char* const end = at + length;
-    // Mostly it came along with the header, and there is nothing to wait for.
-    if (length > 0) {
-        at += std::max<ssize_t>(recv(sock, at, length, 0), 0);
-    }
+    at += ahead.take(at, length);
     Countdown countdown(positive(timeoutMs));
     while (at != end) {
         fd_set readable;
@@ -99,6 +99,13 @@ bool CipTcpCallback::Impl::recvBody(unsigned char* at, size_t length, int timeou
     return at == end;
 }
 
+void CipTcpCallback::Impl::dropAhead() {
+    if (!ahead.isEmpty()) {
+        noteThrownAway(ahead.data(), ahead.size());
+        ahead.clear();
+    }
+}
+
 void CipTcpCallback::Impl::drainSocket() {
     char scratch[kDrainPiece];
     for (int pieces = 0; pieces < kDrainPieces; ++pieces) {
@@ -116,6 +123,7 @@ void CipTcpCallback::setTxTimeout(unsigned long ms) {
 }
 
 void CipTcpCallback::emptyRxBuffer() {
+    d->dropAhead();
     fd_set readable = d->readFds;
     timeval time = KTimevalFrom(0);
     if (select(d->maxFd + 1, &readable, 0, 0, &time) < 1) {
@@ -132,6 +140,7 @@ int CipTcpCallback::Impl::sendWhole(const _Encap_Header* request) {
     const size_t total = size_t(kEncapHeaderSize) + _GetEncapLength(request);
     size_t sent = 0;
     bool drained = false;
+    dropAhead();
     Countdown countdown(txTimeout);
     do {
         fd_set readable = readFds;
@@ -180,8 +189,10 @@ _Encap_Header* CipTcpCallback::recvData(int timeoutMs) {
         d->noteNoReply(&header, part);
         return 0;
     }
-    const ssize_t got = recv(d->sock, &header, sizeof header, 0);
-    part.bytes = static_cast<size_t>(std::max<ssize_t>(got, 0));
+    if (d->ahead.size() < sizeof header) {
+        d->ahead.receive(d->sock);
+    }
+    part.bytes = d->ahead.take(&header, sizeof header);
     if (part.bytes != sizeof header) {
         part.ended = true;
         d->noteNoReply(&header, part);

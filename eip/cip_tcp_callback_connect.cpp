@@ -71,6 +71,7 @@ void CipTcpCallback::Impl::closeSocket() {
             unwatchSocket();
         }
         KCloseSocket(sock);
+        ahead.clear();
         sock = -1;
         maxFd = std::max(pipe0.server, pipe1.server);
     }

@@ -8,6 +8,7 @@
 
 #include "eip/cip_tcp_callback.h"
 #include "eip/quick_answer.h"
+#include "eip/read_ahead.h"
 
 class Countdown;
 class FlightRecorder;
@@ -62,6 +63,8 @@ class CipTcpCallback::Impl {
     bool recvBody(unsigned char* at, size_t length, int timeoutMs, Part* part);
     int sendWhole(const _Encap_Header* request);
     void drainSocket();
+    /// Throws away what was read ahead.
+    void dropAhead();
 
     // What the recorder is told, if there is one.
     void noteConnecting(const char* host, unsigned short port);
@@ -81,6 +84,7 @@ class CipTcpCallback::Impl {
     int lastErrno;
     Pipe pipe0;
     Pipe pipe1;
+    ReadAhead ahead;  ///< of the socket; empty when closed
     fd_set readFds;   ///< server ends, and the socket while connected
     fd_set writeFds;  ///< the socket while connected
 

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 
-#include "common/clock.h"
 #include "eip/cip_tcp_callback.h"
 #include "eip/cip_tcp_callback_impl.h"
 #include "eip/socket_tools.h"
@@ -54,14 +53,19 @@ ssize_t recvAwake(int fd, char* buf, size_t len, QuickAnswer::Clock::time_point 
     return got;
 }
 
-/// One blocking read that a signal does not cut short; it may make the wait twice as long.
-ssize_t recvDespiteSignals(int fd, char* buf, size_t len, unsigned long timeoutMs) {
-    const qint64 start = CurrentMSecsSinceBoot();
+/// One blocking read that a signal does not cut short; it may make the wait, which began at
+/// `start`, twice as long.
+ssize_t recvDespiteSignals(int fd, char* buf, size_t len, unsigned long timeoutMs,
+                           QuickAnswer::Clock::time_point start) {
+    const auto waited = [start] {
+        return std::chrono::duration_cast<std::chrono::milliseconds>(QuickAnswer::Clock::now() -
+                                                                     start);
+    };
     ssize_t got = 0;
     do {
         got = recv(fd, buf, len, 0);
     } while (got < 0 && errno == EINTR &&
-             (timeoutMs == 0 || static_cast<quint64>(CurrentMSecsSinceBoot() - start) < timeoutMs));
+             (timeoutMs == 0 || static_cast<quint64>(waited().count()) < timeoutMs));
     return got;
 }
 
@@ -253,7 +257,8 @@ int CipTcpCallback::recvClientPipeUntilLF(int pipeIndex, char* buf, int len, boo
         ssize_t got = awake ? recvAwake(pipe.client, at, room, start + QuickAnswer::awake()) : -1;
         awake = false;
         if (got < 0) {
-            got = recvDespiteSignals(pipe.client, at, room, pipe.clientRxTimeout);
+            const auto begin = count == 0 ? start : QuickAnswer::Clock::now();
+            got = recvDespiteSignals(pipe.client, at, room, pipe.clientRxTimeout, begin);
         }
         if (got < 1) {
             break;

@@ -37,7 +37,7 @@ void EipWorker::pollSession() {
     // A copy: a command served below may bring a new list.
     const QHash<QString, int> entries = d->sessionHash;
     QSet<QString> done;
-    const qint64 started = recordTimeNow().monotonic;
+    const qint64 started = monotonicMicros();
     // The entry that broke the last pass comes last in this one: were it always before the others,
     // they would never be read again.
     QHash<QString, int>::const_iterator entry = entries.constFind(d->brokenAt);

@@ -49,6 +49,6 @@ void EipWorker::noteAddress() {
 /// Only a pass that was neither broken nor stopped tells how long a pass takes.
 void EipWorker::notePass(qint64 startedUs) {
     if (d->recorder && !d->stop.load()) {
-        d->recorder->passed(recordTimeNow().monotonic - startedUs);
+        d->recorder->passed(monotonicMicros() - startedUs);
     }
 }

@@ -80,14 +80,14 @@ void DriverABMicro800Eth::startRecorder() {
 /// recorder's.
 void DriverABMicro800Eth::noteAsked() {
     if (access && askedAt == 0) {
-        askedAt = recordTimeNow().monotonic;
+        askedAt = monotonicMicros();
         recorder->asked(accessVerb, access->address);
     }
 }
 
 void DriverABMicro800Eth::tellAccess(int bytes) {
     if (askedAt != 0) {
-        recorder->answered(accessVerb, access->address, bytes, recordTimeNow().monotonic - askedAt);
+        recorder->answered(accessVerb, access->address, bytes, monotonicMicros() - askedAt);
     }
     if (commError) {
         recorder->errorText(lastError);

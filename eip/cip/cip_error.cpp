@@ -14,12 +14,20 @@ namespace {
 const size_t kLimit = kCipErrMsgSize - 1;
 
 const char kUnknownType[] = "unknown error type";
+const char kSuccess[] = "Internal: success";
+const char kNoEipError[] = "EIP error: 0000H";
 
 /// Copies at most kLimit bytes and zeroes the rest up to there.
 void setMessage(const char* text) {
     const size_t length = strnlen(text, kLimit);
     memcpy(_cip_err_msg, text, length);
     memset(_cip_err_msg + length, 0, kLimit - length);
+}
+
+/// Success is recorded many times in every exchange, mostly over a record that says so already.
+bool saysSuccess() {
+    return _cip_err_type == CIP_ERR_INTERNAL && _cip_errno == CIP_INTERNAL_SUCCESS &&
+           _cip_ext_errno == 0 && memcmp(_cip_err_msg, kSuccess, sizeof kSuccess) == 0;
 }
 
 }  // namespace
@@ -48,6 +56,10 @@ void CIPAppendErrMsg(const char* text) {
 }
 
 void CIPERROR(int32_t type, int32_t number, int32_t extended) {
+    if (type == CIP_ERR_INTERNAL && number == CIP_INTERNAL_SUCCESS && extended == 0 &&
+        saysSuccess()) {
+        return;
+    }
     _cip_err_type = type;
     _cip_errno = number;
     _cip_ext_errno = extended;
@@ -59,7 +71,11 @@ void CIPERROR(int32_t type, int32_t number, int32_t extended) {
             setMessage(strerror(number));
             break;
         case CIP_ERR_EIP:
-            snprintf(_cip_err_msg, kLimit, "EIP error: %04XH", static_cast<unsigned>(number));
+            if (number == 0) {
+                setMessage(kNoEipError);  // of every good reply
+            } else {
+                snprintf(_cip_err_msg, kLimit, "EIP error: %04XH", static_cast<unsigned>(number));
+            }
             break;
         case CIP_ERR_MR:
             CIPGetMRErrMsg2(_cip_err_msg, kLimit, number, extended);

@@ -129,7 +129,7 @@ void FlightRecorder::errorText(const QString& text) {
     if (!log) {
         return;
     }
-    const int64_t now = recordTimeNow().monotonic;
+    const int64_t now = monotonicMicros();
     const int behind = text.indexOf(QLatin1String("> "));
     const bool knownLoss = behind >= 0 && seen.knows(plain(text.mid(behind + 2)), now);
     const bool known = seen.note(plain(text), now);
@@ -256,7 +256,7 @@ void FlightRecorder::openFailed(const QString& reason, bool first) {
     if (!log) {
         return;
     }
-    seen.note(plain(reason), recordTimeNow().monotonic);
+    seen.note(plain(reason), monotonicMicros());
     if (first) {
         event(titled("open failed", reason));
         log->trigger(kOpenFailedWhy, plain(reason));
@@ -268,7 +268,7 @@ void FlightRecorder::lost(const QString& reason) {
     if (!log) {
         return;
     }
-    seen.note(plain(reason), recordTimeNow().monotonic);
+    seen.note(plain(reason), monotonicMicros());
     event(titled("connection lost", reason));
     log->trigger(kLostWhy, plain(reason));
 }

@@ -16,10 +16,14 @@ int64_t microsOf(clockid_t clock) {
 
 }  // namespace
 
+int64_t monotonicMicros() {
+    return microsOf(CLOCK_MONOTONIC);
+}
+
 RecordTime recordTimeNow() {
     RecordTime time;
     time.wall = microsOf(CLOCK_REALTIME);
-    time.monotonic = microsOf(CLOCK_MONOTONIC);
+    time.monotonic = monotonicMicros();
     return time;
 }
 

@@ -27,6 +27,8 @@ struct RecordTime {
 
 /// Reads both clocks. Any thread.
 RecordTime recordTimeNow();
+/// The monotonic one of the two alone.
+int64_t monotonicMicros();
 
 /// What stands before the data of each record in memory.
 struct RecordHead {

@@ -75,7 +75,7 @@ void RecordLog::makeCopy(const Reason& why) {
 void RecordLog::trigger(const std::string& why, const std::string& detail) {
     std::lock_guard<std::mutex> lock(mutex);
     const Reason asked = {why, detail};
-    if (mayCopy(recordTimeNow().monotonic) && pending.why.empty()) {
+    if (mayCopy(monotonicMicros()) && pending.why.empty()) {
         makeCopy(asked);
     } else if (pending.why.empty()) {
         pending = asked;
@@ -128,7 +128,7 @@ void RecordLog::wait(std::unique_lock<std::mutex>& lock, unsigned long ms) {
 RecordLog::Step RecordLog::next(unsigned long ms, Job* job) {
     std::unique_lock<std::mutex> lock(mutex);
     wait(lock, ms);
-    copyWhatWaits(recordTimeNow().monotonic);
+    copyWhatWaits(monotonicMicros());
     if (state != kFilled) {
         return ending ? kEnd : kIdle;
     }
@@ -143,5 +143,5 @@ RecordLog::Step RecordLog::next(unsigned long ms, Job* job) {
 void RecordLog::done() {
     std::lock_guard<std::mutex> lock(mutex);
     state = kEmpty;
-    nextAllowed = recordTimeNow().monotonic + pause;
+    nextAllowed = monotonicMicros() + pause;
 }

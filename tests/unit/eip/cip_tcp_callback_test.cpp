@@ -93,6 +93,29 @@ TEST_F(Connected, ThrowsAStaleReplyAway) {
     EXPECT_EQ(message("answer"), receive(transport));
 }
 
+/// What came in together with a reply is as stale as what still lies in the socket.
+TEST_F(Connected, ThrowsAwayWhatCameWithAReply) {
+    ASSERT_TRUE(server.send(message("first") + message("unasked")));
+    EXPECT_EQ(message("first"), receive(transport));
+    const std::string request = message("now");
+    EXPECT_EQ(int(request.size()), transport.sendData(header(request)));
+    ASSERT_EQ(request, server.receive(request.size()));
+    ASSERT_TRUE(server.send(message("answer") + message("unasked")));
+    EXPECT_EQ(message("answer"), receive(transport));
+    transport.emptyRxBuffer();
+    EXPECT_FALSE(transport.awaitData(20));
+}
+
+TEST_F(Connected, NothingOfAnOldConnectionComesInTheNextOne) {
+    ASSERT_TRUE(server.send(message("first") + message("unasked")));
+    EXPECT_EQ(message("first"), receive(transport));
+    transport.disconnect();
+    ASSERT_EQ(1, transport.connect("127.0.0.1", server.port(), kSoonMs));
+    ASSERT_TRUE(server.accept());
+    ASSERT_TRUE(server.send(message("new")));
+    EXPECT_EQ(message("new"), receive(transport));
+}
+
 TEST_F(Connected, EmptiesPieceByPiece) {
     ASSERT_TRUE(server.send(std::string(30 * 1400 + 7, 's')));
     ASSERT_TRUE(server.delivered());
@@ -195,6 +218,16 @@ TEST_F(Connected, LeavesTheNextMessageAlone) {
     ASSERT_TRUE(server.send(message("first") + message("second!")));
     EXPECT_EQ(message("first"), receive(transport));
     EXPECT_EQ(message("second!"), receive(transport));
+}
+
+TEST_F(Connected, TakesTheNextMessageFromBothPlaces) {
+    const std::string second = message("second");
+    for (size_t cut = 24; cut <= second.size(); ++cut) {
+        ASSERT_TRUE(server.send(message("first") + second.substr(0, cut)));
+        EXPECT_EQ(message("first"), receive(transport));
+        ASSERT_TRUE(cut == second.size() || server.send(second.substr(cut)));
+        EXPECT_EQ(second, receive(transport)) << cut;
+    }
 }
 
 TEST_F(Connected, PutsATornReplyTogether) {

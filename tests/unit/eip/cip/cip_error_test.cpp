@@ -55,15 +55,11 @@ struct Row {
 };
 
 const Row kRows[] = {
-    {{0, -5, 0}, "Internal: timeout"},
-    {{0, -102, 236}, "Internal: unknown error"},
-    {{2, 0x64, 0}, "EIP error: 0064H"},
-    {{2, -1, 0}, "EIP error: FFFFFFFFH"},
-    {{3, 1, 0x0100}, "MR error: 0001H, 0100H"},
-    {{3, 4, 0}, "MR error: 0004H"},
-    {{5, 0x3FF, 0x2105}, "AB error: 01FFH, 2105H"},
-    {{5, 0x0005, 0}, "AB error: 0005H"},
-    {{6, 0x1F0, 4}, "PCCC error: F0H, 04H"},
+    {{0, -5, 0}, "Internal: timeout"},    {{0, -102, 236}, "Internal: unknown error"},
+    {{2, 0, 0}, "EIP error: 0000H"},      {{2, 0x64, 0}, "EIP error: 0064H"},
+    {{2, -1, 0}, "EIP error: FFFFFFFFH"}, {{3, 1, 0x0100}, "MR error: 0001H, 0100H"},
+    {{3, 4, 0}, "MR error: 0004H"},       {{5, 0x3FF, 0x2105}, "AB error: 01FFH, 2105H"},
+    {{5, 0x0005, 0}, "AB error: 0005H"},  {{6, 0x1F0, 4}, "PCCC error: F0H, 04H"},
     {{6, 0x10, 0}, "PCCC error: 10H"},
 };
 
@@ -92,6 +88,25 @@ TEST(CipErrorRecord, NothingOfALongerTextStays) {
     CIPERROR(0, -9, 0);
     EXPECT_EQ(std::string("Internal: no reply") + std::string(256 - 18, '\0'),
               std::string(cip_err_msg(), 256));
+}
+
+/// Recorded over what differs from it in one thing only.
+TEST(CipErrorRecord, SuccessReplacesEveryPartOfARecord) {
+    const auto expectSuccess = [](const char* over) {
+        CIPERROR(0, 0, 0);
+        EXPECT_EQ((CipError{0, 0, 0}), lastError()) << over;
+        EXPECT_STREQ("Internal: success", cip_err_msg()) << over;
+    };
+    expectSuccess("anything");
+    expectSuccess("success");
+    CIPAppendErrMsg("; and more");
+    expectSuccess("text");
+    _cip_errno = 1;
+    expectSuccess("number");
+    _cip_ext_errno = 1;
+    expectSuccess("extended number");
+    _cip_err_type = 1;
+    expectSuccess("type");
 }
 
 TEST(CipErrorRecord, AccessorsReadTheThreadsVariables) {
