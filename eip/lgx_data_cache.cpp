@@ -34,7 +34,11 @@ bool LgxDataCache::value(const QString& key, QByteArray& out) const {
     if (entry == hash.constEnd()) {
         return false;
     }
-    out = QByteArray(entry->constData(), entry->size());
+    // Into the memory that it has, where that is enough and nobody else's.
+    out.resize(entry->size());
+    if (!out.isEmpty()) {
+        std::memcpy(out.data(), entry->constData(), static_cast<size_t>(out.size()));
+    }
     return true;
 }
 

@@ -23,8 +23,8 @@ class LgxDataCache {
 
     /// Creates the entry or replaces its bytes; it is no longer withheld.
     void insert(const QString& key, const QByteArray& value);
-    /// Copies the whole value into `out`. False, and `out` untouched, when there is no entry, or a
-    /// withheld one.
+    /// Copies the whole value into `out`, in the memory that it has when that is enough and not
+    /// shared. False, and `out` untouched, when there is no entry, or a withheld one.
     bool value(const QString& key, QByteArray& out) const;
     /// Copies as many bytes as `out` has, from byte `offset` on. False, and `out` untouched, when
     /// there is no entry or a withheld one, the offset is negative, or the slice would end after

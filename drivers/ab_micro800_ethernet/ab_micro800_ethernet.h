@@ -178,7 +178,8 @@ class DriverABMicro800Eth : public QObject, public DriverInterface {
         int elementCount;
         int arraySize;
         int byteOffset;
-        QString key;  ///< cache key of the value or of the whole declared array
+        QString key;       ///< cache key of the value or of the whole declared array
+        QByteArray value;  ///< memory for what the cache has, shared with the host
     };
 
     class EndWithTheProcess;
@@ -201,12 +202,13 @@ class DriverABMicro800Eth : public QObject, public DriverInterface {
     QByteArray readWithRetries(AbstractDeviceInterface* device, const CommunicatorCommand& command);
     bool writeOnce(AbstractDeviceInterface* device, const CommunicatorCommand& command,
                    const QByteArray& value);
-    QByteArray readPlainTag(const ReadTarget& target);
-    QByteArray readElement(const ReadTarget& target);
+    bool cachedValue(const ReadTarget& target, QByteArray* value);
+    bool readCached(ReadTarget* target, QByteArray* data);
+    QByteArray readUncached(const ReadTarget& target);
     QByteArray elementToWrite(const QByteArray& value, QString* name, _LGX_Data_Type* type) const;
     QByteArray plainToWrite(const QString& address, const QByteArray& value, QString* name,
                             _LGX_Data_Type* type) const;
-    const ReadTarget& readTarget(const CommunicatorCommand& command);
+    ReadTarget& readTarget(const CommunicatorCommand& command);
     ReadTarget makeReadTarget(const CommunicatorCommand& command);
     bool sendToWorker(const char* line, int length);
     typedef bool (*AnswerCheck)(const char* line, unsigned short id, QString& error);

@@ -18,8 +18,21 @@ const int kLargestData = 65535;
 /// Addresses whose work is kept; a panel has some hundreds. Beyond, all are worked out anew.
 const int kMaxReadTargets = 4096;
 
+/// Values up to this size, which is more than any string has, are served from the cache in memory
+/// that is kept.
+const int kKeptValueSize = 512;
+
 /// Where the transaction id stands in a line: behind the code and a tab.
 const int kIdPos = 3;
+
+/// Cuts the value, or appends zeros.
+void fitTo(int size, QByteArray* data) {
+    const int before = data->size();
+    data->resize(size);
+    if (before < size) {
+        std::memset(data->data() + before, 0, static_cast<size_t>(size - before));
+    }
+}
 
 }  // namespace
 
@@ -89,56 +102,78 @@ DriverABMicro800Eth::Attempt DriverABMicro800Eth::readAttempt(const Communicator
         setCommError(QLatin1String("data size too large"));
         return kFailure;
     }
+    ReadTarget& target = readTarget(command);
+    if (readCached(&target, data)) {
+        return kValue;
+    }
     const bool failedBefore = commError;
     commError = false;
-    *data = readData(command);
+    *data = readUncached(target);
     const bool failed = commError;
     commError = failed || failedBefore;
     if (data->isEmpty()) {
         return failed ? kFailure : kNoLine;
     }
-    if (data->size() < wanted) {
-        data->append(QByteArray(wanted - data->size(), 0));
-    } else {
-        data->truncate(wanted);
-    }
+    fitTo(wanted, data);
     return kValue;
 }
 
 QByteArray DriverABMicro800Eth::readData(const CommunicatorCommand& command) {
     const ReadTarget& target = readTarget(command);
+    QByteArray data;
+    return cachedValue(target, &data) ? data : readUncached(target);
+}
+
+/// What the cache has for the target, of its own size; false leaves anything in `value`.
+bool DriverABMicro800Eth::cachedValue(const ReadTarget& target, QByteArray* value) {
+    if (!target.isValid) {
+        return false;
+    }
+    if (target.isDeclared) {
+        value->resize(target.dataSize);
+        return worker->cacheValue(target.key, *value, target.byteOffset);
+    }
+    if (!worker->cacheValue(target.key, *value)) {
+        return false;
+    }
+    if (!target.isElement && value->isEmpty()) {
+        value->append('\0');
+    }
+    return !target.isElement || value->size() >= target.dataSize;
+}
+
+/// Serves a read from the cache, fitted. Of a small value the bytes lie in memory that the target
+/// keeps and `data` shares: while the host lets go of each value before it reads the next one,
+/// nothing is allocated.
+bool DriverABMicro800Eth::readCached(ReadTarget* target, QByteArray* data) {
+    QByteArray own;
+    QByteArray* const value = target->dataSize <= kKeptValueSize ? &target->value : &own;
+    if (!value->isDetached() || value->capacity() < target->dataSize) {
+        *value = QByteArray();
+        value->reserve(target->dataSize);
+    }
+    if (!cachedValue(*target, value)) {
+        return false;
+    }
+    fitTo(target->dataSize, value);
+    *data = *value;
+    return true;
+}
+
+/// Asks the worker for the target's value.
+QByteArray DriverABMicro800Eth::readUncached(const ReadTarget& target) {
     if (!target.isValid) {
         setCommError(QLatin1String("invalid array element"));
         return QByteArray();
     }
-    return target.isElement ? readElement(target) : readPlainTag(target);
-}
-
-QByteArray DriverABMicro800Eth::readPlainTag(const ReadTarget& target) {
-    QByteArray data;
-    if (worker->cacheValue(target.key, data)) {
-        return data.isEmpty() ? QByteArray(1, 0) : data;
-    }
-    return directRead(target.name, target.elementCount);
-}
-
-QByteArray DriverABMicro800Eth::readElement(const ReadTarget& target) {
-    QByteArray data(target.dataSize, 0);
-    if (target.isDeclared) {
-        if (worker->cacheValue(target.key, data, target.byteOffset)) {
-            return data;
-        }
-        return directReadArrayElements(target.arrayName, target.indexText, target.type,
-                                       target.elementCount, target.arraySize, target.byteOffset);
-    }
-    if (worker->cacheValue(target.key, data) && data.size() >= target.dataSize) {
-        return data;
-    }
-    return directRead(target.name, target.elementCount);
+    return target.isDeclared
+               ? directReadArrayElements(target.arrayName, target.indexText, target.type,
+                                         target.elementCount, target.arraySize, target.byteOffset)
+               : directRead(target.name, target.elementCount);
 }
 
 /// The worked-out address of the command, kept from an earlier read where there was one.
-const DriverABMicro800Eth::ReadTarget& DriverABMicro800Eth::readTarget(
+DriverABMicro800Eth::ReadTarget& DriverABMicro800Eth::readTarget(
     const CommunicatorCommand& command) {
     const QHash<QString, ReadTarget>::iterator kept = readTargets.find(command.address);
     const int dataSize = command.getDataSize();

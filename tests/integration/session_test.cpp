@@ -82,6 +82,28 @@ TEST_F(Session, ValuesStayFresh) {
     EXPECT_TRUE(waitFor([&] { return readDint(driver.get(), device.get(), "A") == 2; }));
 }
 
+/// A value that the host keeps stays what it was, whatever is read after it.
+TEST_F(Session, ValueInTheHostsHandsDoesNotChange) {
+    start({"--tag", "A:DINT=1", "--tag", "NAME:STRING=longer than its command"});
+    driver->setSessionCommand(Commands()
+                              << dint("A") << CommunicatorCommand(kUnitBlock, 8, "STRING0:NAME"));
+    readDint(driver.get(), device.get(), "A");
+    ASSERT_TRUE(polled("A"));
+    ASSERT_TRUE(polled("NAME"));
+    const QByteArray first = read("DINT0:A");
+    const QByteArray name = read("STRING0:NAME", kUnitBlock, 8);
+    EXPECT_EQ(dintBytes(1), first);
+    EXPECT_EQ("longer t", name);
+
+    EXPECT_EQ("ok", simulator->command("set A=2"));
+    EXPECT_EQ("ok", simulator->command("set NAME=x"));
+    EXPECT_TRUE(waitFor([&] { return read("DINT0:A") == dintBytes(2); }));
+    EXPECT_TRUE(waitFor(
+        [&] { return read("STRING0:NAME", kUnitBlock, 8) == QByteArray("x\0\0\0\0\0\0\0", 8); }));
+    EXPECT_EQ(dintBytes(1), first);
+    EXPECT_EQ("longer t", name);
+}
+
 TEST_F(Session, DeclaredArrayIsPolledWhole) {
     start({"--tag", "LEVELS:REAL[0..9]=0,1,2,3,4,5,6,7,8,9"}, {"REAL0:LEVELS[0..9]"});
     driver->setSessionCommand(Commands() << CommunicatorCommand(3, 1, "REAL0:LEVELS[1]")

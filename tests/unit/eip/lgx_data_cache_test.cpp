@@ -152,6 +152,26 @@ TEST(LgxDataCache, SharesNoStorage) {
     EXPECT_EQ(QByteArray("value"), third);
 }
 
+TEST(LgxDataCache, TakesTheMemoryThatTheResultHas) {
+    LgxDataCache cache;
+    cache.insert("A_1", "abc");
+    QByteArray out(3, 0);
+    const char* const memory = out.constData();
+    ASSERT_TRUE(cache.value("A_1", out));
+    EXPECT_EQ("abc", out);
+    EXPECT_EQ(memory, out.constData());
+}
+
+TEST(LgxDataCache, LeavesACopyOfTheResultAlone) {
+    LgxDataCache cache;
+    cache.insert("A_1", "abc");
+    QByteArray out("xyz");
+    const QByteArray copy = out;
+    ASSERT_TRUE(cache.value("A_1", out));
+    EXPECT_EQ("abc", out);
+    EXPECT_EQ("xyz", copy);
+}
+
 TEST(LgxDataCache, ClearEmpties) {
     LgxDataCache cache;
     cache.clear();
