@@ -67,8 +67,8 @@ own_folder() {
 build_packages='g++ cmake ninja-build qtbase5-dev libqt5sql5-sqlite libncurses-dev libmicrohttpd-dev
     libjs-dygraphs'
 test_packages='libgtest-dev libgmock-dev make pkg-config dpkg-dev file clang-format-14 shellcheck lintian tshark
-    chromium chromium-driver'
+    chromium chromium-driver valgrind'
 sanitizer_packages='clang-14 libclang-rt-14-dev llvm'
-bench_packages='libbenchmark-dev'
+bench_packages='libbenchmark-dev valgrind'
 coverage_packages='gcovr'
 soak_packages='gnuplot-nox'
