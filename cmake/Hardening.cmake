@@ -25,7 +25,7 @@ function(micro800_harden name)
   endif()
 endfunction()
 
-# Buffers on the stack have a mark behind them; calls whose buffer has a known size check it.
+# Buffers on the stack have a mark after them; calls whose buffer has a known size check it.
 micro800_harden(MICRO800_STACK_PROTECTOR -fstack-protector-strong)
 micro800_harden(MICRO800_FORTIFY -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
 

@@ -1,5 +1,5 @@
 # How the plugin is linked for a panel. A panel's C++ library is older than the compiler or not there at
-# all, so the plugin brings its own, hidden behind its version script.
+# all, so the plugin brings its own, hidden by its version script.
 
 option(MICRO800_STATIC_RUNTIME "Link libstdc++ and libgcc into the plugin" ${CMAKE_CROSSCOMPILING})
 

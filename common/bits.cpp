@@ -33,7 +33,7 @@ qint64 bitsIn(const QByteArray& data) {
     return static_cast<qint64>(data.size()) * 8;
 }
 
-/// Whether bit `destinationBit` lies behind bit `sourceBit` in memory.
+/// Whether bit `destinationBit` lies after bit `sourceBit` in memory.
 bool liesBehind(const unsigned char* destination, int destinationBit, const unsigned char* source,
                 int sourceBit) {
     const unsigned char* to = destination + destinationBit / 8;

@@ -47,7 +47,7 @@ void CopyBits(QByteArray& destination, int destinationBit, const QByteArray& sou
 void RightShiftNBits(unsigned char* data, int length, int bits);
 
 /// `data` as exactly the bytes that `bitCount` bits need: cut or filled with zeros, the bits
-/// behind the last one cleared.
+/// after the last one cleared.
 QByteArray FitBitArray(const QByteArray& data, quint32 bitCount);
 
 /// Clears every bit from `bitCount` on; the size stays.

@@ -32,7 +32,7 @@ QByteArray ToSafeData(const CommunicatorCommand& command, const QByteArray& data
 /// The part of an address before its first colon, as written ("DINT0" of DINT0:COUNTER); empty
 /// when there is no colon.
 QString ExtractPrefixSymbol(const QString& address);
-/// The part behind the first colon, as written ("COUNTER"); the whole address when there is none.
+/// The part after the first colon, as written ("COUNTER"); the whole address when there is none.
 QString ExtractPLCDeviceAddress(const QString& address);
 
 #endif

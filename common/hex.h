@@ -5,7 +5,7 @@
 
 /// The number that `length` characters of `text` write in hexadecimal, after an optional "0x" or
 /// "0X". 0 for a character that is no hexadecimal digit, for no digits, and for a number of more
-/// than 32 bits. Reads no character behind `length`. Any thread.
+/// than 32 bits. Reads no character after `length`. Any thread.
 unsigned int HexToUInt(const char* text, int length);
 
 /// The bytes as two upper-case hexadecimal digits each, with blanks between them: "01 FF". Any

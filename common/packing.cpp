@@ -18,7 +18,7 @@ struct Letter {
     int width;               ///< bytes of one item
     ByteOrder order;         ///< of an item without a count
     bool countable;          ///< may have a count before it
-    ByteOrder countedOrder;  ///< of the items behind a count
+    ByteOrder countedOrder;  ///< of the items after a count
 };
 
 const Letter kLetters[] = {
@@ -55,7 +55,7 @@ struct Item {
     }
 };
 
-/// Reads the next item and moves the format behind it; false at the format's end. A count at the
+/// Reads the next item and moves the format after it; false at the format's end. A count at the
 /// very end has no letter.
 bool nextItem(const char** format, Item* item) {
     if (*format == nullptr || **format == '\0') {

@@ -82,10 +82,10 @@ class CipTcpCallback : public CipCallback {
     /// Returns the number of bytes, possibly several lines; the text is not terminated. `gotLF`
     /// (may be null) tells whether the last byte is a line feed.
     int recvServerPipeUntilLF(int pipeIndex, char* buf, int len, bool* gotLF);
-    /// Like recvServerPipeUntilLF() but takes no byte behind the first line feed: later lines
+    /// Like recvServerPipeUntilLF() but takes no byte after the first line feed: later lines
     /// stay in the pipe. What has no line feed yet is taken out and lost, and so is a line longer
     /// than `len`, to its end. Returns the number of bytes, 0 when there was no such line; `buf`
-    /// behind them is undefined.
+    /// after them is undefined.
     int recvServerPipeLine(int pipeIndex, char* buf, int len);
 
     // ---- any thread --------------------------------------------------------------------------

@@ -48,7 +48,7 @@ class LgxReadCmd {
 
 // ---- builders ------------------------------------------------------------------------------
 //
-// Each writes one line into `dst`, which has room for `n` bytes, and a terminator behind it.
+// Each writes one line into `dst`, which has room for `n` bytes, and a terminator after it.
 // Returns the number of characters without the terminator, or -1 when the line with its
 // terminator does not fit; then `dst` holds no line. Texts go out as Latin-1.
 //
@@ -101,7 +101,7 @@ int LgxDriverPackReadXXXRsp(char* dst, int n, unsigned char code, unsigned short
 // ---- checkers and decoders -----------------------------------------------------------------
 //
 // `buf` is the received text, ended by a zero byte. The answer looked for stands at the start of
-// the text or behind a line feed; its first occurrence decides.
+// the text or after a line feed; its first occurrence decides.
 //
 // `err` is set on failure only: the text of a failure answer, trimmed, or the text given below
 // when neither answer is there (another transaction id, a torn line).

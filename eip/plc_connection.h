@@ -10,7 +10,7 @@
 const unsigned char kPlcTimeoutMultiplier = 2;
 const uint32_t kPlcRpiMs = 2000;
 
-/// How long a controller may take over the Forward Close: somebody is waiting behind it.
+/// How long a controller may take over the Forward Close: somebody waits for it.
 const uint32_t kFarewellMs = 500;
 
 /// Forward Open (CIP Networks Library Vol. 1, 3-5.4) to the controller behind `route`, which may be

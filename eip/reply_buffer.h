@@ -10,7 +10,7 @@
 #include "eip/cip/malloc_ptr.h"
 
 /// Memory for a whole reply, as transports hand it out: the header that was received, copied, and
-/// behind it room for as many bytes as it announces. Null with (1, errno, 0) when there is none.
+/// after it room for as many bytes as it announces. Null with (1, errno, 0) when there is none.
 inline cip::MallocPtr<unsigned char> replyBuffer(const _Encap_Header& header) {
     const size_t size = sizeof header + _GetEncapLength(&header);
     cip::MallocPtr<unsigned char> buffer(static_cast<unsigned char*>(malloc(size)));

@@ -62,7 +62,7 @@ struct EipWorker::Served {
 
 /// A pause in which nothing is to be asked of the controller.
 const unsigned long kIdleSleepMs = 20;
-/// The pause behind a read or a write.
+/// The pause after a read or a write.
 const unsigned long kAfterRequestSleepMs = 1;
 
 /// A copy that shares no storage, for texts that cross threads.

@@ -3,7 +3,7 @@
 //
 // Input: the replies in turn, each as a 16-bit length and its bytes. A reply's header is put right
 // in its length field, as the transport guarantees it, and the sequence count of a connected reply
-// may be, so that the decoders behind those checks are reached.
+// may be, so that the decoders after those checks are reached.
 
 #include <cstdint>
 #include <cstdlib>

@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Arguments are UTF-8 whatever the locale says; what is none is taken byte by byte.
+/// Arguments are UTF-8 in any locale; what is none is taken byte by byte.
 QString decoded(const char* argument) {
     const QByteArray bytes(argument);
     const QString text = QString::fromUtf8(bytes);

@@ -85,7 +85,7 @@ int packetOffset(uint16_t command) {
     }
 }
 
-/// The item at `at`, which it moves behind the item; null when the item does not end by `end`.
+/// The item at `at`, which it moves after the item; null when the item does not end by `end`.
 const _Eip_Item* takeItem(const unsigned char*& at, const unsigned char* end) {
     if (end - at < kItemHeadSize) {
         return nullptr;

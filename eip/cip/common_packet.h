@@ -38,7 +38,7 @@ struct _Eip_CPF {
 };
 
 const int kItemHeadSize = 2 + 2;
-/// The sequence count in front of what a connected data item carries.
+/// The sequence count before what a connected data item carries.
 const int kSequenceCountSize = 2;
 
 uint16_t _GetItemType(const _Eip_Item* item);

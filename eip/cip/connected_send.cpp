@@ -17,7 +17,7 @@ namespace {
 const int kTraceCalls = 2;
 
 const int kConnectionIdSize = 4;
-/// Zero bytes behind the copied item.
+/// Zero bytes after the copied item.
 const int kItemCopySlack = 2;
 
 /// Sends the request in a SendUnitData message and waits for the reply.

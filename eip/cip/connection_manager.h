@@ -44,12 +44,12 @@ struct _Eip_Connection {
     uint16_t connectionSize;
 };
 
-/// Opens a class 3 connection to the message router behind `routePath` (port segments, of even
-/// length; null or length 0 for the target itself). `plcKind` 1 or 2 uses the network connection
-/// parameters 0x4302, any other 0x43F8. `rpiMs` is the requested packet interval in milliseconds.
-/// Returns the connection or null: no reply; (1, errno, 0) without memory; (0, -31, 0) when the
-/// path is too long for the record; (3, general status, extended status) when the target refuses;
-/// (0, -20, 0) when its reply has no connection ids.
+/// Opens a class 3 connection to the message router at the end of `routePath` (port segments, of
+/// even length; null or length 0 for the target itself). `plcKind` 1 or 2 uses the network
+/// connection parameters 0x4302, any other 0x43F8. `rpiMs` is the requested packet interval in
+/// milliseconds. Returns the connection or null: no reply; (1, errno, 0) without memory; (0, -31,
+/// 0) when the path is too long for the record; (3, general status, extended status) when the
+/// target refuses; (0, -20, 0) when its reply has no connection ids.
 _Eip_Connection* _ConnectPLCOverCNET2(_Eip_Session* session, int plcKind,
                                       unsigned char priorityTick, unsigned char timeoutTicks,
                                       uint32_t tToOConnectionId, uint16_t connectionSerial,
@@ -67,9 +67,9 @@ _Eip_Connection* _ConnectPLCOverCNET(_Eip_Session* session, int plcKind, unsigne
                                      uint32_t rpiMs, unsigned char transport,
                                      const unsigned char* routePath, unsigned char routePathLength);
 
-/// Opens a class 3 connection, O->T connection id 0, to the DH+ proxy behind `routePath` (to the
-/// module that has the DH+ ports). `channel` is 'A' or 'B', in either case; any other gives null
-/// with (0, -1, 0). PCCC commands go over it with a DH+ header in front. Otherwise as above.
+/// Opens a class 3 connection, O->T connection id 0, to the DH+ proxy at the end of `routePath` (to
+/// the module that has the DH+ ports). `channel` is 'A' or 'B', in either case; any other gives
+/// null with (0, -1, 0). PCCC commands go over it with a DH+ header in front. Otherwise as above.
 _Eip_Connection* _ConnectPLCOverDHP(_Eip_Session* session, int plcKind, unsigned char priorityTick,
                                     unsigned char timeoutTicks, uint32_t tToOConnectionId,
                                     uint16_t connectionSerial, uint16_t vendorId,
@@ -93,10 +93,10 @@ _Eip_Connection* _Forward_Open2(_Eip_Session* session, unsigned char priorityTic
                                 uint32_t rpiMs, uint16_t parameters, unsigned char transport,
                                 const unsigned char* path, int pathLength);
 
-/// Closes the connection and frees its record whatever comes of it. Returns the general status of
+/// Closes the connection and frees its record, also if it fails. Returns the general status of
 /// the reply, recorded as (3, general status, extended status), or -1 without a usable reply.
 int _Forward_Close(_Eip_Connection* connection);
-/// Sends the Forward Close, waits for nothing and frees the record whatever comes of it. Returns
+/// Sends the Forward Close, waits for nothing and frees the record, also if it fails. Returns
 /// the transport's send result, -1 when the request could not be built.
 int _SendForwardClose(_Eip_Connection* connection);
 /// The Forward Close request itself; the result is that of _Forward_Close.
@@ -115,7 +115,7 @@ int _GetConnectedRequestLimit(const _Eip_Connection* connection);
 /// copy of the reply's connected data item (type 0x00B1, length, sequence count, message-router
 /// reply), to be freed with free(); its length field counts the bytes after the head, and 2 zero
 /// bytes follow them. The error record then holds (2, encapsulation status, 0); what a target puts
-/// behind the data item is not looked at. Null: (0, -31, 0), nothing sent, when the request fits
+/// after the data item is not looked at. Null: (0, -31, 0), nothing sent, when the request fits
 /// neither an encapsulated request nor the connection's size; no reply; (2, status, 0) for a reply
 /// without a data item; (0, -7, 0) for a reply to another command, session or sequence count; (0,
 /// -20, 0) for items of another type or length than a connected reply has, or that are not whole.

@@ -21,7 +21,7 @@ struct CpfView {
 /// Looks at a reply that holds 24 + length bytes. Null is allowed. Records nothing.
 CpfView viewItems(const _Encap_Header* reply);
 
-/// The bytes behind an item's head.
+/// The bytes after an item's head.
 inline const unsigned char* itemData(const _Eip_Item* item) {
     return reinterpret_cast<const unsigned char*>(item + 1);
 }

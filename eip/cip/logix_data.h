@@ -32,7 +32,7 @@ struct _LGX_Read {
     uint32_t mask;        ///< for the numeric getters; 0 and all ones mean none. 0 from decoding
 };
 
-/// Zero bytes behind the data, so that a getter just past the last element stays in the allocation.
+/// Zero bytes after the data, so that a getter just past the last element stays in the allocation.
 const int kLgxReadSlack = 8;
 
 /// The `size` data bytes of a record, little-endian values as the controller sent them.

@@ -10,7 +10,7 @@ struct _Id_List {
     int32_t length;
 };
 
-/// The `length` bytes behind the head.
+/// The `length` bytes after the head.
 const unsigned char* _GetIdListData(const _Id_List* list);
 
 /// Asks the controller at the end of `path` (port segments) for the instances of its symbol class:

@@ -20,7 +20,7 @@ enum LgxService : uint8_t {
     LGX_SERVICE_WRITE_TAG_FRAGMENTED = 0x53
 };
 
-/// The data type in front of every value.
+/// The data type before every value.
 const int kLgxTypeSize = 2;
 /// Bytes of a Write Tag and of a Write Tag Fragmented request beside path and data: service, path
 /// size, data type, element count; and the offset.
@@ -74,11 +74,11 @@ int32_t _GetExtendedStatus(const _MR_Reply* reply);
 /// The data type of a Read Tag reply that _GetService_Reply handed out. 0 on failure: (0, -20, 0)
 /// for null, (5, status word, extended status) for a refusal, (0, -24, 0) for another service.
 int32_t _GetLGXDataType(const _MR_Reply* reply);
-/// Start of the data of such a reply, behind the type. Null on failure: as above, and (0, -24, 0)
+/// Start of the data of such a reply, after the type. Null on failure: as above, and (0, -24, 0)
 /// for a type that has no entry in _LGX_Data_Type. Clears the error record on success.
 const unsigned char* _GetData(const _MR_Reply* reply);
 
-/// Decodes a Read Tag reply of `length` bytes. All bytes behind the type (a string's length byte)
+/// Decodes a Read Tag reply of `length` bytes. All bytes after the type (a string's length byte)
 /// are the record's data; its count is that of the whole elements in them. Null: (1, errno, 0)
 /// without memory; (0, -102, 236) for null, a refusal, another service's reply or a type without
 /// size; (0, -102, 248) for no whole element, also of a string longer than its data; (0, -20, 0)

@@ -70,7 +70,7 @@ int offsetOf(const MultipleReplies& table, int index) {
     return cip::getUInt16(table.count + 2 + 2 * index);
 }
 
-/// The bytes of one reply: they begin behind the table and end where the next reply begins.
+/// The bytes of one reply: they begin after the table and end where the next reply begins.
 cip::MRView pickReply(const MultipleReplies& table, int index) {
     const int tableSize = 2 + 2 * table.replies;
     if (tableSize > table.size) {

@@ -23,7 +23,7 @@ _LGX_Read* _ReadLgxData(_Eip_Session* session, _Eip_Connection* connection, cons
                         uint16_t elementCount);
 
 /// Writes a tag: in one request when that fits the connection, else in pieces of whole elements,
-/// from the first to the last; a short string is never split. A failure behind the first piece says
+/// from the first to the last; a short string is never split. A failure after the first piece says
 /// in cip_err_msg() which elements are written. `data` must hold `elementCount` times the type's
 /// size bytes; for a short string `elementCount` is its length and `data` its characters. Returns
 /// the number of service replies (1, or that of the pieces), or -1: (0, -24, 0) for a type without
@@ -36,7 +36,7 @@ int _WriteLgxData(_Eip_Session* session, _Eip_Connection* connection, const char
 
 /// The same step by step: sends the next request of a read or write and lets it take the answer.
 /// Not after failed or done. Errors as LgxTagRead, LgxTagWrite and _ConnectedSend say; a write that
-/// fails behind its first piece says in cip_err_msg() which elements are written.
+/// fails after its first piece says in cip_err_msg() which elements are written.
 LgxProgress _AdvanceLgxRead(_Eip_Session* session, _Eip_Connection* connection, LgxTagRead* read);
 LgxProgress _AdvanceLgxWrite(_Eip_Session* session, _Eip_Connection* connection,
                              LgxTagWrite* write);

@@ -37,7 +37,7 @@ bool cip::isTagRefusal(const _MR_Reply* reply) {
     return status != 0;
 }
 
-// behind head and additional status:
+// after head and additional status:
 // 0  2  data type
 // 2  n  data
 cip::TagData cip::viewTagData(const MRView& view) {

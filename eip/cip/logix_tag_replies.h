@@ -19,7 +19,7 @@ MRView fragmentReply(const _Eip_Item* item, uint8_t service);
 /// Records (5, status word, extended status) when the status word is not 0; true when it is not.
 bool isTagRefusal(const _MR_Reply* reply);
 
-/// What a read reply carries, whatever its status says.
+/// What a read reply carries, with any status.
 struct TagData {
     int type;
     const unsigned char* data;

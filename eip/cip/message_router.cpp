@@ -87,7 +87,7 @@ cip::MRView cip::viewMRItem(const _Eip_Item* item) {
     if (!item) {
         return viewMR(nullptr, 0);
     }
-    int before = 0;   // bytes of the item in front of the reply
+    int before = 0;   // bytes of the item before the reply
     int counted = 0;  // how many of them its length field counts
     switch (_GetItemType(item)) {
         case CPF_UNCONNECTED_DATA:

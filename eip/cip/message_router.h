@@ -52,17 +52,17 @@ _MR_Reply* _SendMRRequest(_Eip_Session* session, uint8_t service, const void* pa
                           const void* data, int dataLength, int* replySize);
 
 /// The message-router reply inside an encapsulated reply, head and additional status whole inside
-/// it; null with (0, -20, 0) otherwise. It stands behind the data item's head (0x00B2), its head
+/// it; null with (0, -20, 0) otherwise. It follows the data item's head (0x00B2), its head
 /// and sequence count (0x00B1), or a socket address (0x8000).
 const _MR_Reply* _GetMRReply(const _Encap_Header* reply);
 /// The same; the connection manager's replies look no different.
 const _MR_Reply* _GetCMReply(const _Encap_Header* reply);
 /// Bytes of the reply that _GetMRReply gives; 0 when it gives null.
 int _GetMRReplySize(const _Encap_Header* reply);
-/// Bytes of its data, behind head and additional status; 0 when there is no reply.
+/// Bytes of its data, after head and additional status; 0 when there is no reply.
 int _GetMRDataSize(const _Encap_Header* reply);
 
-/// The data of a message-router reply that this library handed out: behind head and additional
+/// The data of a message-router reply that this library handed out: after head and additional
 /// status. Null for null.
 const unsigned char* _GetMRData(const _MR_Reply* reply);
 /// -1 for null; the signed 16-bit additional status when it is one word, the 32-bit one when it is

@@ -13,7 +13,7 @@
 // sub-element is PRE, ACC (timer, counter), LEN, POS (control) or a word number (0 to 2 in these
 // three, any in O and I). A bit is a number below the element's width, or in the first word of a
 // timer, counter or control one of its names (EN TT DN; CU CD DN OV UN UA; EN EU DN EM ER UL IN
-// FD), which may also stand behind '.'. B3/37 is bit 37 of the file: B3:2/5.
+// FD), which may also follow '.'. B3/37 is bit 37 of the file: B3:2/5.
 
 /// File types of the three-address commands.
 enum PlcFileType : uint8_t {
@@ -48,7 +48,7 @@ bool _ParsePLCAddress(const char* text, _PLC_Address* address);
 /// files, 84 in string files, else 2.
 int _GetPLCElementSize(PlcFileType fileType);
 
-/// The logical binary address behind a length byte that counts it: mask of the levels (file number
+/// The logical binary address after a length byte that counts it: mask of the levels (file number
 /// and element, sub-element if named), then each level, one byte below 255, else 0xFF and 16 bits.
 /// Returns the number of bytes written (length byte included), or 0 with (0, -1, 0) for a text that
 /// is no address. With a null buffer only the number is returned. At most 11 bytes.

@@ -33,7 +33,7 @@ struct Message {
     int size;
 };
 
-/// `front` and the PCCC request behind it; false with an error when they do not fit.
+/// `front` and the PCCC request after it; false with an error when they do not fit.
 bool compose(Message* message, const void* front, int frontSize, const void* request,
              int requestLength) {
     if (requestLength > kEncapMaxRequestBody - frontSize) {

@@ -10,7 +10,7 @@
 // unconnected or over a connection to a message router; or over a connection to a DH+ proxy, with a
 // DH+ header in front.
 
-/// Requestor id in front of every request of Execute PCCC and of its reply: its length, vendor id,
+/// Requestor id before every request of Execute PCCC and of its reply: its length, vendor id,
 /// serial number.
 extern const unsigned char _PCCC_RequestorID[7];
 

@@ -6,7 +6,7 @@
 
 namespace {
 
-/// Half of the flag byte: a value up to 7 stands in it, a longer one behind it.
+/// Half of the flag byte: a value up to 7 stands in it, a longer one after it.
 const int kLargestInFlag = 7;
 const unsigned char kFollows = 0x08;
 const unsigned char kCountMask = 0x07;
@@ -24,7 +24,7 @@ unsigned char encodeValue(unsigned char* bytes, int* size, int value) {
     return kFollows | count;
 }
 
-/// Reads a value that half of a flag byte announces; moves `*at` behind its bytes.
+/// Reads a value that half of a flag byte announces; moves `*at` after its bytes.
 bool decodeValue(unsigned char half, const unsigned char* data, int length, int* at, int* value) {
     const int count = half & kCountMask;
     if (!(half & kFollows)) {

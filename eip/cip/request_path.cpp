@@ -79,7 +79,7 @@ int _BuildIOI(unsigned char* buffer, const char* tagName) {
 
 // 0  1  0x91
 // 1  1  n
-// 2  n  name, a zero byte behind it when n is odd
+// 2  n  name, a zero byte after it when n is odd
 int _BuildIOIString(unsigned char* buffer, const char* name, int maxLength) {
     CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_SUCCESS, 0);
     if (!name || maxLength < 1) {

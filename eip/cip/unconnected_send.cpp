@@ -41,7 +41,7 @@ bool isSendable(const void* request, int requestLength, const unsigned char* rou
 // 0  1  priority/time tick
 // 1  1  time-out ticks
 // 2  2  embedded request size
-// 4  n  embedded request, a zero byte behind it when n is odd
+// 4  n  embedded request, a zero byte after it when n is odd
 //    1  route path size, words
 //    1  reserved
 //    n  route path, padded to even length

@@ -11,7 +11,7 @@ const size_t kMostBytes = 64 * 1024 * 1024;
 const size_t kKilo = 1024;
 const size_t kLongestNumber = 8;
 
-/// One number, with K or M behind it an amount of memory.
+/// One number, with K or M after it an amount of memory.
 bool parsePart(const std::string& text, RecordSettings* settings) {
     const size_t digits = text.find_first_not_of("0123456789");
     const std::string unit = digits == std::string::npos ? std::string() : text.substr(digits);

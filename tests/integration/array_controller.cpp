@@ -12,7 +12,7 @@ const int kWriteFragment = 0x53;
 
 /// Connection size without the sequence count.
 const int kMostBytes = 504 - 2;
-/// Message-router reply and data type in front of values.
+/// Message-router reply and data type before values.
 const int kReplyHead = 4 + 2;
 const int kElementSize = 4;
 
@@ -43,7 +43,7 @@ QByteArray reply(int service, int status) {
     return bytes;
 }
 
-/// The index that a path 91 01 NAME 00 names behind its name.
+/// The index that a path 91 01 NAME 00 names after its name.
 int indexOf(const QByteArray& bytes, int pathEnd) {
     const int at = 6;
     if (pathEnd <= at) {

@@ -30,7 +30,7 @@ bool isRefused(int type, std::atomic<int>* count) {
     return true;
 }
 
-/// The C library's own function behind the one in this program.
+/// The C library's own function, which the one in this program hides.
 template <class Function>
 Function* next(const char* name) {
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));

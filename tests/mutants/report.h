@@ -8,7 +8,7 @@
 
 #include "mutants/trial.h"
 
-/// Why nothing notices a change and nothing has to: `id reason`, one a line, # begins a comment.
+/// Why nothing notices a change and nothing has to: `id reason`, one per line, # begins a comment.
 typedef QHash<QByteArray, QString> Explanations;
 Explanations readExplanations(const QString& path);
 

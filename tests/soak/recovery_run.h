@@ -22,7 +22,7 @@ struct RecoveryOptions {
 struct RecoveryKind {
     const char* name;
     std::vector<double>
-        ms;  ///< from its return to the first value that it had behind that, in order
+        ms;  ///< from its return to the first value that it had after that, in order
 };
 
 /// One driver that polls, and a controller that goes away and comes back.
@@ -30,7 +30,7 @@ class RecoveryRun {
  public:
     explicit RecoveryRun(const RecoveryOptions& options);
 
-    /// Called behind each cycle with their number so far.
+    /// Called after each cycle with their number so far.
     std::function<void(int)> progress;
 
     /// Runs it all; false when it could not go on, for the reason in problem().

@@ -29,7 +29,7 @@ int smallest(const std::vector<SoakSample>& samples, bool atTheEnd, int ProcessF
     return least;
 }
 
-/// The samples behind the warm-up: the first third belongs to it, though no more than five minutes.
+/// The samples after the warm-up: the first third belongs to it, though no more than five minutes.
 /// Until then the notes of the run itself grow to their usual size.
 std::vector<SoakSample> steadyPart(const std::vector<SoakSample>& samples) {
     const size_t warm = std::min(samples.size() / 3, kLongestWarmUp);

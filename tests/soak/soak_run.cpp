@@ -22,7 +22,7 @@ const int kReadsAStep = 20;
 const int kStepMs = 5;
 /// One that slows every answer down makes the values of a pass older the longer it lasts.
 const double kLongestTroubleMs = 3000;
-/// The worker takes up a list behind the request that it is at, and behind a farewell.
+/// The worker takes up a list after the request that it is at, and after a farewell.
 const int kListMs = 3000;
 const int kDirectEveryMs = 50;
 const int kWriteEveryMs = 100;
@@ -114,7 +114,7 @@ void SoakRun::warmUp() {
     counted.troubles = counted.restarts = counted.addressChanges = counted.listChanges = 0;
 }
 
-/// One trouble and the quiet behind it, with whatever else changes in between.
+/// One trouble and the quiet after it, with whatever else changes in between.
 bool SoakRun::turn(int number, double seconds) {
     const double start = double(nowMs() - began);
     const auto partOf = [&](double part) { return start + part * seconds * kMs; };
@@ -198,7 +198,7 @@ void SoakRun::readClockTag(int tag) {
     }
 }
 
-/// Values only grow; the confirmed one and those behind it that were tried are possible.
+/// Values only grow; the confirmed one and those after it that were tried are possible.
 void SoakRun::readWritten(int tag) {
     watch.begin(kRetries + 1);
     const QByteArray bytes = driver->read(device.get(), writtenCommands[size_t(tag)]);

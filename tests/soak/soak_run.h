@@ -49,7 +49,7 @@ class SoakRun {
  public:
     explicit SoakRun(const SoakOptions& options);
 
-    /// Called once a second with the seconds so far, and with what goes on.
+    /// Called once per second with the seconds so far, and with what goes on.
     std::function<void(double, const QString&)> progress;
 
     /// Runs it all; false when it could not go on, for the reason in the figures.

@@ -53,7 +53,7 @@ TEST_F(Oracle, TimeDoesNotRunBackwards) {
     EXPECT_NE("", oracle.check(5, true, valueOf(5, 4999), 116000, 116000).toStdString());
 }
 
-/// A polled value may be shown behind a restart, but never again when one of the new life was.
+/// A polled value may be shown after a restart, but never again when one of the new life was.
 TEST_F(Oracle, AnEarlierLifeEnds) {
     const int64_t now = nowMs();
     oracle.begin(0, now - 60000, false);

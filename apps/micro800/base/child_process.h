@@ -13,7 +13,7 @@ struct ProcessEnd {
     int signal = 0;  ///< that ended it; 0: none did
 };
 
-/// A child process that this one stands in front of: what happens to one of them happens to both.
+/// A child process that this one represents: what happens to one of them happens to both.
 ///
 /// A signal that somebody sends to this process goes on to the child. One of the terminal reaches
 /// the child by itself. When the child is stopped, this process stops as well, so that a shell sees

@@ -37,7 +37,7 @@ int portFrom(const QString& text) {
 
 bool parseEndpoint(const QString& text, Endpoint* endpoint, QString* problem) {
     *endpoint = Endpoint();
-    // More than one colon is no port behind a host, and never a host that is found either.
+    // More than one colon is no port after a host, and never a host that is found either.
     const bool hasPort = text.count(QLatin1Char(':')) == 1;
     endpoint->host = hasPort ? text.section(QLatin1Char(':'), 0, 0) : text;
     if (!isHostName(endpoint->host)) {

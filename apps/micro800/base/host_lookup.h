@@ -10,7 +10,7 @@ struct Endpoint {
 };
 
 /// Takes the text apart; it is not looked up. False when there is no host in it, or when what is
-/// behind the colon is no port: `problem` begins with the text.
+/// after the colon is no port: `problem` begins with the text.
 bool parseEndpoint(const QString& text, Endpoint* endpoint, QString* problem);
 
 /// The first IPv4 address of a host (dotted text or a name), as text. It takes as long as the

@@ -27,7 +27,7 @@ struct KeptInput {
 
 /// All that readInput() has kept so far, to be handed to the copy.
 QVector<KeptInput> keptInputs();
-/// In the copy: what the program in front of it kept is read from there.
+/// In the copy: what the program before it kept is read from there.
 void adoptInput(const KeptInput& input);
 
 #endif

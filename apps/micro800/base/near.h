@@ -12,7 +12,7 @@ int typingDistance(const QString& one, const QString& other);
 /// Empty when none is.
 QString nearestOf(const QString& word, const QStringList& known);
 
-/// "; did you mean --json?" for the nearest word with `before` in front of it; empty without one.
+/// "; did you mean --json?" for the nearest word, with `before` as its prefix; empty without one.
 QString suggestionFor(const QString& word, const QStringList& known,
                       const QString& before = QString());
 

@@ -27,7 +27,7 @@ QString recordedError() {
 /// A message-router reply inside a connected data item, measured.
 struct ReplyView {
     const _MR_Reply* head = nullptr;
-    const unsigned char* data = nullptr;  ///< behind head and additional status
+    const unsigned char* data = nullptr;  ///< after head and additional status
     int size = 0;                         ///< bytes of the data
 };
 

@@ -21,7 +21,7 @@ struct TagReply {
     };
     Kind kind = Kind::kNone;
     int type = 0;      ///< type code of a value
-    QByteArray data;   ///< the bytes behind the type
+    QByteArray data;   ///< the bytes after the type
     int status = 0;    ///< general status of a refusal
     int extended = 0;  ///< its first word of additional status; 0 without one
     QString error;     ///< the client's text, "AB error: 0005H"; empty for a value
@@ -31,7 +31,7 @@ struct TagReply {
 
 /// What the controller answers to a request for one of its objects.
 struct ObjectReply {
-    bool answered = false;  ///< a message-router reply came, whatever its status
+    bool answered = false;  ///< a message-router reply came, with any status
     int status = 0;         ///< its general status
     QByteArray data;
     QString error;  ///< the client's text; empty for status 0

@@ -13,7 +13,7 @@
 struct TagAddress {
     QString text;                   ///< as written; what the driver gets
     const TagType* type = nullptr;  ///< never null after a successful parse
-    QString name;                   ///< what stands after the first "0:"
+    QString name;                   ///< the text after the first "0:"
     bool isElement = false;         ///< the driver takes it as an element of an array
 };
 

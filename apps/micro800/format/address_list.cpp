@@ -7,7 +7,7 @@
 
 namespace {
 
-/// What some editors put in front of UTF-8.
+/// What some editors put before UTF-8.
 const char kByteOrderMark[] = "\xEF\xBB\xBF";
 
 QString withoutComment(const QString& line) {

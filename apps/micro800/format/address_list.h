@@ -17,8 +17,8 @@ struct ListedWord {
     QString problemHere(const QString& problem) const;
 };
 
-/// Appends the words of a list: one a line, in UTF-8. Blanks around a word, empty lines and lines
-/// that begin with # are left out, and so is a comment: a # with a blank in front of it, and what
+/// Appends the words of a list: one per line, in UTF-8. Blanks around a word, empty lines and lines
+/// that begin with # are left out, and so is a comment: a # with a blank before it, and what
 /// follows. `name` is that of the file, for the places.
 void appendListedWords(const QByteArray& content, const QString& name, QVector<ListedWord>* words);
 

@@ -10,7 +10,7 @@ enum class ValueKind { kBool, kSigned, kUnsigned, kReal, kString };
 /// One of the ten types that a tag's prefix can name.
 struct TagType {
     const char* name;    ///< "DINT"
-    const char* prefix;  ///< "DINT0", what stands before the colon of an address
+    const char* prefix;  ///< "DINT0", the text before the colon of an address
     ValueKind kind;
     int size;  ///< bytes an element; 0 for STRING, whose elements have no fixed size
 };

@@ -7,7 +7,7 @@ namespace {
 /// Code, tab, transaction id, line feed.
 const int kLineFrame = 2 + 1 + 4 + 1;
 
-/// A tab in front of the name, and one in front of the count.
+/// A tab before the name, and one before the count.
 const int kSeparators = 1 + 1;
 
 QString arrayNameOf(const ListedAddress& address) {

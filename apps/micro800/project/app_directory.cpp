@@ -135,7 +135,7 @@ QList<QByteArray> handoverParts(const QString& directory) {
     return parts;
 }
 
-/// The parts, each with a zero byte behind it, in a pipe that nobody writes to any more. Returns
+/// The parts, each with a zero byte after it, in a pipe that nobody writes to any more. Returns
 /// the end to read from, which the copy inherits; -1 with errno on failure.
 int makeHandover(const QString& directory) {
     const QByteArray record = handoverParts(directory).join('\0') + '\0';
@@ -165,12 +165,12 @@ QList<QByteArray> partsFrom(const char* number) {
         !S_ISFIFO(kind.st_mode)) {
         return {};
     }
-    // Never wait for a writer: there is none behind a handover.
+    // Never wait for a writer: there is none after a handover.
     fcntl(descriptor, F_SETFL, O_NONBLOCK);
     QFile pipe;
     pipe.open(descriptor, QIODevice::ReadOnly | QIODevice::Unbuffered, QFile::AutoCloseHandle);
     QList<QByteArray> parts = pipe.readAll().split('\0');
-    parts.removeLast();  // behind the last zero byte
+    parts.removeLast();  // after the last zero byte
     return parts;
 }
 
@@ -258,7 +258,7 @@ bool adoptAppDirectory(int* argc, char** argv, QString* problem) {
                                      .arg(directory, here));
         }
         isCopy = true;
-        std::copy(argv + 2, argv + *argc + 1, argv + 1);  // with the null pointer behind the last
+        std::copy(argv + 2, argv + *argc + 1, argv + 1);  // with the null pointer after the last
         --*argc;
     }
     argumentCount = *argc;

@@ -12,7 +12,7 @@
 /// removes what it has put there when the copy has ended, however that was; only when it is killed
 /// by SIGKILL itself the directory stays behind.
 ///
-/// The copy knows what it is from an option in front of its arguments, which names a descriptor: a
+/// The copy knows what it is from an option before its arguments, which names a descriptor: a
 /// pipe that holds the directories, and the inputs that cannot be read again (base/input.h), and
 /// can be read once. It removes nothing.
 ///

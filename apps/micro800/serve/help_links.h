@@ -17,7 +17,7 @@ class HelpLinks {
     QHash<QString, QString> known;  // guarded by mutex; by reason
 };
 
-/// The text without the access in front of it: "AB error: 0005H".
+/// The text without the access before it: "AB error: 0005H".
 QString reasonOf(const QString& address, const QString& problem);
 
 #endif

@@ -238,7 +238,7 @@ bool HttpServer::Engine::suspend(HttpLink* link) {
 
 // ---- a request ---------------------------------------------------------------------------------
 
-/// The target as it came: behind this the library has decoded it.
+/// The target as it came: after this the library has decoded it.
 void* HttpServer::Engine::onTarget(void*, const char* target, MHD_Connection* connection) {
     if (HttpLink* link = linkOf(connection)) {
         link->forgetRequest();

@@ -27,7 +27,7 @@ bool pageFileReply(const QString& path, HttpReply* reply) {
             reply->status = 200;
             reply->type = typeOf(name);
             reply->body = QByteArray::fromRawData(file->text, file->size);
-            // Another build may be behind the same address tomorrow.
+            // Another build may use the same address tomorrow.
             reply->add("Cache-Control", "no-cache");
             return true;
         }

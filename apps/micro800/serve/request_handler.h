@@ -17,7 +17,7 @@ class EventSource {
 /// What a request gets: the reply, or one of the other two in its place.
 struct Answer {
     HttpReply reply;
-    std::unique_ptr<EventSource> stream;   ///< goes on behind the head of `reply`
+    std::unique_ptr<EventSource> stream;   ///< goes on after the head of `reply`
     std::shared_ptr<DeferredReply> later;  ///< there is no reply yet
 };
 

@@ -151,7 +151,7 @@ void TagHistory::thinOut(qint64 now) {
     }
 }
 
-/// A stretch with a gap in it is a gap behind its values.
+/// A stretch with a gap in it is a gap after its values.
 void TagHistory::addToThinned(const Sample& sample) {
     const auto step = static_cast<quint32>((sample.time - base) / limits.stepMs);
     const bool isSameStep = !old.empty() && old.back().step == step;

@@ -48,7 +48,7 @@ class TagHistory {
     /// There was no good value at `time`.
     void addGap(qint64 time);
 
-    /// The samples from `from` to `to`, and the one before and behind them, so that a line can be
+    /// The samples from `from` to `to`, and the one before and after them, so that a line can be
     /// drawn up to both ends.
     QVector<Sample> samples(qint64 from, qint64 to) const;
     /// The stretches that have to do with that time, all of them before the samples.

@@ -27,7 +27,7 @@ class Restorer {
     /// Reads every value of the file from the controller. False when it was stopped.
     bool compare();
     /// Writes what differs and reads it back. False when it was stopped, by the question or because
-    /// the controller refused kMostFailures writes on end.
+    /// the controller refused kMostFailures writes in succession.
     bool write();
 
     static const int kMostFailures = 3;

@@ -11,7 +11,7 @@ namespace {
 const int kPageWidth = 79;
 const int kIndent = 4;
 
-/// Stands in front of a negative number while the parser looks at it. A character for private
+/// Stands before a negative number while the parser looks at it. A character for private
 /// use: no argument begins with it by chance, and one that does comes back unchanged as well.
 const QChar kNumberMark(0xE000);
 

@@ -13,7 +13,7 @@ enum ExitCode {
 };
 
 /// Where the program's lines go: values to one stream, errors to the other, both in UTF-8
-/// whatever the locale is. Does not own the streams.
+/// in any locale. Does not own the streams.
 class Console {
  public:
     Console(std::FILE* values, std::FILE* errors);

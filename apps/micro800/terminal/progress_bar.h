@@ -12,7 +12,7 @@
 /// enough for an estimate.
 QString progressText(int done, int total, qint64 elapsedMs, int width);
 
-/// Shows progressText() as the console's status line, a few times a second; nothing where the
+/// Shows progressText() as the console's status line, a few times per second; nothing where the
 /// console shows no status. The line goes with the object.
 class ProgressBar {
  public:

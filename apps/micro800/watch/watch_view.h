@@ -14,7 +14,7 @@ class WatchView {
 
     /// A read brought something new about this tag.
     virtual void tell(const WatchedTag& tag, WatchEvent event) = 0;
-    /// Called about ten times a second and after every round of reads.
+    /// Called about ten times per second and after every round of reads.
     virtual void refresh(const WatchModel& model, qint64 now) = 0;
     /// The watch is over. The view leaves its place to what follows.
     virtual void end(const WatchModel& model, qint64 now) = 0;

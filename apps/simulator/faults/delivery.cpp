@@ -237,7 +237,7 @@ void route(const Fault& fault, const Bytes& reply, Delivery* delivery) {
     }
 }
 
-/// A target that reports a status sends nothing behind the header.
+/// A target that reports a status sends nothing after the header.
 void applyEncapStatus(Exchange& exchange) {
     if (const Fault* fault = exchange.fault(FaultKind::encapStatus)) {
         exchange.reply.resize(kEncapHeaderSize);

@@ -20,7 +20,7 @@ struct Exchange {
     uint16_t command = 0;
     int service = -1;  ///< of CIP, -1 without one
     RequestPath path;
-    size_t room = 0;  ///< bytes that the reply may have behind its head
+    size_t room = 0;  ///< bytes that the reply may have after its head
     TagAccess access;
     ByteView written;              ///< element bytes of a write request
     bool unconnectedSend = false;  ///< the request was wrapped in an Unconnected Send

@@ -173,7 +173,7 @@ bool parseScope(const QString& text, Fault* fault) {
     return false;
 }
 
-/// A part behind an "@": N[xM], tag=NAME or on=SCOPE.
+/// A part after an "@": N[xM], tag=NAME or on=SCOPE.
 bool parseQualifier(const QString& text, Fault* fault, QString* problem) {
     static const QRegularExpression number(
         QRegularExpression::anchoredPattern("([0-9]+)(?:x([0-9]+))?"));

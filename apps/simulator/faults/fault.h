@@ -53,7 +53,7 @@ struct Fault {
     FaultKind kind = FaultKind::silence;
     FaultScope scope = FaultScope::unit;
     std::string tag;  ///< upper-case name or data-table address, empty for all
-    /// What stands behind the name, its default where nothing does; kNoParameter without one.
+    /// What follows the name, its default where nothing does; kNoParameter without one.
     int64_t parameter = kNoParameter;
     int64_t parameter2 = kNoParameter;
     uint64_t from = 1;   ///< first request that it strikes, counted from 1
@@ -66,7 +66,7 @@ struct Fault {
 /// `problem`.
 bool parseFault(const QString& text, Fault* fault, QString* problem);
 
-/// Every fault's name with its parameters, one a line, for the help text.
+/// Every fault's name with its parameters, one per line, for the help text.
 QString faultHelp();
 
 /// The request that a fault may be for.

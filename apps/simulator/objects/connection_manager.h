@@ -34,7 +34,7 @@ struct CipConnection {
 };
 
 /// What the size of a connection counts: the sequence count, the head of a reply, and a value
-/// behind its type. Less is no use; more does not fit the field.
+/// after its type. Less is no use; more does not fit the field.
 const size_t kLeastConnectionSize = 2 + 4 + 2;
 const size_t kLargestConnectionSize = 0x1FF;
 

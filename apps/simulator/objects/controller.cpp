@@ -237,7 +237,7 @@ void Controller::answerCip(const EncapSession& session, const CommonPacket& pack
     finishCommonPacket(exchange.reply, exchange.dataItemAt);
 }
 
-/// A connection to a DH+ proxy has no message router behind it: there is no status to refuse a
+/// A connection to a DH+ proxy leads to no message router: there is no status to refuse a
 /// message with.
 void Controller::answerDhp(const CommonPacket& packet, const Bytes& address, uint16_t sequence,
                            ByteView message, Exchange& exchange) {

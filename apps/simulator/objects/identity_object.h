@@ -8,7 +8,7 @@ namespace sim {
 
 /// Services Get_Attributes_All, Get_Attribute_List and Get_Attribute_Single of the identity object
 /// (CIP Networks Library Vol. 1, 5A-2; the services in appendix A). `attribute` is that of the
-/// request path, `data` what is behind the path. Appends the reply's data.
+/// request path, `data` what is after the path. Appends the reply's data.
 ///
 /// kAttributeNotSupported for a single attribute that there is not. In a list such a one has that
 /// status beside its number, and the whole is kAttributeListError.

@@ -46,7 +46,7 @@ const FileType* findFileTypeByCode(uint8_t code);
 const uint32_t kMaxFileNumber = 999;
 const uint32_t kMaxFileElements = 65535;
 
-/// One file: its elements one behind the other, little-endian.
+/// One file: its elements one after the other, little-endian.
 struct DataFile {
     DataFile(const FileType& fileType, uint32_t elementCount)
         : type(&fileType), elements(elementCount), bytes(elementCount * fileType.elementSize()) {}

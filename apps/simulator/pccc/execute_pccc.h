@@ -10,7 +10,7 @@ namespace sim {
 /// Data of an Execute PCCC request: the requestor id, whose first byte is its own length, with
 /// vendor id and serial number in it, and the command.
 struct ExecutePcccRequest {
-    ByteView requestor;  ///< goes back in front of the reply
+    ByteView requestor;  ///< goes back before the reply
     ByteView command;
 };
 

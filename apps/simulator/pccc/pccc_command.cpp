@@ -15,7 +15,7 @@ PcccStatus extended(PcccExtSts ext) {
     return {kPcccExtended, ext};
 }
 
-/// Fields of the typed commands in front of the address, in elements.
+/// Fields of the typed commands before the address, in elements.
 struct Packet {
     uint16_t offset = 0;
     uint16_t total = 0;

@@ -5,7 +5,7 @@
 
 namespace sim {
 
-/// The type/data parameter in front of the data of typed commands (DF1 Protocol and Command Set,
+/// The type/data parameter before the data of typed commands (DF1 Protocol and Command Set,
 /// 1770-6.5.16): a flag byte, then what does not fit into it. The flag's high half is the type, or
 /// 8 + the number of bytes that hold it; the low half is the size, or 8 + the number of bytes that
 /// hold that.
@@ -21,7 +21,7 @@ bool takeTypeParameter(ByteReader& reader, TypeParameter* parameter);
 /// Appends a parameter, its numbers in the flag byte where they fit.
 void putTypeParameter(Bytes& out, const TypeParameter& parameter);
 /// Appends the parameter of an array of `size` bytes, parameter of its elements included. Type and
-/// size stand behind the flag byte whatever they are, as in a PLC-5's replies.
+/// size follow the flag byte in any case, as in a PLC-5's replies.
 void putArrayParameter(Bytes& out, uint32_t size);
 
 }  // namespace sim

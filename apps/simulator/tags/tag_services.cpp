@@ -154,7 +154,7 @@ CipStatus storeElements(const Target& target, const Piece& piece, bool oracle) {
     return kSuccess;
 }
 
-/// Element count, and of a piece the byte offset behind it. False when they are not all there.
+/// Element count, and of a piece the byte offset after it. False when they are not all there.
 bool takeCountAndOffset(ByteReader& reader, bool isPiece, TagAccess* access) {
     uint16_t count = 0;
     uint32_t offset = 0;

@@ -26,12 +26,12 @@ struct TagAccess {
 struct TagRequest {
     uint8_t service;
     const RequestPath& path;
-    ByteView data;  ///< behind the path
-    size_t room;    ///< bytes that the reply may have behind its head
+    ByteView data;  ///< after the path
+    size_t room;    ///< bytes that the reply may have after its head
 };
 
 /// Services Read Tag, whose data is the element count (16 bits), and Read Tag Fragmented, with a
-/// byte offset (32 bits) behind it (Logix 5000 Controllers Data Access, 1756-PM020). Appends to
+/// byte offset (32 bits) after it (Logix 5000 Controllers Data Access, 1756-PM020). Appends to
 /// `reply` the type (16 bits) and the elements from the one that the path names on, without the
 /// first `offset` bytes of them. Of elements that do not all fit into the request's room it appends
 /// as many whole ones as do, with kPartialTransfer. Nothing for any other status.
@@ -39,7 +39,7 @@ CipStatus readTag(const TagTable& table, const TagBehaviour& behaviour, const Ta
                   Bytes* reply, TagAccess* access);
 
 /// Services Write Tag, whose data is the type (16 bits), the element count (16 bits) and the
-/// elements, and Write Tag Fragmented, whose data has a byte offset (32 bits) in front of the
+/// elements, and Write Tag Fragmented, whose data has a byte offset (32 bits) before the
 /// elements and only some of them, whole ones. kNotEnoughData and kTooMuchData when they are not as
 /// long as the count says; a STRING is not taken in pieces. Nothing is stored for any status but
 /// kSuccess.

@@ -66,7 +66,7 @@ bool decodeHeader(ByteView frame, EncapHeader* header);
 
 /// Makes `out` a reply header to `request`: its command and sender context, length 0, status 0.
 void beginReply(Bytes& out, const EncapHeader& request, uint32_t session);
-/// Sets the length field to what stands behind the header.
+/// Sets the length field to the number of bytes after the header.
 void finishReply(Bytes& out);
 
 /// Address and data item of a SendRRData or SendUnitData request.
@@ -78,13 +78,14 @@ struct CommonPacket {
 };
 
 /// Reads what follows the header of SendRRData and SendUnitData: interface handle 0, time-out, two
-/// items and nothing behind them. False when it is anything else.
+/// items and nothing after them. False when it is anything else.
 bool decodeCommonPacket(ByteView body, CommonPacket* packet);
 
 /// The interface handle and time-out prefix, the item count 2 and both items' heads, the data item
 /// still empty. Returns where the data item's head begins.
 size_t beginCommonPacket(Bytes& out, const CommonPacket& packet);
-/// Sets the length of the data item whose head begins at `dataItemAt` to what stands behind it.
+/// Sets the length of the data item whose head begins at `dataItemAt` to the number of bytes after
+/// it.
 void finishCommonPacket(Bytes& out, size_t dataItemAt);
 
 }  // namespace sim

@@ -18,7 +18,7 @@ enum Segment : uint8_t {
     kSymbol = 0x91,
 };
 
-/// A logical segment's value behind its type byte; the wider ones have a pad byte before it.
+/// A logical segment's value after its type byte; the wider ones have a pad byte before it.
 bool takeLogicalValue(ByteReader& reader, uint8_t segment, uint32_t* value) {
     uint8_t byte = 0;
     if (!reader.take8(&byte)) {

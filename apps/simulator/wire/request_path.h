@@ -13,7 +13,7 @@ struct RequestPath {
     /// Upper-case tag name, empty in a path of class and instance. Names of several segments are
     /// joined by '.', with the indices of all but the last in brackets: "A[1].B".
     std::string name;
-    /// Element numbers behind the last name segment.
+    /// Element numbers after the last name segment.
     std::vector<uint32_t> indices;
     uint32_t classId = 0;
     uint32_t instanceId = 0;

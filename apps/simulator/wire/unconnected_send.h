@@ -12,7 +12,7 @@ struct UnconnectedSend {
 };
 
 /// Reads the data of an Unconnected Send: priority/tick, ticks, message size, message, a pad byte
-/// behind one of odd size, route path size in words, reserved, route path.
+/// after one of odd size, route path size in words, reserved, route path.
 CipStatus decodeUnconnectedSend(ByteView data, UnconnectedSend* request);
 
 }  // namespace sim

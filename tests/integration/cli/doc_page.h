@@ -7,7 +7,7 @@
 
 // A page of the documentation whose commands are run. They are in its blocks of kind "console",
 // each behind
-// "$ " and continued behind "> ", with what it prints below. There an ellipsis stands for any text;
+// "$ " and continued after "> ", with what it prints below. There an ellipsis stands for any text;
 // alone on its line, for any lines.
 
 /// How the page's world is played.

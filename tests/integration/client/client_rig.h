@@ -14,7 +14,7 @@
 #include "support/simulator_process.h"
 #include "unit/eip/cip/wire_bytes.h"
 
-/// A simulator and a registered session with it over TCP. Leads behind the port segments 01 00,
+/// A simulator and a registered session with it over TCP. Reached through the port segments 01 00,
 /// too.
 class ClientTest : public testing::Test {
  protected:
@@ -39,9 +39,9 @@ enum class Way {
     unconnected,
     routed,     ///< in an Unconnected Send
     connected,  ///< over a connection to its message router
-    cnet,       ///< the same behind a route
+    cnet,       ///< the same through a route
     dhpA,       ///< over a connection to a DH+ proxy
-    dhpB,       ///< the same behind a route, channel B
+    dhpB,       ///< the same through a route, channel B
 };
 
 std::ostream& operator<<(std::ostream& out, Way way);

@@ -45,7 +45,7 @@ class PcccReads : public PcccWays {
                   request["route"].toString().toStdString());
         EXPECT_EQ("00", request["sts"].toString().toStdString());
         if (isDhp) {
-            // behind encapsulation header, item heads and sequence count: links and nodes, command
+            // after encapsulation header, item heads and sequence count: links and nodes, command
             EXPECT_EQ(
                 "0100030204000500"
                 "0f00",

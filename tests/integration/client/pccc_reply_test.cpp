@@ -83,7 +83,7 @@ TEST_P(PcccReplies, WithoutAnyData) {
 }
 
 // The one element follows as 2A 00. Only these parameters leave an element of it: any type in the
-// flag byte, or behind it without a byte (8), with size 2; type 2A behind the flag byte, size 1.
+// flag byte, or after it without a byte (8), with size 2; type 2A after the flag byte, size 1.
 TEST_P(PcccReplies, EveryTypeParameter) {
     for (int flag = 0; flag < 256; ++flag) {
         const int type = flag >> 4;

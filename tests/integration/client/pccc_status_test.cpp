@@ -44,7 +44,7 @@ const Text kTexts[] = {
     {0xFF, "Unknow PCCC Error type"},
 };
 
-// EXT STS behind STS F0.
+// EXT STS after STS F0.
 const Text kExtendedTexts[] = {
     {0, "not used"},
     {1, "A field has an illegal value"},

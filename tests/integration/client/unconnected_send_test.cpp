@@ -14,7 +14,7 @@ class UnconnectedSend : public ClientTest {
  protected:
     void SetUp() override { startClient({"--tag", "A:DINT=42", "--tag", "B:INT=7"}); }
 
-    /// The message-router reply to a request behind a route, "null" without one.
+    /// The message-router reply to a request through a route, "null" without one.
     std::string send(const char* request, const unsigned char* route, int routeLength) {
         const Bytes message = bytes(request);
         int size = 0;

@@ -397,7 +397,7 @@ TEST(DeviceSetting, EveryShortStreamReadsWithoutHarm) {
         DeviceSetting setting = withEntries(3);
         setting.currentIPIndex = 2;
         const QDataStream::Status status = readFrom(whole.left(size), &setting);
-        // A stream that ends right behind a pair ends the list without an error.
+        // A stream that ends right after a pair ends the list without an error.
         EXPECT_EQ(size == afterFirstPair ? QDataStream::Ok : QDataStream::ReadPastEnd, status)
             << size;
         EXPECT_LE(setting.socketList.size(), 2) << size;

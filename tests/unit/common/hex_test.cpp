@@ -9,7 +9,7 @@
 
 namespace {
 
-/// The text in memory of exactly its size: a byte read behind it shows under the sanitizer.
+/// The text in memory of exactly its size: a byte read after it shows under the sanitizer.
 unsigned int value(const char* text) {
     const size_t length = std::strlen(text);
     const std::unique_ptr<char[]> exact(new char[length]);

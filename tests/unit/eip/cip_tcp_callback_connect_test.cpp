@@ -202,7 +202,7 @@ TEST_F(Connected, ConnectReplacesABrokenSocket) {
 }
 
 /// In a network of the child's own, whose only port for sockets that ask for any is the one that is
-/// asked for: 0 when no attempt connected and the port is free behind them, -1 without the rights
+/// asked for: 0 when no attempt connected and the port is free after them, -1 without the rights
 /// to make such a network.
 int connectToTheOnlyPort() {
     const pid_t child = fork();

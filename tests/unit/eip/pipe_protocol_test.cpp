@@ -324,7 +324,7 @@ TEST(LgxDriverCheckRsp, FindsTheAnswerAtALineStart) {
         {"both, failure first", "85\t1A2B\tabc\n05\t1A2B\n", true, kUntouched},
     };
     for (const CheckRow& row : table) {
-        // No byte behind the terminator, so that the address sanitizer sees a read too many.
+        // No byte after the terminator, so that the address sanitizer sees a read too many.
         const std::vector<char> buf(row.text, row.text + strlen(row.text) + 1);
         QString err(kUntouched);
         EXPECT_EQ(row.found, LgxDriverCheckRsp(buf.data(), 0x05, 0x1A2B, err)) << row.name;

@@ -3,7 +3,7 @@
 
 #include "apps/micro800/controller/check/tag_check.h"
 
-/// The array's name in front of the brackets, in upper case; the whole name without brackets.
+/// The array's name before the brackets, in upper case; the whole name without brackets.
 QString arrayNameOf(const QString& name);
 /// The indexes in the brackets at the end of a name; none without.
 QVector<int> indexesOf(const QString& name);

@@ -26,7 +26,7 @@ class DeviceList {
     QVector<FoundDevice> found;
 };
 
-/// One line a device under a heading: address, product, revision, serial number, state, vendor.
+/// One line per device under a heading: address, product, revision, serial number, state, vendor.
 QStringList deviceTable(const QVector<FoundDevice>& devices);
 
 /// What --json prints for one device: "addresses" and the facts of its identity.

@@ -17,7 +17,7 @@ struct Advice {
 /// The tables of the page whose columns are "text", "means" and "check".
 ///
 /// The first column has texts in backquotes. One with an ellipsis stands for any text there; two
-/// with "to" between them for the numbers from the one to the other; one with "and above" behind it
+/// with "to" between them for the numbers from the one to the other; one with "and above" after it
 /// for that number and higher ones.
 class Troubleshooting {
  public:

@@ -83,7 +83,7 @@ void addFields(FieldLines& fields, const QVector<NamedField>& table) {
     }
 }
 
-/// Data of a request whose service has a form of its own; what is behind it stays.
+/// Data of a request whose service has a form of its own; what is after it stays.
 void addRequestData(FieldLines& fields, quint32 service, int end) {
     if (service == kReadTag && fields.left() > end) {
         fields.number("elements", 2);
@@ -138,7 +138,7 @@ void addReply(FieldLines& fields, int end) {
 }  // namespace
 
 void addService(FieldLines& fields, int size, bool isReply) {
-    const int end = fields.left() - size;  // what is left of the message behind the service
+    const int end = fields.left() - size;  // what is left of the message after the service
     if (size <= 0) {
         return;
     }

@@ -28,7 +28,7 @@ class ClearedRecord : public testing::Test {
     }
     ~ClearedRecord() override { DeleteSession(session); }
 
-    /// The record behind a call that succeeds without a word to the target.
+    /// The record after a call that succeeds without a word to the target.
     void expectClear(const char* name, const std::function<void()>& call) {
         CIPERROR(CIP_ERR_AB, 5, 7);
         call();

@@ -263,7 +263,7 @@ const Good kGood[] = {
     {"CC 00 00 00 DA 00 02 48 65 6C 6C 6F", 0xDA, 2, 5, 2, "48 65 6C 6C 6F"},
     {"CC 00 00 00 DA 00 00", 0xDA, 1, 0, 0, ""},
     {"CC 00 00 00 DA 00 00 41 42", 0xDA, 1, 2, 0, "41 42"},
-    // bytes left over behind the last whole element
+    // bytes left over after the last whole element
     {"CC 00 00 00 C3 00 01 00 02", 0xC3, 1, 3, 2, "01 00 02"},
     {"CC 00 00 00 C4 00 01 00 00 00 02", 0xC4, 1, 5, 4, "01 00 00 00 02"},
     {"CC 00 00 00 C4 00 01 00 00 00 02 00 00 00 03 00 00", 0xC4, 2, 11, 4,

@@ -25,7 +25,7 @@ std::string built(int (*build)(unsigned char*, const char*), const std::string& 
 
 struct Row {
     const char* text;
-    const char* binary;  ///< logical binary address behind its length byte
+    const char* binary;  ///< logical binary address after its length byte
     const char* fields;  ///< file number, file type, element, sub-element
     int bit;
 };

@@ -12,7 +12,7 @@
 /// `at` is the offset of the first byte that differs (or the size the reply was cut to).
 typedef std::function<void(const Bytes& variant, size_t at)> VariantUser;
 
-/// The reply cut behind every byte from the header on.
+/// The reply cut after every byte from the header on.
 void forEachCut(const Bytes& whole, const VariantUser& use);
 
 /// Every byte in turn set to each of some 12 values: ends of the ranges, neighbours, other bits.

@@ -35,7 +35,7 @@ Bytes unconnectedReply(uint32_t sessionHandle, const std::string& messageRouter)
 Bytes connectedReply(uint32_t sessionHandle, unsigned char sequenceCount,
                      const std::string& messageRouter);
 
-/// The same bytes cut behind `size`, with the length field counting what is left: what a transport
+/// The same bytes cut after `size`, with the length field counting what is left: what a transport
 /// hands out when the sender's own length was short.
 Bytes cutMessage(const Bytes& whole, size_t size);
 

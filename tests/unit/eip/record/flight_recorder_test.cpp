@@ -146,7 +146,7 @@ TEST_F(FlightRecorderOn, AnErrorTextIsWrittenOnce) {
     EXPECT_TRUE(written.at(1).endsWith("-error-text.pcapng"));
 }
 
-/// The operator's text for a lost connection is the reason of the loss behind the address.
+/// The operator's text for a lost connection is the reason of the loss after the address.
 TEST_F(FlightRecorderOn, TheTextOfALossIsNoFurtherReason) {
     recorder->lost("Internal: receive timeout");
     recorder->errorText("read A> Internal: receive timeout");
@@ -158,7 +158,7 @@ TEST_F(FlightRecorderOn, TheTextOfALossIsNoFurtherReason) {
     EXPECT_TRUE(written.at(1).endsWith("-end.pcapng"));
 }
 
-/// A controller that refuses every connection at once, thousands of times a second.
+/// A controller that refuses every connection at once, thousands of times per second.
 TEST_F(FlightRecorderOn, FailedConnectsDoNotPushTheRestOut) {
     recorder->asked("read", "DINT0:A");
     for (int i = 0; i < 100000; ++i) {

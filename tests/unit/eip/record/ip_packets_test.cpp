@@ -34,7 +34,7 @@ TEST(IpPackets, Tcp) {
               text(packet));
 }
 
-// An odd number of data bytes counts as if a zero byte came behind it.
+// An odd number of data bytes counts as if a zero byte came after it.
 // IPv4: as above with 29: 24932 -> 4934, b6cb.
 // TCP:  c000+0202+c000+0201+0006+0015 = 1841e; af12+c000+0000+0007+0000+0009+5012+ffff = 2bf33;
 //       0100; together 44451 -> 4455, bbaa.

@@ -51,7 +51,7 @@ QByteArray packet(quint32 micros, const QByteArray& bytes,
     return block(6, number(0) + number(0) + number(micros) + size + size + padded(bytes) + options);
 }
 
-/// An encapsulated message with `size` bytes behind its header.
+/// An encapsulated message with `size` bytes after its header.
 QByteArray message(char command, int size) {
     return QByteArray(1, command) + QByteArray(1, '\0') + QByteArray(1, char(size)) +
            QByteArray(21, '\0') + QByteArray(size, 'x');

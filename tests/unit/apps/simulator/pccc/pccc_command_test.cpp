@@ -238,7 +238,7 @@ TEST_F(PcccCommands, WriteWithThreeAddressFields) {
     EXPECT_EQ(hexText("0000803F 00000040"), bytes(8, 0, 8));
 }
 
-// The mask stands behind the address.
+// The mask follows the address.
 TEST_F(PcccCommands, WriteWithMask) {
     EXPECT_EQ("00", answer("AB 02 03 85 02 00 0F00 FAFF"));
     EXPECT_EQ(hexText("0000 2A00 0000"), bytes(3, 2, 6));

@@ -11,7 +11,7 @@ using sim::findType;
 using sim::Tag;
 using sim::TagTable;
 
-/// The tag of this type that comes behind `before` other elements.
+/// The tag of this type that comes after `before` other elements.
 Tag* addBehind(TagTable& table, uint32_t before, const char* type) {
     table.add(Tag("FIRST", *findType(QString("BOOL")), {{1, before}}));
     return table.add(Tag("A", *findType(QString(type)), {{0, 1}}));

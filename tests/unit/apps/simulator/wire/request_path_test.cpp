@@ -68,15 +68,15 @@ TEST(RequestPath, RefusesAnythingElse) {
         "91 01 41 00 29 01 01 00",  // pad not 0
         "91 01 41 00 2A 00 01 00 00",
         "91 01 41 00 2B 00 01 00",
-        "91 01 41 00 20 06",  // a class behind a name
-        "20 06 91 01 41 00",  // a name behind a class
+        "91 01 41 00 20 06",  // a class after a name
+        "20 06 91 01 41 00",  // a name after a class
         "24 01",
         "20 06 24 01 24 01",
         "20 06 20 06",
         "30 01",  // an attribute of nothing
         "91 01 41 00 30 01",
         "20 01 24 01 30 07 30 07",
-        "20 01 30 07 24 01",  // an instance behind an attribute
+        "20 01 30 07 24 01",  // an instance after an attribute
         "20 01 24 01 31 00 07",
         "20",
         "21 00 06",

@@ -7,7 +7,7 @@
 
 namespace {
 
-/// The lines of a message behind the encapsulation header's six.
+/// The lines of a message after the encapsulation header's six.
 QStringList bodyLines(const QByteArray& message, bool isReply) {
     return frameText(message, isReply).mid(7);
 }
