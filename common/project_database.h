@@ -19,14 +19,14 @@ struct LinkIdStationId {
 bool GetLinkIdAndDefaultStationId(const QString& connection, int hmiPort, int& linkId,
                                   unsigned char& stationId);
 
-/// Appends the default nodes of link `linkId`. Returns whether `out` holds an entry afterwards;
+/// Appends the default nodes of link `linkId`. Returns whether `out` contains an entry afterwards;
 /// entries that were in it before count too.
 bool GetLinkIdAndDefaultStationId(const QString& connection, int linkId,
                                   QList<LinkIdStationId>& out);
 
 /// Appends the links at port `hmiPort` whose default node has this IP address and TCP port.
-/// `ip` goes into the query's text as it stands, without escaping: it is the project's own
-/// setting, never an operator's input. Returns whether `out` holds an entry afterwards.
+/// `ip` goes into the query's text unchanged, without escaping: it is the project's own
+/// setting, never an operator's input. Returns whether `out` contains an entry afterwards.
 bool GetLinkIdAndDefaultStationId(const QString& connection, int hmiPort, const QString& ip,
                                   unsigned short port, QList<LinkIdStationId>& out);
 

@@ -24,7 +24,7 @@ class TxPackage {
     bool appendWord(quint16 value);
     /// Four bytes, least significant first.
     bool appendDWord(quint32 value);
-    /// The text's bytes as they stand, without a terminating zero.
+    /// The text's bytes unchanged, without a terminating zero.
     bool appendString(const QByteArray& text);
     /// The byte as two upper-case hexadecimal characters, high digit first.
     bool appendByte2Ascii(quint8 value);

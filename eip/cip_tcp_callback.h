@@ -80,7 +80,7 @@ class CipTcpCallback : public CipCallback {
     int recvServerPipe(int pipeIndex, char* buf, int len);
     /// Reads until the bytes end with a line feed, `len` bytes are in or nothing more is there.
     /// Returns the number of bytes, possibly several lines; the text is not terminated. `gotLF`
-    /// (may be null) tells whether the last byte is a line feed.
+    /// (may be null) shows whether the last byte is a line feed.
     int recvServerPipeUntilLF(int pipeIndex, char* buf, int len, bool* gotLF);
     /// Like recvServerPipeUntilLF() but takes no byte after the first line feed: later lines
     /// stay in the pipe. What has no line feed yet is taken out and lost, and so is a line longer

@@ -50,7 +50,7 @@ class LgxReadCmd {
 //
 // Each writes one line into `dst`, which has room for `n` bytes, and a terminator after it.
 // Returns the number of characters without the terminator, or -1 when the line with its
-// terminator does not fit; then `dst` holds no line. Texts go out as Latin-1.
+// terminator does not fit; then `dst` contains no line. Texts go out as Latin-1.
 //
 // A name, an address or an index text with a control character (below 0x20) gives -1 too: it
 // would break the line apart. In an error text such a character becomes a blank.

@@ -6,7 +6,7 @@
 
 // Texts for error numbers. All functions are free of state and may be called from any thread; the
 // texts returned are constant and live for ever (a system error's text: until the thread's next
-// strerror). They reach operators as they stand: do not correct their spelling.
+// strerror). They reach operators unchanged: do not correct their spelling.
 
 /// Long text of any error, `type` as in CipErrorType. An unknown type gives "Unknow Error type".
 const char* CIPGetErrMsg(int32_t type, int32_t number, int32_t extended);

@@ -19,7 +19,7 @@ enum CpfItemType : uint16_t {
     CPF_SEQUENCED_ADDRESS = 0x8002
 };
 
-/// Head of an item as it stands on the wire; `length` bytes follow it.
+/// Head of an item as on the wire; `length` bytes follow it.
 struct _Eip_Item {
     unsigned char type[2];
     unsigned char length[2];

@@ -18,7 +18,7 @@ struct CpfView {
     bool broken;               ///< something announced is not whole inside the reply
 };
 
-/// Looks at a reply that holds 24 + length bytes. Null is allowed. Records nothing.
+/// Looks at a reply that contains 24 + length bytes. Null is allowed. Records nothing.
 CpfView viewItems(const _Encap_Header* reply);
 
 /// The bytes after an item's head.

@@ -74,7 +74,7 @@ LgxProgress LgxTagRead::acceptFirst(const _Eip_Item* item) {
     return LgxProgress::done;
 }
 
-/// The first reply says that it holds only a part.
+/// The first reply says that it contains only a part.
 LgxProgress LgxTagRead::begin(int type, const unsigned char* data, int size) {
     const int elementSize = _GetLGXDataSize(type);
     if (size < 1 || elementSize < 1) {

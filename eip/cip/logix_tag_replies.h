@@ -12,8 +12,8 @@ namespace cip {
 /// (0, -20, 0) for one inside a Multiple Service Packet, which nobody asked for.
 MRView singleReply(const _Eip_Item* item);
 
-/// The reply to a fragmented service; none with (0, -20, 0) when the item holds no whole reply to
-/// exactly that service.
+/// The reply to a fragmented service; none with (0, -20, 0) when the item contains no whole reply
+/// to exactly that service.
 MRView fragmentReply(const _Eip_Item* item, uint8_t service);
 
 /// Records (5, status word, extended status) when the status word is not 0; true when it is not.

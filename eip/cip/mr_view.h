@@ -18,7 +18,7 @@ struct MRView {
 /// Measures the `size` bytes at `bytes`, of which none is read before it is known to be there.
 MRView viewMR(const unsigned char* bytes, int size);
 
-/// The reply inside a data item that holds 4 + its length field bytes: after the head (0x00B2),
+/// The reply inside a data item that contains 4 + its length field bytes: after the head (0x00B2),
 /// the sequence count (0x00B1) or the socket address (0x8000). Null is allowed.
 MRView viewMRItem(const _Eip_Item* item);
 

@@ -12,7 +12,7 @@
 
 /// The path of a whole name such as Udt.Member[3,70000].Low. A missing ']' counts as standing at
 /// the end. An empty name gives 0 bytes. -1 with (0, -31, 0) for a name with a part that
-/// _BuildIOIString refuses; the buffer then holds the segments before that part.
+/// _BuildIOIString refuses; the buffer then contains the segments before that part.
 int _BuildIOI(unsigned char* buffer, const char* tagName);
 
 /// One name segment: 0x91, n, n bytes, a zero byte when n is odd. n is the shorter of the text's

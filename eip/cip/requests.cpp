@@ -64,7 +64,7 @@ cip::MallocPtr<_Encap_Header> buildRequest(_Eip_Session* session, _Eip_Item* add
     return request;
 }
 
-/// A request that only has to be sent; null with the error traced as _SendData has it.
+/// A request that is ready to be sent; null with the error traced as _SendData has it.
 cip::MallocPtr<_Encap_Header> buildCommand(_Eip_Session* session, uint16_t command,
                                            _Eip_Item* addressItem, const void* addressData,
                                            _Eip_Item* dataItem, const void* data) {

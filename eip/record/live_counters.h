@@ -62,7 +62,7 @@ class LiveCounters {
 };
 
 /// The CIP general status of an encapsulated reply, or one of the two numbers of LiveCounters.
-/// `reply` holds 24 + its length field bytes. Any thread.
+/// `reply` contains 24 + its length field bytes. Any thread.
 int statusOfReply(const _Encap_Header* reply);
 
 #endif

@@ -31,7 +31,7 @@ class RecordLog {
     /// From now on records belong to the next TCP connection.
     void nextConnection();
     /// Asks for a recording. It is made at once, or later when the last one is too young or is
-    /// still being written; of several that have to wait the first gives its reason.
+    /// still being written; of several that must wait the first gives its reason.
     void trigger(const std::string& why, const std::string& detail);
     /// The same for a thread of low priority: leaves the copy to a thread that records, or to
     /// next() when nothing is recorded.
@@ -80,7 +80,7 @@ class RecordLog {
     CopyState state;
     Reason reason;  ///< of the copy
     RecordTime copied;
-    Reason pending;  ///< of a recording that has to wait; empty without one
+    Reason pending;  ///< of a recording that must wait; empty without one
     bool wanted;     ///< the next append() is to make the copy
     bool ending;
     bool unwritten;       ///< something came since the last copy

@@ -205,7 +205,7 @@ names_with_marks() {
     all_sources | code_only | grep -E ':[0-9]+:.*\b([a-z][A-Za-z0-9]*_|m_[A-Za-z0-9]+)\b' || :
 }
 
-# What a function gives back beside its result is a pointer and shows at the call. A buffer that is built up
+# What a function returns beside its result is a pointer and shows at the call. A buffer that is built up
 # comes first and is a reference, as a stream is.
 out_parameters_by_reference() {
     sources apps bench docs fuzz packaging tests | grep -v '^tests/lint/qt47/' | code_only |

@@ -7,7 +7,7 @@ unset CDPATH
 cd "$1"
 
 command -v shellcheck >/dev/null || { echo 'shellcheck is not installed' >&2; exit 1; }
-# The sample, which shellcheck has to find fault with, and only with that.
+# The sample, which shellcheck must find fault with, and only with that.
 # shellcheck disable=SC2016
 said=$(printf '#!/bin/sh\nrm $1\n' | shellcheck -f gcc -) && { echo 'self-test: a wrong script was taken' >&2; exit 1; }
 [ "$(echo "$said" | grep -c 'SC[0-9]')" = 1 ] || { echo "self-test: $said" >&2; exit 1; }

@@ -22,7 +22,7 @@ QStringList clockOptions(int controller, int count);
 /// Milliseconds of the monotonic clock.
 int64_t nowMs();
 
-/// Judges the values that a host is given. A value has to be the tag's own, of the controller that
+/// Judges the values that a host is given. A value must be the tag's own, of the controller that
 /// the driver is pointed at, not older than what the host has seen of that tag, and current at some
 /// time of the call; that of a polled tag may be older by what a pass and a lost request take.
 ///

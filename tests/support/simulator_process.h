@@ -55,7 +55,7 @@ class SimulatorProcess {
     /// Ends it at once, as a power cut would, though the system still closes its connections.
     void kill();
 
-    /// Sends a command line ("fault cut", "set A=1", "down", ...) and gives back the line that it
+    /// Sends a command line ("fault cut", "set A=1", "down", ...) and returns the line that it
     /// is answered with, "ok", "ok VALUES" or "error: REASON"; empty with the reason in error()
     /// when there is none in time.
     std::string command(const QString& line);

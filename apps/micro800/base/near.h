@@ -4,7 +4,7 @@
 #include <QString>
 #include <QStringList>
 
-/// How many characters have to be put in, taken out, replaced, or swapped with their neighbour to
+/// How many characters must be put in, taken out, replaced, or swapped with their neighbour to
 /// make one text of the other.
 int typingDistance(const QString& one, const QString& other);
 

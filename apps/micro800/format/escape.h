@@ -29,7 +29,7 @@ QString quotedText(const QString& text);
 QByteArray jsonText(const QJsonObject& object);
 
 /// One field of a CSV record (RFC 4180), always one line: backslashes doubled, then in double
-/// quotes where it holds a comma, a semicolon, a quote or a blank at an end. A text that a
+/// quotes where it contains a comma, a semicolon, a quote or a blank at an end. A text that a
 /// spreadsheet would compute, because it begins with = + - @, gets an apostrophe in front, and so
 /// does one that begins with an apostrophe; a reader takes one away. Not for numbers, which are
 /// what they are.

@@ -16,7 +16,7 @@
 ///   REAL, LREAL     the shortest text that gives the same bits again; inf, -inf and nan when the
 ///                   controller holds them. Only finite numbers are read from text.
 ///   STRING          in double quotes, escaped as quotedText() of format/escape.h does.
-///                   One byte per character (Latin-1). Text is read as it stands, without quotes.
+///                   One byte per character (Latin-1). Text is read unchanged, without quotes.
 
 /// How whole numbers are written.
 enum class NumberBase {

@@ -12,7 +12,7 @@
 /// The options that read, write and watch share.
 struct ConnectionOptions {
     Connection connection;
-    QString project;  ///< directory that holds the project; empty for an empty project
+    QString project;  ///< directory that contains the project; empty for an empty project
     QString plugin;   ///< plugin file; empty for the usual place
     QString record;   ///< where the driver is to record; empty for the environment's word
 };

@@ -33,7 +33,7 @@ PollCost costOf(const QVector<PollEntry>& entries) {
     return sum;
 }
 
-/// "[0..9,0..4]": bounds that hold all elements; each ends at the largest index.
+/// "[0..9,0..4]": bounds that contain all elements; each ends at the largest index.
 QString boundsOf(const QVector<PollEntry>& elements) {
     QVector<int> largest;
     for (const PollEntry& element : elements) {

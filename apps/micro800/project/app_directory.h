@@ -13,12 +13,12 @@
 /// by SIGKILL itself the directory stays behind.
 ///
 /// The copy knows what it is from an option before its arguments, which names a descriptor: a
-/// pipe that holds the directories, and the inputs that cannot be read again (base/input.h), and
+/// pipe that contains the directories, and the inputs that cannot be read again (base/input.h), and
 /// can be read once. It removes nothing.
 ///
 /// Where programs run under an emulator that the kernel does not know, the environment's
-/// MICRO800_EMULATOR holds the command that runs one, e.g. "qemu-arm-static -L /sysroot". The copy
-/// and what that command starts beside it do not see the variable.
+/// MICRO800_EMULATOR contains the command that runs one, e.g. "qemu-arm-static -L /sysroot". The
+/// copy and what that command starts beside it do not see the variable.
 
 /// To be called first in main(), when the QCoreApplication exists. In the copy it takes its option
 /// out of the arguments; in any other process it does nothing. False when this process was told to

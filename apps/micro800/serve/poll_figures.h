@@ -18,7 +18,7 @@ class PollFigures {
     void noteFailure(const QString& problem, qint64 now);
     void noteWrite(bool ok) { ++(ok ? writes : failedWrites); }
     /// What a driver has counted so far (docs/architecture.md). True when the connection has come
-    /// or gone with it: of several drivers all have to be connected.
+    /// or gone with it: of several drivers all must be connected.
     bool noteDriver(int driver, const QVariantMap& counters, qint64 now);
 
     qint64 goodReads() const { return reads; }

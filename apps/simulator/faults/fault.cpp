@@ -19,7 +19,7 @@ struct FaultName {
     FaultKind kind;
     FaultScope scope;
     Radix radix;
-    int64_t first;   ///< default of the first parameter, kNoParameter when it has to be given
+    int64_t first;   ///< default of the first parameter, kNoParameter when it must be given
     int64_t second;  ///< of the second, kNoParameter when there is none
     const char* help;
 };

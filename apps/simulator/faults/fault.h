@@ -57,7 +57,7 @@ struct Fault {
     int64_t parameter = kNoParameter;
     int64_t parameter2 = kNoParameter;
     uint64_t from = 1;   ///< first request that it strikes, counted from 1
-    uint64_t times = 0;  ///< how many it strikes, 0 for all from then on
+    uint64_t times = 0;  ///< how many it strikes, 0 for all after that
     uint64_t seen = 0;   ///< requests of its scope so far
     std::string text;    ///< as it was given
 };

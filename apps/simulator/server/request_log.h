@@ -30,7 +30,7 @@ class RequestLog {
 };
 
 /// The line that write() appends, without its line feed; `ms` since 1970. `delivery` says what goes
-/// out instead of the reply as it stands, null when nothing strikes it.
+/// out instead of the reply unchanged, null when nothing strikes it.
 std::string requestLogLine(double ms, const std::string& peer, const Exchange& exchange,
                            const Delivery* delivery);
 

@@ -17,7 +17,7 @@ struct CliResult {
     QByteArray err;
 };
 
-/// How long a test waits for what has to come: enough for a sanitizer's build on a busy machine.
+/// How long a test waits for what must come: enough for a sanitizer's build on a busy machine.
 const int kCliWaitMs = 60000;
 
 /// The words that run `program`: itself, after the emulator's command where the test itself runs

@@ -227,7 +227,7 @@ TEST_F(CliRestore, OnATerminalTheUserDecides) {
 TEST_F(CliRestore, WhatDidNotTakeIsListed) {
     startController({"--tag", "A:DINT=7", "--tag", "B:DINT=7", "--tag", "C:INT=7"});
     save({"DINT0:A", "DINT0:B", "INT0:C"});
-    // Here B gives back its ordinal beside what was written, and C has another type.
+    // Here B returns its ordinal beside what was written, and C has another type.
     startController({"--tag", "A:DINT=0", "--tag", "B:DINT=0", "--tag", "C:DINT=0", "--oracle"});
     const CliResult result = restore({"--yes", "--retry", "0"});
     EXPECT_TRUE(result.err.contains("INT0:C is not compared: ") ||

@@ -64,7 +64,7 @@ class DirectTransport : public testing::Test {
         }
         return numbers;
     }
-    /// Reads what cannot be read and gives back "type number extended" of the error.
+    /// Reads what cannot be read and returns "type number extended" of the error.
     std::string failure() {
         EXPECT_EQ(Numbers(), read("COUNTER"));
         return std::to_string(cip_err_type()) + ' ' + std::to_string(cip_errno()) + ' ' +

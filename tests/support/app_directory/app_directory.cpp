@@ -31,7 +31,7 @@ std::string ownPath() {
 }
 
 /// Replaces this process; only returns when that is impossible. Where programs run under an
-/// emulator that the kernel does not know, MICRO800_EMULATOR holds its command.
+/// emulator that the kernel does not know, MICRO800_EMULATOR contains its command.
 void execute(const std::string& program, char** argv) {
     const QByteArray emulator = qgetenv("MICRO800_EMULATOR");
     if (emulator.isEmpty()) {

@@ -250,7 +250,7 @@ TEST_F(Receiver, AnswersAReadOfACachedNameAtOnce) {
     EXPECT_EQ("02\t0002\t2a00ff\n", client.answer(1));
     serve("02\t0003\tE\t1\n");
     EXPECT_EQ("02\t0003\t00\n", client.answer(0));
-    // The name as it stands, not the key made of name and count.
+    // The name unchanged, not the key made of name and count.
     receiver.cacheInsert("B_1", QByteArray("x"));
     serve("02\t0004\tB\t1\n");
     EXPECT_EQ("", client.answer(0));

@@ -39,7 +39,7 @@ struct TagCheck {
 ///
 /// A tag or an element takes one, when the answer is good. A declared array takes one for its first
 /// and its last element each, one for the element beyond each of its upper bounds and before each
-/// lower bound above 0, which have to be refused, and one for the whole of it, as a panel polls it
+/// lower bound above 0, which must be refused, and one for the whole of it, as a panel polls it
 /// (not of a STRING). What is wrong may take some more to say what is right. No state between two
 /// checks.
 class TagChecker {

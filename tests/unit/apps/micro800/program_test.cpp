@@ -276,7 +276,7 @@ TEST(ProjectUsage, Refused) {
     EXPECT_FALSE(QFileInfo::exists(path));
 }
 
-/// The reply to a read holds 496 bytes of values.
+/// The reply to a read contains 496 bytes of values.
 TEST(ProjectCommand, WarnsOfArraysThatTakeSeveralRequests) {
     QTemporaryDir dir;
     const QString path = dir.path() + "/panel";

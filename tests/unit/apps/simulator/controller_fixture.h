@@ -11,7 +11,7 @@
 #include "apps/simulator/tags/tag_text.h"
 #include "unit/apps/simulator/hex.h"
 
-// Requests as they stand on the wire; "S" marks four bytes for the session, "C" for the connection.
+// Requests as on the wire; "S" marks four bytes for the session, "C" for the connection.
 
 const char kRegister[] = "6500 0400 00000000 00000000 A1A2A3A4A5A6A7A8 00000000 0100 0000";
 // Class 3, path to the message router, multiplier 2, RPI 2 s.
@@ -72,7 +72,7 @@ class ControllerTest : public testing::Test {
         return hex(plain);
     }
 
-    /// The reply in hexadecimal, empty for none. The bytes have to stay as long as exchange is
+    /// The reply in hexadecimal, empty for none. The bytes must stay as long as exchange is
     /// used.
     std::string serve(const std::string& text) {
         request = frame(text);

@@ -1,5 +1,5 @@
 // Requests with any bytes: whatever arrives, the controller answers with a whole frame or not at
-// all. The address sanitizer tells whether it read past their end.
+// all. The address sanitizer shows whether it read past their end.
 
 #include <random>
 

@@ -9,7 +9,7 @@
 /// A bare socket that sends bytes written out by hand. Every wait has a limit.
 class WireClient {
  public:
-    /// Connects to loopback; isOpen() tells whether it did.
+    /// Connects to loopback; isOpen() shows whether it did.
     explicit WireClient(uint16_t port);
     ~WireClient() { close(); }
     WireClient(const WireClient&) = delete;

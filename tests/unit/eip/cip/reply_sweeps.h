@@ -7,7 +7,7 @@
 #include "unit/eip/cip/wire_bytes.h"
 
 // What a hostile or broken sender could make of a valid reply. As a transport guarantees, each
-// variant holds 24 bytes and as many more as its length field counts.
+// variant contains 24 bytes and as many more as its length field counts.
 
 /// `at` is the offset of the first byte that differs (or the size the reply was cut to).
 typedef std::function<void(const Bytes& variant, size_t at)> VariantUser;

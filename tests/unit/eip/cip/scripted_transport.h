@@ -51,7 +51,7 @@ class ReplyBuffer {
     ReplyBuffer& operator=(const ReplyBuffer&) = delete;
 
     const _Encap_Header* header() const { return static_cast<const _Encap_Header*>(memory); }
-    /// For buffers that hold an item or a message-router reply.
+    /// For buffers that contain an item or a message-router reply.
     template <typename T>
     const T* as() const {
         return static_cast<const T*>(memory);

@@ -8,7 +8,7 @@
 
 #include "eip/cip/cip_error.h"
 
-/// Bytes as they stand on the wire.
+/// Bytes as on the wire.
 typedef std::vector<unsigned char> Bytes;
 
 /// Bytes from hexadecimal text; blanks separate, '|' may stand between fields.
