@@ -50,6 +50,17 @@ TEST_F(Session, ListBeforeTheFirstReadIsDeliveredWithIt) {
     EXPECT_EQ(2, readDint(driver.get(), device.get(), "B"));
 }
 
+TEST_F(Session, PrefixesOfThreeLettersArePolledShorterOnesAreNot) {
+    start({"--tag", "A:INT=1", "--tag", "B:DINT=2"});
+    driver->setSessionCommand(Commands()
+                              << CommunicatorCommand(kUnitWord, 1, "INT0:A")
+                              << CommunicatorCommand(kUnitWord, 1, "NT0:B") << dint("C"));
+    EXPECT_EQ(QByteArray("\1\0", 2), read("INT0:A", kUnitWord));
+    EXPECT_TRUE(polled("C"));
+    EXPECT_TRUE(polled("A"));
+    EXPECT_EQ(0, simulator->countRequests("B"));
+}
+
 TEST_F(Session, LastPendingListWins) {
     start({"--tag", "A:DINT=1", "--tag", "B:DINT=2"});
     driver->setSessionCommand(Commands() << dint("A"));

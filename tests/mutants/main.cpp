@@ -2,7 +2,7 @@
 // notices.
 //
 //   mutate --root TREE --build FOLDER [--sample N] [--from K] [--seed S] [--jobs J] [--json FILE]
-//           [--id ID[,ID...]] [--list] [PATH...]
+//           [--id ID[,ID...]] [--quick] [--list] [PATH...]
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -33,6 +33,7 @@ struct Options {
     int from = 0;
     int jobs = 1;
     bool list = false;
+    bool quick = false;
 };
 
 Options optionsOf(const QCoreApplication& app) {
@@ -47,6 +48,7 @@ Options optionsOf(const QCoreApplication& app) {
                         QString::number(std::thread::hardware_concurrency())},
                        {"json", "Where to write the results.", "file"},
                        {"id", "Only these, with commas in between.", "ids"},
+                       {"quick", "Without the tests through the plugin file."},
                        {"list", "Only say what would be changed."}});
     parser.addPositionalArgument("path", "Files or folders; else the whole product.", "[PATH...]");
     parser.process(app);
@@ -61,6 +63,7 @@ Options optionsOf(const QCoreApplication& app) {
     options.from = parser.value("from").toInt();
     options.jobs = std::max(1, parser.value("jobs").toInt());
     options.list = parser.isSet("list");
+    options.quick = parser.isSet("quick");
     return options;
 }
 
@@ -138,10 +141,10 @@ class Sampling {
 };
 
 /// How long the programs take that the queue needs; false when one fails with nothing changed.
-bool measure(const BuildTree& build, const QList<Mutation>& queue,
+bool measure(const BuildTree& build, const QList<Mutation>& queue, bool quick,
              QHash<QString, double>* seconds) {
     for (const Mutation& mutation : queue) {
-        for (const TestProgram& program : programsFor(mutation.file)) {
+        for (const TestProgram& program : programsFor(mutation.file, quick)) {
             if (seconds->contains(program.target)) {
                 continue;
             }
@@ -166,13 +169,13 @@ int runSample(const Options& options, const QList<Mutation>& queue) {
         return 2;
     }
     QHash<QString, double> seconds;
-    if (!measure(build, queue.mid(0, options.sample), &seconds)) {
+    if (!measure(build, queue.mid(0, options.sample), options.quick, &seconds)) {
         return 2;
     }
     std::vector<Trial> trials;
     for (int i = 0; i < options.jobs; ++i) {
         trials.emplace_back(options.root, build, build.path() + QString("/trial-%1").arg(i),
-                            seconds);
+                            seconds, options.quick);
     }
     const Explanations explanations =
         readExplanations(options.root + "/tests/mutants/explained.txt");

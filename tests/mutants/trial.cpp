@@ -90,30 +90,36 @@ QString testCommand(const QString& file, const QString& filter) {
 
 }  // namespace
 
-QList<TestProgram> programsFor(const QString& file) {
-    QList<TestProgram> programs;
+QList<TestProgram> programsFor(const QString& file, bool quick) {
+    const bool recorder = file.startsWith("eip/record/") || file.endsWith("_record.cpp");
+    QString unit = "tests/unit_driver";
     if (file.startsWith("common/")) {
-        programs << TestProgram{"tests/unit_common", false};
+        unit = "tests/unit_common";
     } else if (file.startsWith("eip/cip/")) {
-        programs << TestProgram{"tests/unit_cip", false};
+        unit = "tests/unit_cip";
     } else if (file.startsWith("eip/record/")) {
-        programs << TestProgram{"tests/unit_record", false}
-                 << TestProgram{"tests/integration_record", true};
+        unit = "tests/unit_record";
     } else if (file.startsWith("eip/")) {
-        programs << TestProgram{"tests/unit_eip", false};
-    } else {
-        programs << TestProgram{"tests/unit_driver", false};
+        unit = "tests/unit_eip";
     }
+    QList<TestProgram> programs = {{unit, false}};
     if (!file.startsWith("eip/record/")) {
-        programs << TestProgram{"tests/integration_worker", false}
-                 << TestProgram{"tests/integration_driver", true};
+        programs << TestProgram{"tests/integration_worker", false};
+    }
+    if (!quick) {
+        programs << TestProgram{recorder ? "tests/integration_record" : "tests/integration_driver",
+                                true};
     }
     return programs;
 }
 
 Trial::Trial(const QString& root, const BuildTree& build, const QString& folder,
-             const QHash<QString, double>& seconds)
-    : root(root), build(build), folder(QDir(folder).absolutePath()), seconds(seconds) {
+             const QHash<QString, double>& seconds, bool quick)
+    : root(root),
+      build(build),
+      folder(QDir(folder).absolutePath()),
+      seconds(seconds),
+      quick(quick) {
     QDir().mkpath(this->folder);
 }
 
@@ -196,7 +202,7 @@ Result Trial::run(const Mutation& mutation) {
         result.outcome = Outcome::doesNotCompile;
         return result;
     }
-    for (const TestProgram& program : programsFor(mutation.file)) {
+    for (const TestProgram& program : programsFor(mutation.file, quick)) {
         if (!link(program, &result.by)) {
             result.outcome = Outcome::doesNotCompile;
             break;

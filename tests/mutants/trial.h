@@ -22,8 +22,9 @@ struct TestProgram {
     bool withPlugin;  ///< loads the plugin file; else it contains the product itself
 };
 
-/// The programs that see a change of the file, those that last come last.
-QList<TestProgram> programsFor(const QString& file);
+/// The programs that see a change of the file, those that last come last. `quick`: without those
+/// that load the plugin file.
+QList<TestProgram> programsFor(const QString& file, bool quick);
 
 /// Makes changed builds, one at a time in a folder of its own, and runs the tests with them. Tests
 /// stop at the first that fails, and a test counts as failed when it fails twice.
@@ -31,7 +32,7 @@ class Trial {
  public:
     /// `seconds`: how long each program takes with nothing changed.
     Trial(const QString& root, const BuildTree& build, const QString& folder,
-          const QHash<QString, double>& seconds);
+          const QHash<QString, double>& seconds, bool quick);
 
     Result run(const Mutation& mutation);
 
@@ -49,6 +50,7 @@ class Trial {
     const BuildTree& build;
     QString folder;
     QHash<QString, double> seconds;
+    bool quick;
 };
 
 #endif

@@ -44,6 +44,19 @@ TEST_F(Counters, OfADriverThatDidNothing) {
               QStringList(counters.keys()));
 }
 
+TEST_F(Counters, StatusesAreTwoHexadecimalDigits) {
+    Controller simulator({"--tag", "A:DINT[0..1]=1,2"});
+    TestDevice device(simulator.port(), 3000);
+    const std::unique_ptr<DriverInterface> driver = createDriver();
+    driver->read(&device, dint("A[9]"));
+    EXPECT_EQ(QString("read DINT0:A[9]> AB error: 01FFH, 2105H"), driver->getLastError());
+    const QVariantMap statuses = countersOf(driver.get()).value("answers_by_status").toMap();
+    EXPECT_EQ(1, statuses.value("FF").toLongLong());
+    EXPECT_EQ((QStringList() << "00"
+                             << "FF"),
+              QStringList(statuses.keys()));
+}
+
 TEST_F(Counters, ReadsAndTheirAnswers) {
     Controller simulator({"--tag", "D:DINT=42", "--delay", "20"});
     TestDevice device(simulator.port(), 3000);

@@ -52,6 +52,14 @@ TEST(LgxArrayDef, HugeBoundsAreCutNotOverflown) {
     EXPECT_EQ(-1, driver.strToValueOffset("0,1,0", def, 4));
 }
 
+TEST(LgxArrayDef, LargestIndexNamesAnElement) {
+    LgxArrayDef def;
+    DriverABMicro800Eth driver;
+    ASSERT_TRUE(driver.arrayDefFromStr("2147483640..2147483647", def));
+    EXPECT_EQ(28, driver.strToValueOffset("2147483647", def, 4));
+    EXPECT_EQ(-1, driver.strToValueOffset("2147483648", def, 4));
+}
+
 struct BadRange {
     const char* ranges;
     int dims;

@@ -11,9 +11,13 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <functional>
 #include <thread>
+
+#include "unit/eip/record/failing_link.h"
 
 namespace {
 
@@ -51,6 +55,26 @@ class RecordFolderIn : public ::testing::Test {
     QTemporaryDir dir;
     std::string problem;
 };
+
+TEST_F(RecordFolderIn, WithoutHardLinksAFileStillGetsANameThatNoOtherHas) {
+    const FailingLink noLinks(EPERM);
+    RecordFolder folder(path());
+    ASSERT_TRUE(writeOne(&folder, "a", &problem, 10)) << problem;
+    ASSERT_TRUE(writeOne(&folder, "a", &problem, 20)) << problem;
+    EXPECT_EQ(QStringList({"20231114-221320-a-2.pcapng", "20231114-221320-a.pcapng"}), names());
+    EXPECT_EQ(10, QFileInfo(dir.path() + "/20231114-221320-a.pcapng").size());
+    EXPECT_EQ(20, QFileInfo(dir.path() + "/20231114-221320-a-2.pcapng").size());
+}
+
+TEST_F(RecordFolderIn, AFullDiskIsSaidAndNothingStays) {
+    for (const int error : {ENOSPC, EROFS}) {
+        const FailingLink full(error);
+        RecordFolder folder(path());
+        EXPECT_FALSE(writeOne(&folder, "a", &problem)) << error;
+        EXPECT_EQ("can not finish a recording in " + path() + "/: " + strerror(error), problem);
+        EXPECT_EQ(QStringList(), names()) << error;
+    }
+}
 
 TEST_F(RecordFolderIn, NamesAreTimeAndReason) {
     RecordFolder folder(path());

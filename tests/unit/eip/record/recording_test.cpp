@@ -115,6 +115,7 @@ TEST_F(RecordingOf, AnEventIsACommentBesideTheConversation) {
     add(kRecordReceived, "answer", 3);
     ASSERT_EQ(3, file().packets.size());
     EXPECT_EQ(17, capture.packets.at(1).protocol);
+    EXPECT_EQ(9, capture.packets.at(1).fromPort) << "discard, RFC 863";
     EXPECT_EQ(QString("error text: x"), capture.packets.at(1).comment);
     EXPECT_EQ(QByteArray(), capture.packets.at(1).payload);
     EXPECT_TRUE(capture.packets.at(1).checksumsHold);
