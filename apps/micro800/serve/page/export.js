@@ -2,7 +2,7 @@
 
 import { byId } from './format.js';
 import { fetchHistory } from './history.js';
-import { styleOf } from './trend.js';
+import { styleOf } from './series_style.js';
 
 const kLineEnd = '\r\n';
 

@@ -10,6 +10,7 @@ set(page_files
   history.js
   legend.js
   pointer.js
+  series_style.js
   sparkline.js
   status.js
   stream.js

@@ -1,7 +1,7 @@
 // The table below the chart: each series with its line, its value at the cursor, its axis.
 
 import { byId, clockText, make, numberText, setText } from './format.js';
-import { styleOf } from './trend.js';
+import { styleOf } from './series_style.js';
 import { valueText } from './tags.js';
 
 function swatch(place) {

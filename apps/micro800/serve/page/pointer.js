@@ -1,77 +1,97 @@
-// What mouse, fingers and keys do to the chart's window of time.
+// What mouse, fingers and keys do to the chart's window of time. The `view` has move(share), zoom(factor, at),
+// select(from, to), live() and cursor(steps); shares are parts of the plot's width.
 
 const kWheelStep = 1.2;
+const kLeastRange = 0.01;
 
-/** The share of the plot's width at which an event happened. */
-function shareOf(event, plot) {
-    const { left, width } = plot();
-    return (event.clientX - left) / width;
-}
+/** Mouse and fingers on the chart's frame. */
+export class Pointer {
+    /** `range` is the element that shows the range to zoom to; `plot()` gives left, width and inset of the plot. */
+    constructor(frame, range, plot, view) {
+        this.frame = frame;
+        this.range = range;
+        this.plot = plot;
+        this.view = view;
+        this.fingers = new Map();  // where each of them was last
+        this.rangeFrom = null;     // where the range begins, while one is drawn
+        frame.addEventListener('pointerdown', (event) => this.down(event));
+        frame.addEventListener('pointermove', (event) => this.move(event));
+        frame.addEventListener('pointerup', (event) => this.up(event));
+        frame.addEventListener('pointercancel', (event) => this.release(event));
+        frame.addEventListener('dblclick', () => view.live());
+        frame.addEventListener('wheel', (event) => this.wheel(event), { passive: false });
+    }
 
-/**
- * Wires a frame. `plot()` gives left and width of the plot in the page; `view` has move(shares), zoom(factor, at),
- * select(from, to), live(), cursor(steps); shares are parts of the width.
- */
-export function watchPointer(frame, range, plot, view) {
-    const fingers = new Map();
-    let start = null;
+    shareOf(event) {
+        const { left, width } = this.plot();
+        return (event.clientX - left) / width;
+    }
 
-    const showRange = (from, to) => {
-        const { width, inset } = plot();
-        range.hidden = false;
-        range.style.left = `${inset + Math.min(from, to) * width}px`;
-        range.style.width = `${Math.abs(to - from) * width}px`;
-    };
-    const spread = () => {
-        const [a, b] = [...fingers.values()];
-        return Math.max(0.01, Math.abs(a - b));
-    };
-
-    frame.addEventListener('pointerdown', (event) => {
+    down(event) {
         if (event.button !== 0) {
             return;
         }
-        fingers.set(event.pointerId, shareOf(event, plot));
-        frame.setPointerCapture(event.pointerId);
-        start = { share: shareOf(event, plot), isRange: event.shiftKey };
-    });
-    frame.addEventListener('pointermove', (event) => {
-        if (!start || !fingers.has(event.pointerId)) {
+        const share = this.shareOf(event);
+        this.fingers.set(event.pointerId, share);
+        this.frame.setPointerCapture(event.pointerId);
+        this.rangeFrom = event.shiftKey ? share : null;
+    }
+
+    move(event) {
+        const before = this.fingers.get(event.pointerId);
+        if (before === undefined) {
             return;
         }
-        const share = shareOf(event, plot);
-        if (fingers.size === 2) {
-            const before = spread();
-            fingers.set(event.pointerId, share);
-            const [a, b] = [...fingers.values()];
-            view.zoom(before / spread(), (a + b) / 2);
-        } else if (start.isRange) {
-            showRange(start.share, share);
+        const share = this.shareOf(event);
+        if (this.rangeFrom !== null) {
+            this.showRange(share);
+        } else if (this.fingers.size === 2) {
+            this.pinch(event.pointerId, share);
         } else {
-            view.move(fingers.get(event.pointerId) - share);
-            fingers.set(event.pointerId, share);
+            this.fingers.set(event.pointerId, share);
+            this.view.move(before - share);
         }
-    });
-    const end = (event) => {
-        if (start && start.isRange && event.type === 'pointerup') {
-            const share = shareOf(event, plot);
-            if (Math.abs(share - start.share) > 0.01) {
-                view.select(Math.min(start.share, share), Math.max(start.share, share));
-            }
+    }
+
+    pinch(finger, share) {
+        const spread = () => {
+            const [a, b] = [...this.fingers.values()];
+            return Math.max(kLeastRange, Math.abs(a - b));
+        };
+        const before = spread();
+        this.fingers.set(finger, share);
+        const [a, b] = [...this.fingers.values()];
+        this.view.zoom(before / spread(), (a + b) / 2);
+    }
+
+    showRange(share) {
+        const { width, inset } = this.plot();
+        this.range.hidden = false;
+        this.range.style.left = `${inset + Math.min(this.rangeFrom, share) * width}px`;
+        this.range.style.width = `${Math.abs(share - this.rangeFrom) * width}px`;
+    }
+
+    up(event) {
+        const from = this.rangeFrom;
+        const share = this.shareOf(event);
+        this.release(event);
+        if (from !== null && Math.abs(share - from) > kLeastRange) {
+            this.view.select(Math.min(from, share), Math.max(from, share));
         }
-        range.hidden = true;
-        fingers.delete(event.pointerId);
-        start = fingers.size ? start : null;
-    };
-    frame.addEventListener('pointerup', end);
-    frame.addEventListener('pointercancel', end);
-    frame.addEventListener('dblclick', () => view.live());
-    frame.addEventListener('wheel', (event) => {
+    }
+
+    release(event) {
+        this.fingers.delete(event.pointerId);
+        this.rangeFrom = null;
+        this.range.hidden = true;
+    }
+
+    wheel(event) {
         if (event.ctrlKey) {
             event.preventDefault();
-            view.zoom(event.deltaY > 0 ? kWheelStep : 1 / kWheelStep, shareOf(event, plot));
+            this.view.zoom(event.deltaY > 0 ? kWheelStep : 1 / kWheelStep, this.shareOf(event));
         }
-    }, { passive: false });
+    }
 }
 
 /** Wires the keys; the chart's caption names them. */

@@ -4,9 +4,9 @@ import { chartRows, chooseAxes } from './chart_data.js';
 import { byId, clockText, momentText, numberText } from './format.js';
 import { Series } from './history.js';
 import { Legend } from './legend.js';
-import { watchKeys, watchPointer } from './pointer.js';
+import { Pointer, watchKeys } from './pointer.js';
+import { kMostSeries, styleOf } from './series_style.js';
 
-const kMostSeries = 8;
 const kShortestMs = 1000;
 const kPointsAsked = 1600;
 const kMostSteps = 500;
@@ -15,15 +15,7 @@ const kQuickMs = 250;
 const kSlowMs = 1000;
 const kQuickSpanMs = 120000;
 
-const kDashes = [null, [7, 3], [2, 2], [9, 3, 2, 3]];
-
 /* global Dygraph */
-
-/** How a series differs from the others: by its colour and by its dashes. */
-export function styleOf(place) {
-    const colour = getComputedStyle(document.body).getPropertyValue(`--series-${place % kMostSeries}`).trim();
-    return { colour, dash: kDashes[Math.floor(place / 2) % kDashes.length] };
-}
 
 /** A time on the axis: seconds only where they are not whole minutes. */
 function timeLabel(ms) {
@@ -63,7 +55,7 @@ export class Trend {
         byId('zoom-in').addEventListener('click', () => this.zoom(0.5, 0.5));
         byId('zoom-out').addEventListener('click', () => this.zoom(2, 0.5));
         byId('follow').addEventListener('click', () => (this.isFollowing ? this.hold() : this.live()));
-        watchPointer(this.frame, byId('range'), () => this.plot(), this);
+        this.pointer = new Pointer(this.frame, byId('range'), () => this.plot(), this);
         watchKeys(this.frame, this);
         this.frame.addEventListener('pointerleave', () => this.clearCursor());
         this.frame.addEventListener('blur', () => this.clearCursor());
