@@ -6,6 +6,7 @@
 #include <climits>
 #include <mutex>
 
+#include "common/clock.h"
 #include "common/device_setting.h"
 #include "common/driver_setting.h"
 #include "drivers/ab_micro800_ethernet/ab_micro800_ethernet.h"
@@ -37,8 +38,15 @@ const PrefixType kPrefixTypes[] = {
     {"DINT0", 0xC4},  {"REAL0", 0xCA}, {"LREAL0", 0xCB}, {"STRING0", 0xDA}, {"BOOL0", 0xC1},
 };
 
-/// How long the end of the process waits for a worker that is inside a connect or a request.
+/// How long the end of the process waits for all workers, which may be inside a connect or a
+/// request, and then for all recordings: they end beside each other.
 const unsigned long kExitWaitMs = 1000;
+
+/// What is left of it since that moment.
+unsigned long restOfExitWait(qint64 startMs) {
+    const qint64 elapsed = CurrentMSecsSinceBoot() - startMs;
+    return static_cast<unsigned long>(qMax<qint64>(0, qint64(kExitWaitMs) - elapsed));
+}
 
 /// All drivers of this process. A driver may be destroyed after the handlers of exit() have run, so
 /// neither of the two has a destructor.
@@ -147,11 +155,16 @@ void DriverABMicro800Eth::endLivingDrivers() {
             driver->worker->stop();
         }
     }
+    qint64 start = CurrentMSecsSinceBoot();
     for (DriverABMicro800Eth* driver = firstLiving; driver; driver = driver->nextLiving) {
         if (driver->worker) {
-            driver->worker->wait(kExitWaitMs);
+            driver->worker->wait(restOfExitWait(start));
         }
-        driver->recorder->end(kExitWaitMs);
+        driver->recorder->end(0);
+    }
+    start = CurrentMSecsSinceBoot();
+    for (DriverABMicro800Eth* driver = firstLiving; driver; driver = driver->nextLiving) {
+        driver->recorder->end(restOfExitWait(start));
         if (driver->connectionListed) {
             driver->closeDatabase();
         }

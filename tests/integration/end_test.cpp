@@ -4,7 +4,10 @@
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QPluginLoader>
 #include <QSqlDatabase>
@@ -112,6 +115,40 @@ TEST_F(End, LoadUseUnloadThreeTimes) {
         use(driver);
         EXPECT_TRUE(loader.unload());
     }
+}
+
+/// However many drivers there are: they stop beside each other. The handlers run in a child, whose
+/// end is timed.
+TEST_F(End, ManyDriversWaitTogether) {
+    const int kDrivers = 24;
+    const int kLongestMs = 12000;  // one after the other they would take 24 s
+    ASSERT_EQ("ok", globalController->command("fault silence"));
+    const TestDevice device(globalController->port(), 60000);
+    QElapsedTimer ending;
+    int pipe[2];
+    ASSERT_EQ(0, ::pipe(pipe));
+    const pid_t child = fork();
+    if (child == 0) {
+        for (int i = 0; i < kDrivers; ++i) {
+            DriverInterface* const driver = createDriver().release();
+            driver->setSessionCommand(QList<CommunicatorCommand>() << dint("D"));
+            TestDevice own = device;
+            driver->read(&own, CommunicatorCommand(7, 1, "DINT0:D"));
+        }
+        globalController.release();  // the parent ends it
+        // All of them wait for an answer that does not come.
+        const bool ready = write(pipe[1], "x", 1) == 1;
+        exit(ready ? 0 : 1);
+    }
+    char byte = 0;
+    ASSERT_EQ(1, ::read(pipe[0], &byte, 1));
+    ending.start();
+    int status = 0;
+    ASSERT_EQ(child, waitpid(child, &status, 0));
+    EXPECT_EQ(0, status);
+    EXPECT_LT(ending.elapsed(), kLongestMs);
+    close(pipe[0]);
+    close(pipe[1]);
 }
 
 /// The declarations are read once: afterwards Qt's list of connections is as it was before.
