@@ -9,6 +9,7 @@
 #include "eip/cip_tcp_callback.h"
 #include "eip/quick_answer.h"
 #include "eip/read_ahead.h"
+#include "eip/short_pause.h"
 
 class Countdown;
 class FlightRecorder;
@@ -36,6 +37,8 @@ class CipTcpCallback::Impl {
     /// Looks at the result of a read from a server end: one that can never be read again is
     /// watched no longer, since select() would report it for ever.
     void noteServerRead(int fd, ssize_t result);
+    bool pauseOnce(timeval time);
+    void pauseShortly(long micros);
 
     /// Makes a TCP socket on its way to the host; the reason of a failure in lastErrno.
     bool beginConnect(const char* host, unsigned short port, bool* established);
@@ -85,6 +88,7 @@ class CipTcpCallback::Impl {
     Pipe pipe0;
     Pipe pipe1;
     ReadAhead ahead;  ///< of the socket; empty when closed
+    ShortPause shortPause;
     fd_set readFds;   ///< server ends, and the socket while connected
     fd_set writeFds;  ///< the socket while connected
 

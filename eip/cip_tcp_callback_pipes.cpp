@@ -15,6 +15,7 @@ namespace {
 
 const unsigned long kFirstClientTimeoutMs = 1000;
 const unsigned int kFirstTxTimeoutMs = 1000;
+const unsigned long kMicros = 1000;  // of a millisecond
 
 /// The largest line is read, and thrown away, in one piece.
 const size_t kDiscardPiece = 4096;
@@ -160,17 +161,48 @@ bool CipTcpCallback::pipesOpened() const {
     return d->pipe0.server >= 0 && d->pipe1.server >= 0;
 }
 
+/// One wait for the pipes; true when a command ended it.
+bool CipTcpCallback::Impl::pauseOnce(timeval time) {
+    fd_set readable = readFds;
+    if (sock >= 0) {
+        FD_CLR(sock, &readable);
+    }
+    const int ready = select(maxFd + 1, &readable, 0, 0, &time);
+    if (ready > 0) {
+        servePipes(readable);
+    }
+    return ready != 0;
+}
+
+/// As long as `micros`, and hardly longer.
+void CipTcpCallback::Impl::pauseShortly(long micros) {
+    const QuickAnswer::Clock::time_point start = QuickAnswer::Clock::now();
+    long took = 0;
+    while (took < micros) {
+        const long asked = took == 0 ? shortPause.toAskFor(micros) : micros - took;
+        timeval time = timeval();
+        time.tv_usec = asked;
+        if (pauseOnce(time)) {
+            return;
+        }
+        const long before = took;
+        took =
+            std::chrono::duration_cast<std::chrono::microseconds>(QuickAnswer::Clock::now() - start)
+                .count();
+        if (before == 0) {
+            shortPause.note(asked, took);
+        }
+    }
+}
+
 void CipTcpCallback::sleep(unsigned long ms) {
     if (ms == 0) {
         return;
     }
-    fd_set readable = d->readFds;
-    if (d->sock >= 0) {
-        FD_CLR(d->sock, &readable);
-    }
-    timeval time = KTimevalFrom(ms);
-    if (select(d->maxFd + 1, &readable, 0, 0, &time) > 0) {
-        d->servePipes(readable);
+    if (ms <= ShortPause::kLongest / kMicros) {
+        d->pauseShortly(static_cast<long>(ms * kMicros));
+    } else {
+        d->pauseOnce(KTimevalFrom(ms));
     }
 }
 

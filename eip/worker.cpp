@@ -3,7 +3,6 @@
 #include <pthread.h>
 #include <signal.h>
 #include <stdlib.h>
-#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <QTime>
@@ -14,12 +13,8 @@
 #include "eip/cip/encapsulation.h"
 #include "eip/cip_plc_driver_callback.h"
 #include "eip/plc_connection.h"
+#include "eip/timer_slack.h"
 #include "eip/worker_impl.h"
-
-#ifndef PR_SET_TIMERSLACK
-// Linux's number, for headers before 2.6.28.
-#define PR_SET_TIMERSLACK 29
-#endif
 
 namespace {
 
@@ -27,7 +22,8 @@ namespace {
 /// leave does not meet that moment.
 const qint64 kIdleLimitMs = qint64(kPlcRpiMs) * (4 << kPlcTimeoutMultiplier) * 15 / 16;
 
-const unsigned long kTimerSlackNs = 1000;
+/// A host that reads one tag after the other gets there between two of its reads, and no further.
+const int kPunctualIdleRounds = 2;
 
 /// How long it may take over the Forward Close when the worker ends: its owner is waiting for the
 /// thread.
@@ -280,10 +276,19 @@ void EipWorker::run() {
         sigdelset(&all, fault);  // what this thread itself brings about
     }
     pthread_sigmask(SIG_BLOCK, &all, 0);
-    // The pause between two polls is a millisecond; the system's default lateness is a part of it.
-    // Linux before 2.6.28 refuses, and it stays.
-    prctl(PR_SET_TIMERSLACK, kTimerSlackNs);
+    TimerSlack slack;
+    int idleRounds = 0;
     while (!d->stop.load()) {
+        // The pause between two polls is a millisecond, and lateness would be a part of it. Who
+        // idles for longer is woken by a command at once; its pauses may be late.
+        if (!d->sessionHash.isEmpty() || hasDriverCommand()) {
+            idleRounds = 0;
+            slack.bePunctual();
+        } else if (idleRounds < kPunctualIdleRounds) {
+            ++idleRounds;
+        } else {
+            slack.beLenient();
+        }
         Served served;
         serveOneDriverCommand(&served);
         if (d->receiver->hasDriverSetSessionCmd()) {
