@@ -91,7 +91,6 @@ class HttpServer::Engine {
                             MHD_RequestTerminationCode code);
     static void onConnection(void* engine, MHD_Connection* connection, void** context,
                              MHD_ConnectionNotificationCode code);
-    static ssize_t onStream(void* link, uint64_t at, char* buffer, size_t most);
 
     MHD_Result takeHead(HttpLink* link, const char* method);
     MHD_Result takeBody(HttpLink* link, const char* bytes, size_t* size);
