@@ -3,9 +3,12 @@
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
+
+#include <chrono>
 
 namespace {
 
@@ -51,11 +54,17 @@ ScriptedController::ScriptedController(const Service& service)
     : ScriptedController(service, [](const QByteArray& answer) { return answer; }) {}
 
 ScriptedController::ScriptedController(const Service& service, const Distortion& distortion)
-    : connected(service),
-      asSent(distortion),
-      listener(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)),
-      tcpPort(0),
-      ended(false) {
+    : connected(service), asSent(distortion), listener(-1), tcpPort(0), ended(false) {
+    start();
+}
+
+ScriptedController::ScriptedController(const Script& everything)
+    : script(everything), listener(-1), tcpPort(0), ended(false) {
+    start();
+}
+
+void ScriptedController::start() {
+    listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_in address = sockaddr_in();
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -83,6 +92,8 @@ void ScriptedController::serve() {
         pollfd wait = {listener, POLLIN, 0};
         if (poll(&wait, 1, kLookMs) == 1) {
             const int client = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
+            const int on = 1;
+            (void)setsockopt(client, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
             serveClient(client);
             close(client);
         }
@@ -105,20 +116,43 @@ void ScriptedController::serveClient(int client) {
         while (pending.size() >= kHeaderSize && pending.size() >= kHeaderSize + word(pending, 2)) {
             const QByteArray request = pending.left(kHeaderSize + word(pending, 2));
             pending.remove(0, request.size());
-            const QByteArray answer = answerTo(request);
-            {
-                const std::lock_guard<std::mutex> lock(mutex);
-                commands << word(request, 0);
-            }
-            if (!answer.isEmpty()) {
-                (void)!send(client, answer.constData(), static_cast<size_t>(answer.size()),
-                            MSG_NOSIGNAL);
+            if (!answer(client, request)) {
+                return;
             }
         }
     }
 }
 
-QByteArray ScriptedController::answerTo(const QByteArray& request) const {
+/// False when the connection ends with it.
+bool ScriptedController::answer(int client, const QByteArray& request) {
+    const Answer answer = answerTo(request);
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        commands << word(request, 0);
+    }
+    for (int i = 0; i < answer.pieces.size(); ++i) {
+        if (i > 0 && answer.pauseUs > 0) {
+            std::this_thread::sleep_for(std::chrono::microseconds(answer.pauseUs));
+        }
+        const QByteArray& piece = answer.pieces.at(i);
+        (void)!send(client, piece.constData(), static_cast<size_t>(piece.size()), MSG_NOSIGNAL);
+    }
+    return !answer.hangsUp;
+}
+
+ScriptedController::Answer ScriptedController::answerTo(const QByteArray& request) const {
+    if (script.answer) {
+        return script.answer(request);
+    }
+    Answer answer;
+    const QByteArray own = ownAnswer(request);
+    if (!own.isEmpty()) {
+        answer.pieces << own;
+    }
+    return answer;
+}
+
+QByteArray ScriptedController::ownAnswer(const QByteArray& request) const {
     switch (word(request, 0)) {
         case kRegisterSession:
             return message(kRegisterSession, QByteArray::fromHex("11000000"),

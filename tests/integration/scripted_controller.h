@@ -18,8 +18,21 @@ class ScriptedController {
     /// What goes out instead of a whole encapsulated answer to a connected request.
     typedef std::function<QByteArray(const QByteArray& answer)> Distortion;
 
+    /// What follows one request of any kind: the pieces in turn, each by a send of its own with the
+    /// pause before the next; then, when it says so, the end of the connection.
+    struct Answer {
+        QList<QByteArray> pieces;
+        int pauseUs = 0;
+        bool hangsUp = false;
+    };
+    /// An answer to each whole encapsulated request, instead of what this class knows by itself.
+    struct Script {
+        std::function<Answer(const QByteArray& request)> answer;
+    };
+
     explicit ScriptedController(const Service& connected);
     ScriptedController(const Service& connected, const Distortion& asSent);
+    explicit ScriptedController(const Script& everything);
     ~ScriptedController();
     ScriptedController(const ScriptedController&) = delete;
     ScriptedController& operator=(const ScriptedController&) = delete;
@@ -29,13 +42,17 @@ class ScriptedController {
     int countRequests(int command) const;
 
  private:
+    void start();
     void serve();
     void serveClient(int client);
-    QByteArray answerTo(const QByteArray& request) const;
+    bool answer(int client, const QByteArray& request);
+    Answer answerTo(const QByteArray& request) const;
+    QByteArray ownAnswer(const QByteArray& request) const;
     QByteArray connectedAnswer(const QByteArray& request) const;
 
     const Service connected;
     const Distortion asSent;
+    const Script script;
     int listener;
     quint16 tcpPort;
     std::atomic<bool> ended;
