@@ -15,8 +15,6 @@ const int kRecoveryMs = 20000;
 /// The driver waits so long for its worker.
 const int kDriverWaitMs = 1000;
 
-const char kOtherAddress[] = "DINT0:OTHER";
-
 QByteArray said(const char* what, const QByteArray& value) {
     return QByteArray(what) + " [" + value.toHex() + ']';
 }

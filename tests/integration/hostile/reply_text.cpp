@@ -67,7 +67,7 @@ quint32 numberAt(const QByteArray& bytes, int at, int size) {
 
 QByteArray withNumber(QByteArray bytes, int at, int size, quint32 number) {
     for (int i = 0; i < size; ++i) {
-        bytes[at + i] = static_cast<char>(number >> 8 * i);
+        bytes[at + i] = static_cast<char>(quint64(number) >> 8 * i);
     }
     return bytes;
 }

@@ -36,7 +36,7 @@ struct ReplyText {
     QList<Echo> echoes;
 };
 
-/// The number in a field of up to four bytes, and how one is written there.
+/// The number in a field of up to four bytes, and how one is written into a field of up to eight.
 quint32 numberAt(const QByteArray& bytes, int at, int size);
 QByteArray withNumber(QByteArray bytes, int at, int size, quint32 number);
 
