@@ -102,6 +102,11 @@ void HostileController::breakConnection() {
     breaks = true;
 }
 
+bool HostileController::hasBroken() const {
+    const std::lock_guard<std::mutex> lock(mutex);
+    return !breaks;
+}
+
 HostileController::Met HostileController::met() const {
     const std::lock_guard<std::mutex> lock(mutex);
     return last;

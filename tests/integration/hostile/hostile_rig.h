@@ -23,6 +23,7 @@ class HostileController {
     /// The next tag request gets the answer to the one before it, upon which the driver gives the
     /// connection up.
     void breakConnection();
+    bool hasBroken() const;
 
     /// What an armed reply met; `served` is false while its message has not come.
     struct Met {
@@ -89,7 +90,6 @@ class HostileRig {
     HostileController controller;
     std::unique_ptr<TestDevice> device;
     std::unique_ptr<DriverInterface> driver;
-    bool isPatient;
     bool wasLate;  ///< something of the last case came to nothing for want of time
     bool taken;
     int longest;

@@ -26,7 +26,7 @@ const int kRigs = 6;
 /// Failures that are worth a line each.
 const int kShown = 20;
 /// An access answers within a second of waiting; a loaded machine gets much more.
-const int kGenerousMs = 10000;
+const int kGenerousMs = 30000;
 
 std::string text(const QByteArray& bytes) {
     return bytes.toStdString();
