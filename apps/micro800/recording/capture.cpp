@@ -20,6 +20,9 @@ const int kTimeAt = kBlockHead + 4;
 const int kOptionHead = 2 + 2;
 const quint16 kCommentOption = 1;
 
+/// The end of the year 9999: later times are no dates, and their distances no numbers.
+const quint64 kLastMicros = 253402300799999999;
+
 const int kIpHeader = 20;
 const int kTcpHeader = 20;
 const int kProtocolAt = 9;
@@ -112,8 +115,9 @@ class Parser {
         if (captured > quint32(block.size() - kPacketData - 4)) {
             return false;
         }
-        const qint64 micros = qint64(quint64(little<quint32>(block, kTimeAt)) << 32 |
-                                     little<quint32>(block, kTimeAt + 4));
+        const quint64 time =
+            quint64(little<quint32>(block, kTimeAt)) << 32 | little<quint32>(block, kTimeAt + 4);
+        const qint64 micros = qint64(std::min(time, kLastMicros));
         const int size = int(captured);
         const QString comment = commentOf(block, kPacketData + padded(size));
         if (!comment.isEmpty()) {

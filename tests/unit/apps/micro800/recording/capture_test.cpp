@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "apps/micro800/recording/story.h"
+
 namespace {
 
 QByteArray number(quint32 value) {
@@ -80,6 +82,24 @@ TEST(Capture, ReasonEventsAndMessages) {
     EXPECT_EQ(30, capture.entries.at(2).micros);
     EXPECT_EQ(reply, capture.entries.at(3).bytes);
     EXPECT_EQ(QByteArray("rest"), capture.entries.at(4).bytes);
+}
+
+/// A damaged time is one that a calendar has, and the time since the entry before is one as well.
+TEST(Capture, TimesBeyondEveryCalendar) {
+    QByteArray wild = packet(10, segment(true, message(0x65, 4)));
+    wild.replace(12, 8, QByteArray(4, '\xFF') + QByteArray(4, '\xFF'));
+    QByteArray wilder = wild;
+    wilder.replace(12, 4, QByteArray("\x00\x00\x00\x80", 4));
+    Capture capture;
+    QString problem;
+    ASSERT_TRUE(parseCapture(
+        section("why: dump") + packet(0, segment(true, message(0x66, 0))) + wild + wilder, &capture,
+        &problem));
+    ASSERT_EQ(3, capture.entries.size());
+    EXPECT_EQ(0, capture.entries.at(0).micros);
+    EXPECT_EQ(253402300799999999, capture.entries.at(1).micros);
+    EXPECT_EQ(253402300799999999, capture.entries.at(2).micros);
+    EXPECT_EQ(3, timeLines(capture).size());
 }
 
 /// Cut anywhere, and with any byte changed, it is refused or read; nothing is read past its end.
