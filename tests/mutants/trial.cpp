@@ -68,7 +68,7 @@ QString firstComplaint(const QString& out) {
 
 /// The test that failed; else the one that ran last, which did not come to its end.
 QString failedTestOf(const QString& out) {
-    static const QRegularExpression failed("\\[  FAILED  \\] (\\S+\\.\\S+) \\(");
+    static const QRegularExpression failed("\\[  FAILED  \\] ([^\\s,]+\\.[^\\s,]+)(,| \\()");
     static const QRegularExpression begun("\\[ RUN      \\] (\\S+\\.\\S+)");
     const QRegularExpressionMatch match = failed.match(out);
     if (match.hasMatch()) {

@@ -245,4 +245,31 @@ TEST(ExpandBitsToBytes, OneByteABit) {
     EXPECT_EQ(0, ExpandBitsToBytes(QByteArray(), 8).size());
 }
 
+TEST(BitsOfWords, EachBitAloneOfEachWidth) {
+    for (int bit = 0; bit < 32; ++bit) {
+        quint32 all = 0xFFFFFFFF;
+        clearBit(all, bit);
+        EXPECT_EQ(0xFFFFFFFF - (Q_UINT64_C(1) << bit), all) << bit;
+        quint32 alone = 1u << bit;
+        EXPECT_TRUE(getBit(alone, bit)) << bit;
+        clearBit(alone, bit);
+        EXPECT_EQ(0u, alone) << bit;
+        EXPECT_FALSE(getBit(alone, bit)) << bit;
+    }
+    for (int bit = 0; bit < 16; ++bit) {
+        quint16 alone = static_cast<quint16>(1u << bit);
+        EXPECT_TRUE(getBit(alone, bit)) << bit;
+        clearBit(alone, bit);
+        EXPECT_EQ(0u, alone) << bit;
+        EXPECT_FALSE(getBit(alone, bit)) << bit;
+    }
+    for (int bit = 0; bit < 8; ++bit) {
+        quint8 alone = static_cast<quint8>(1u << bit);
+        EXPECT_TRUE(getBit(alone, bit)) << bit;
+        clearBit(alone, bit);
+        EXPECT_EQ(0u, alone) << bit;
+        EXPECT_FALSE(getBit(alone, bit)) << bit;
+    }
+}
+
 }  // namespace

@@ -109,6 +109,13 @@ TEST(PcccAddress, Bits) {
     }
 }
 
+TEST(PcccAddress, WithoutASubElementThereIsNone) {
+    _PLC_Address address;
+    ASSERT_TRUE(_ParsePLCAddress("N7:0", &address));
+    EXPECT_EQ(-1, address.subElement);
+    EXPECT_EQ(-1, address.bit);
+}
+
 TEST(PcccAddress, FileNumbersAbove254) {
     EXPECT_EQ("05 06 FF FF 00 01", built(_BuildLogicalBinaryAddress, "N255:1"));
     EXPECT_EQ("07 06 FF FF FF FF FF FF", built(_BuildLogicalBinaryAddress, "N65535:65535"));
