@@ -9,6 +9,7 @@ namespace {
 
 const int64_t kNapMs = 5;
 const int64_t kAttemptMs = 1000;
+const int64_t kMeanOf = 400;  // naps
 
 }  // namespace
 
@@ -23,7 +24,9 @@ void LatenessMeter::run() {
     while (!ended) {
         std::this_thread::sleep_for(std::chrono::milliseconds(kNapMs));
         const int64_t now = nowMs();
-        worst = std::max(worst.load(), now - woke.load() - kNapMs);
+        const int64_t late = now - woke.load() - kNapMs;
+        worst = std::max(worst.load(), late);
+        mean = mean + (std::max<int64_t>(late, 0) * 1000 - mean) / kMeanOf;
         woke = now;
     }
 }

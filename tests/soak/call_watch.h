@@ -19,12 +19,15 @@ class LatenessMeter {
     void reset() { worst = 0; }
     /// The longest lateness since, in milliseconds.
     int64_t worstMs() const;
+    /// The mean of the last two seconds, in microseconds.
+    int64_t meanUs() const { return mean; }
 
  private:
     void run();
 
     std::atomic<bool> ended{false};
     std::atomic<int64_t> worst{0};
+    std::atomic<int64_t> mean{0};
     std::atomic<int64_t> woke;
     std::thread thread;
 };
@@ -39,6 +42,7 @@ class CallWatch {
     enum Outcome { kCached, kAnswered, kRefused, kNoAnswer };
     void end(const char* what, Outcome outcome);
 
+    const LatenessMeter& machine() const { return lateness; }
     int64_t longestMs() const { return longest; }
     /// The longest since the last question.
     int64_t takeLongestMs();

@@ -59,7 +59,7 @@ QString TimeOracle::check(int tag, bool isPolled, uint32_t value, int64_t fromMs
     if (owner != tag) {
         return QString("the value of tag %1").arg(owner);
     }
-    const int64_t earliest = fromMs - kClockMs - (isPolled ? kPolledMs : 0);
+    const int64_t earliest = fromMs - kClockMs - (isPolled ? kPolledMs + slowerMs : 0);
     const int64_t time = present.epoch + count;
     QString problem = "older than the call allows";
     if (controller != present.controller) {

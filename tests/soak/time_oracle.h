@@ -45,6 +45,8 @@ class TimeOracle {
 
     /// When the last value that was right was current.
     int64_t lastMs() const { return last; }
+    /// Polled values may be older by so much: a machine with other work makes every pass longer.
+    void allowPolled(int64_t ms) { slowerMs = ms; }
     /// How old the oldest polled value was, in milliseconds.
     int64_t oldestMs() const { return oldest; }
 
@@ -60,6 +62,7 @@ class TimeOracle {
     bool lingers = false;
     int64_t last = 0;
     int64_t oldest = 0;
+    int64_t slowerMs = 0;
     std::vector<int64_t> seen;  ///< by tag: when the newest value shown was current
 };
 
