@@ -84,6 +84,12 @@ class SummingReporter : public benchmark::BenchmarkReporter {
             "<= 110");
         row("memory a driver", figure("64 drivers", "kb"), "KB", "");
         row("stop of 64 drivers, one by one", figure("64 drivers", "stop_ms"), "ms", "");
+        for (const char* name : {"read, controller 0 ms", "read, controller 0.2 ms",
+                                 "read, controller 1 ms", "read, controller 6 ms"}) {
+            const std::string text = name;
+            row((text + ": processor time").c_str(), figure(name, "cpu_us"), "us", "");
+            row((text + ", 20 a second").c_str(), figure(name, "cpu_%_at_20"), "%", "< 5");
+        }
         row("simulator, 16 connections, requests/s", figure("simulator", "per_second"), "",
             ">= 20000");
     }
