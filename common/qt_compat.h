@@ -2,6 +2,7 @@
 #define COMMON_QT_COMPAT_H
 
 #include <QtGlobal>
+#include <QtPlugin>
 
 /// Everything that differs between Qt 4.7 (the panel) and Qt 5.15 (Debian). No other product file
 /// asks for the Qt version.
@@ -11,6 +12,10 @@
 /// moc writes qt_plugin_instance() and qt_plugin_query_metadata() for it.
 #define MICRO800_PLUGIN_METADATA(iid) Q_PLUGIN_METADATA(IID iid)
 #define MICRO800_QT_WRITES_PLUGIN_INSTANCE 1
+/// What moc writes into it: Qt's own lets an exception out.
+#undef Q_PLUGIN_INSTANCE
+#define Q_PLUGIN_INSTANCE(Class) \
+    { return Class::pluginInstance(); }
 #else
 #define MICRO800_PLUGIN_METADATA(iid)
 #define MICRO800_QT_WRITES_PLUGIN_INSTANCE 0

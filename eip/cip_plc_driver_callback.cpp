@@ -2,8 +2,10 @@
 
 #include <QSet>
 #include <QtDebug>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 
 namespace {
 
@@ -18,6 +20,12 @@ const int kIpSettingChangedFields = 4;
 const int kSetSessionFieldsMin = 4;
 
 const int kHex = 16;
+
+/// Code, tab and transaction id, with which every line begins.
+const int kHeadSize = 7;
+const int kIdPos = 3;
+
+const char kNoMemory[] = "not enough memory";
 
 void setOk(bool* ok, bool value) {
     if (ok) {
@@ -50,6 +58,7 @@ class CipPlcDriverCallback::Impl {
     Impl() : cmdLen(0) {
         std::memset(cmdBuf, 0, sizeof cmdBuf);
         std::memset(rspBuf, 0, sizeof rspBuf);
+        std::memset(unanswered, 0, sizeof unanswered);
     }
 
     /// The fields of the received line.
@@ -60,7 +69,8 @@ class CipPlcDriverCallback::Impl {
     char cmdBuf[kPipeLineSize + 1];  ///< the last byte stays zero: a full line is a text too
     int cmdLen;
     char rspBuf[kPipeLineSize];
-    QStringList setSession;  ///< name, count, name, count, ...
+    char unanswered[2][kHeadSize + 1];  ///< how the last line of each pipe began; empty: none
+    QStringList setSession;             ///< name, count, name, count, ...
     QStringList read;
     QStringList readArrayElement;
     QStringList ipSettingChanged;
@@ -77,10 +87,23 @@ bool CipPlcDriverCallback::recvCmd(int pipe) {
     d->cmdLen = recvServerPipeLine(pipe, d->cmdBuf, kPipeLineSize);
     // Behind the line may stand what the reader saw of the next one.
     d->cmdBuf[d->cmdLen] = 0;
+    char* const head = d->unanswered[pipe == 0 ? 0 : 1];
+    const int headSize = d->cmdLen < kHeadSize ? d->cmdLen : kHeadSize;
+    std::memcpy(head, d->cmdBuf, static_cast<size_t>(headSize));
+    head[headSize] = 0;
     return d->cmdLen > 0;
 }
 
 void CipPlcDriverCallback::serverPipeOnReceive(int pipe) {
+    // In the middle of an exchange with the controller, which goes on whatever becomes of the line.
+    try {
+        takeLine(pipe);
+    } catch (const std::exception&) {
+        failUnanswered();
+    }
+}
+
+void CipPlcDriverCallback::takeLine(int pipe) {
     if (!recvCmd(pipe)) {
         return;
     }
@@ -302,7 +325,34 @@ bool CipPlcDriverCallback::driverIpSettingChangedCmd(int& pipe, unsigned short& 
     return true;
 }
 
+void CipPlcDriverCallback::failUnanswered() {
+    for (int pipe = 0; pipe < 2; ++pipe) {
+        const char* const head = d->unanswered[pipe];
+        if (head[0] == 0) {
+            continue;
+        }
+        const unsigned int code = std::strtoul(head, 0, kHex) & 0xFF;
+        const unsigned int tid = std::strtoul(head + kIdPos, 0, kHex) & 0xFFFF;
+        // A session list has no text, and with the id 0 no answer.
+        const bool isList = code == kLgxDriverSetSession;
+        const int length =
+            std::snprintf(d->rspBuf, sizeof d->rspBuf, isList ? "%02X\t%04X\n" : "%02X\t%04X\t%s\n",
+                          code | kLgxDriverFailFlag, tid, kNoMemory);
+        sendRsp(pipe, isList && tid == 0 ? 0 : length);
+        if (pipe == 0) {
+            // Not to be carried out later: the driver has its answer.
+            clearDriverReadCmd();
+            clearDriverReadArrayElementCmd();
+            clearDriverIpSettingChangedCmd();
+            clearDriverWriteCmd();
+        } else {
+            clearDriverSetSessionCmd();
+        }
+    }
+}
+
 bool CipPlcDriverCallback::sendRsp(int pipe, int length) {
+    d->unanswered[pipe == 0 ? 0 : 1][0] = 0;
     return length > 0 && sendServerPipe(pipe, d->rspBuf, length) == length;
 }
 

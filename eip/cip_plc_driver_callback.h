@@ -81,6 +81,10 @@ class CipPlcDriverCallback : public CipTcpCallback {
     bool sendDriverIpSettingChangedOkRsp(int pipe, unsigned short tid);
     bool sendDriverIpSettingChangedFailRsp(int pipe, unsigned short tid, const QString& err);
 
+    /// Answers what the driver still waits for on either pipe with a failure, and forgets it. For a
+    /// worker that ran out of memory over it: takes none itself.
+    void failUnanswered();
+
     // ---- value cache: any thread, see LgxDataCache -------------------------------------------
 
     bool cacheValue(const QString& key, QByteArray& out);
@@ -102,6 +106,7 @@ class CipPlcDriverCallback : public CipTcpCallback {
     static bool parseType(const QString& text, _LGX_Data_Type* type);
 
  private:
+    void takeLine(int pipe);
     bool storeSetSessionCmd(unsigned short* tid);
     bool sendRsp(int pipe, int length);
 

@@ -30,6 +30,13 @@ bool nothingYet(ssize_t got) {
     return got < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR);
 }
 
+/// Whether a later read may give more than this one. What the system lacks passes, and behind a
+/// reset the end of the stream is read.
+bool mayBeReadAgain(ssize_t got) {
+    return nothingYet(got) ||
+           (got < 0 && (errno == ENOMEM || errno == ENOBUFS || errno == ECONNRESET));
+}
+
 /// Whether the calling thread has more than one processor to share with the worker.
 bool severalProcessors() {
     cpu_set_t processors;
@@ -141,7 +148,7 @@ void CipTcpCallback::Impl::servePipes(const fd_set& readable) {
 }
 
 void CipTcpCallback::Impl::noteServerRead(int fd, ssize_t result) {
-    if (fd >= 0 && result < 1 && !nothingYet(result)) {
+    if (fd >= 0 && result < 1 && !mayBeReadAgain(result)) {
         FD_CLR(fd, &readFds);
     }
 }

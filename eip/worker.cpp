@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <QTime>
+#include <exception>
 
 #include "common/qt_compat.h"
 #include "common/tools.h"
@@ -231,8 +232,9 @@ void EipWorker::closeConnection() {
     }
     if (d->connection) {
         if (farewell) {
-            _Forward_Close(d->connection);
+            _Eip_Connection* const closing = d->connection;
             d->connection = 0;
+            _Forward_Close(closing);
         } else {
             DeleteConnection(&d->connection);
         }
@@ -268,7 +270,11 @@ void EipWorker::seedOriginator() {
 }
 
 void EipWorker::run() {
-    seedOriginator();
+    try {
+        seedOriginator();
+    } catch (const std::exception&) {
+        // Then the salt alone tells this worker from others.
+    }
     // The host's signals are for the host: one that ended a wait here would look like a lost reply.
     sigset_t all;
     sigfillset(&all);
@@ -289,21 +295,61 @@ void EipWorker::run() {
         } else {
             slack.beLenient();
         }
-        Served served;
-        serveOneDriverCommand(&served);
-        if (d->receiver->hasDriverSetSessionCmd()) {
-            takeSessionList();
+        try {
+            runOneRound();
+        } catch (const std::exception&) {
+            recoverFromNoMemory();
         }
-        if (d->sessionHash.isEmpty()) {
-            // Nothing polls the connection back to life here: the next command has to try it.
-            clearErr();
-            sleep(kIdleSleepMs);
-            continue;
-        }
-        pollSession();
     }
-    sayFarewell();
+    try {
+        sayFarewell();
+    } catch (const std::exception&) {
+        // The controller finds out by itself.
+    }
     d->ended.store(true, std::memory_order_release);
+}
+
+/// A command of the driver if there is one, then a pass of polling or a pause.
+void EipWorker::runOneRound() {
+    Served served;
+    serveOneDriverCommand(&served);
+    if (d->receiver->hasDriverSetSessionCmd()) {
+        takeSessionList();
+    }
+    if (d->sessionHash.isEmpty()) {
+        // Nothing polls the connection back to life here: the next command has to try it.
+        clearErr();
+        sleep(kIdleSleepMs);
+        return;
+    }
+    pollSession();
+}
+
+/// After a round in which memory ran out, at whatever step: the driver hears of it at once, and the
+/// connection, which may be in the middle of an opening or an exchange, is made anew. What was read
+/// before is served only when it has been read again: a refusal may not have reached the cache.
+void EipWorker::recoverFromNoMemory() {
+    d->receiver->failUnanswered();
+    d->outage = true;
+    try {
+        closeConnection();
+        // While there is none the worker must not take the processor as well.
+        d->receiver->sleep(kIdleSleepMs);
+    } catch (const std::exception&) {
+        dropConnection();
+    }
+}
+
+/// Gives up what there is of a connection, without a word to anybody.
+void EipWorker::dropConnection() {
+    if (d->connection) {
+        DeleteConnection(&d->connection);
+    }
+    if (d->session) {
+        DeleteSession(d->session);
+        d->session = 0;
+    }
+    d->receiver->disconnect();
 }
 
 /// Closes the connection that is open when the loop ends: the controller would keep it for half a
@@ -316,8 +362,9 @@ void EipWorker::sayFarewell() {
     }
     const qint64 start = CurrentMSecsSinceBoot();
     d->receiver->setTxTimeout(0);
-    const int sent = _SendForwardClose(d->connection);
+    _Eip_Connection* const closing = d->connection;
     d->connection = 0;
+    const int sent = _SendForwardClose(closing);
     if (sent > 0 && d->receiver->awaitData(kLastFarewellMs)) {
         const qint64 left = kLastFarewellMs - (CurrentMSecsSinceBoot() - start);
         free(d->receiver->recvData(static_cast<int>(qMax<qint64>(left, 0))));

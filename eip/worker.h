@@ -142,6 +142,9 @@ class EipWorker : public QThread {
     void noteAddress();
     void notePass(qint64 startedUs);
     bool dropSession();
+    void runOneRound();
+    void recoverFromNoMemory();
+    void dropConnection();
     void sayFarewell();
     bool hasDriverCommand() const;
     bool serveOneDriverCommand(Served* served);

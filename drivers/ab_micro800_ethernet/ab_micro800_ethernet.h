@@ -26,7 +26,8 @@ class Micro800Worker;
 /// One caller at a time: the runtime calls `read`, `write`, `setSessionCommand` and the setting
 /// changes of one object from one thread. The first read or write loads the array declarations
 /// from the project database and starts the worker thread; the destructor stops it.
-/// Nothing throws. Failures set the error flag and the text for the operator.
+/// Nothing throws: an operation over which memory runs out fails, and the next one tries again.
+/// Failures set the error flag and the text for the operator.
 class DriverABMicro800Eth : public QObject, public DriverInterface {
     Q_OBJECT
     Q_INTERFACES(DriverInterface)
@@ -39,6 +40,10 @@ class DriverABMicro800Eth : public QObject, public DriverInterface {
     /// request with its time-outs. Then waits up to a second for the last recording. Also safe in a
     /// handler that exit() runs, whatever else is gone.
     virtual ~DriverABMicro800Eth();
+
+    /// The object that the plugin loader hands out, a new one when the last was deleted; null when
+    /// there is no memory for it.
+    static QObject* pluginInstance();
 
     // ---- identity and defaults (identity.cpp) ----------------------------------------------
     int totalSize();
@@ -155,6 +160,7 @@ class DriverABMicro800Eth : public QObject, public DriverInterface {
         }
     }
     void startRecorder();
+    QVariantMap allCounters() const;
     void noteAsked();
     /// `bytes` of a value that was read or written, -1 without one.
     void endAccess(int bytes) {
@@ -192,6 +198,7 @@ class DriverABMicro800Eth : public QObject, public DriverInterface {
 
     void clearCommError();
     void setCommError(const QString& text);
+    void noMemoryFor(const char* verb, const CommunicatorCommand& command);
     bool cutBehindAnswer(unsigned short id);
     void prefixCommError(const char* verb, const CommunicatorCommand& command);
     bool prepare(AbstractDeviceInterface* device, const char* verb,
@@ -247,6 +254,7 @@ class DriverABMicro800Eth : public QObject, public DriverInterface {
     QMutex sessionMutex;
     QString pendingIP;
     unsigned short pendingPort;
+    const QString noMemory;                          ///< a text that is there when it is needed
     const std::unique_ptr<FlightRecorder> recorder;  ///< outlives the worker
     bool recorderStarted;                            ///< its writer thread was asked for
     const CommunicatorCommand* access;               ///< of the call that is under way

@@ -1,6 +1,7 @@
 // What the driver tells its recorder, and what it tells others of itself.
 
 #include "drivers/ab_micro800_ethernet/ab_micro800_ethernet.h"
+#include "drivers/ab_micro800_ethernet/border.h"
 #include "eip/record/flight_recorder.h"
 #include "runtime/communicator_command.h"
 
@@ -51,6 +52,10 @@ QVariantMap recordingState(const FlightRecorder& recorder) {
 }  // namespace
 
 QVariantMap DriverABMicro800Eth::counters() const {
+    return withoutThrowing(QVariantMap(), [this] { return allCounters(); });
+}
+
+QVariantMap DriverABMicro800Eth::allCounters() const {
     const LiveFigures figures = recorder->figures();
     QVariantMap result;
     result.insert(QLatin1String("requests"), number(figures.requests));

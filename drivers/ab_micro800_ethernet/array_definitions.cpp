@@ -8,10 +8,12 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
+#include <exception>
 
 #include "common/device_setting.h"
 #include "common/tools.h"
 #include "drivers/ab_micro800_ethernet/ab_micro800_ethernet.h"
+#include "drivers/ab_micro800_ethernet/border.h"
 #include "runtime/abstract_device_interface.h"
 
 namespace {
@@ -158,17 +160,19 @@ bool DriverABMicro800Eth::createDBConnection() {
         return true;
     }
     bool opened = false;
-    {
+    connectionListed = true;
+    try {
         QSqlDatabase database = QSqlDatabase::addDatabase(QLatin1String("QSQLITE"), connectionName);
         database.setDatabaseName(GetDatabaseName());
         database.setConnectOptions(QLatin1String(kConnectOptions));
         opened = database.open();
+    } catch (const std::exception&) {
+        closeDatabase();
+        throw;
     }
     endBeforeTheDatabase();
-    connectionListed = opened;
     if (!opened) {
-        // So that the next access tries to open it again.
-        QSqlDatabase::removeDatabase(connectionName);
+        closeDatabase();  // so that the next access tries to open it again
     }
     return opened;
 }
@@ -192,12 +196,15 @@ bool DriverABMicro800Eth::readDB(AbstractDeviceInterface* device) {
     return true;
 }
 
-/// Closes the connection and takes it out of Qt's list.
+/// Closes the connection and takes it out of Qt's list. Without memory for that it stays there for
+/// the next call, the destructor's at the latest.
 void DriverABMicro800Eth::closeDatabase() {
-    QSqlDatabase::database(connectionName, false).close();
-    QSqlDatabase::removeDatabase(connectionName);
-    connectionListed = false;
     dbOpen = false;
+    connectionListed = !withoutThrowing(false, [this] {
+        QSqlDatabase::database(connectionName, false).close();
+        QSqlDatabase::removeDatabase(connectionName);
+        return true;
+    });
 }
 
 bool DriverABMicro800Eth::initArrayDefMap(int connectorId) {

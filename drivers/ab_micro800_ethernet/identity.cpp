@@ -3,6 +3,7 @@
 #include "common/device_setting.h"
 #include "common/driver_setting.h"
 #include "drivers/ab_micro800_ethernet/ab_micro800_ethernet.h"
+#include "drivers/ab_micro800_ethernet/border.h"
 
 namespace {
 
@@ -36,11 +37,11 @@ bool DriverABMicro800Eth::validation(const QString&) {
 }
 
 QString DriverABMicro800Eth::name() {
-    return QLatin1String("Micro800 Ethernet");
+    return withoutThrowing(QString(), [] { return QString::fromLatin1("Micro800 Ethernet"); });
 }
 
 QString DriverABMicro800Eth::vender() {
-    return QLatin1String("Allen Bradley");
+    return withoutThrowing(QString(), [] { return QString::fromLatin1("Allen Bradley"); });
 }
 
 QString DriverABMicro800Eth::getVersionNumber() {
@@ -48,16 +49,20 @@ QString DriverABMicro800Eth::getVersionNumber() {
 }
 
 DeviceSetting* DriverABMicro800Eth::getDefaultSerialDeviceSetting() {
-    return new DeviceSetting(kDefaultDeviceType, QLatin1String(kDefaultDeviceName),
-                             kDefaultBaudrate, kDefaultDatabits, 0, 0);
+    return withoutThrowing(static_cast<DeviceSetting*>(0), [] {
+        return new DeviceSetting(kDefaultDeviceType, QLatin1String(kDefaultDeviceName),
+                                 kDefaultBaudrate, kDefaultDatabits, 0, 0);
+    });
 }
 
 DriverSetting* DriverABMicro800Eth::getDefaultDriverSetting() {
-    return new DriverSetting(kDefaultTimeoutMs, kDefaultRetry, 0, 0);
+    return withoutThrowing(static_cast<DriverSetting*>(0), [] {
+        return new DriverSetting(kDefaultTimeoutMs, kDefaultRetry, 0, 0);
+    });
 }
 
 QString DriverABMicro800Eth::getStringBasedDefaultDriverSetting() {
-    return QLatin1String(kDefaultPort);
+    return withoutThrowing(QString(), [] { return QString::fromLatin1(kDefaultPort); });
 }
 
 int DriverABMicro800Eth::supportedCommunicationFlags() {
@@ -108,4 +113,15 @@ void DriverABMicro800Eth::prefixCommError(const char* verb, const CommunicatorCo
         lastError =
             QString::fromLatin1("%1 %2> ").arg(QLatin1String(verb), command.address) + lastError;
     }
+}
+
+/// The error of an access over which memory ran out; takes none. Without the access in front when
+/// there is still none for it.
+void DriverABMicro800Eth::noMemoryFor(const char* verb, const CommunicatorCommand& command) {
+    access = nullptr;
+    setCommError(noMemory);
+    withoutThrowing(false, [&] {
+        prefixCommError(verb, command);
+        return true;
+    });
 }

@@ -1,12 +1,12 @@
 // The entry points that the library exports, and nothing else.
 
-#include <QPointer>
-
 #include "drivers/ab_micro800_ethernet/ab_micro800_ethernet.h"
+#include "drivers/ab_micro800_ethernet/border.h"
 
-/// A new driver, owned by the caller and deleted through the interface.
+/// A new driver, owned by the caller and deleted through the interface; null without memory for it.
 extern "C" Q_DECL_EXPORT DriverInterface* CreateDriver() {
-    return new DriverABMicro800Eth;
+    return withoutThrowing(static_cast<DriverInterface*>(0),
+                           []() -> DriverInterface* { return new DriverABMicro800Eth; });
 }
 
 /// What the Qt 4.7.3 loader compares with its own build before it takes the library.
@@ -20,10 +20,6 @@ extern "C" Q_DECL_EXPORT const char* qt_plugin_query_verification_data() {
 #if !MICRO800_QT_WRITES_PLUGIN_INSTANCE
 /// The instance that the plugin loader hands out; a new one when the last was deleted.
 extern "C" Q_DECL_EXPORT QObject* qt_plugin_instance() {
-    static QPointer<QObject> instance;
-    if (!instance) {
-        instance = new DriverABMicro800Eth;
-    }
-    return instance;
+    return DriverABMicro800Eth::pluginInstance();
 }
 #endif

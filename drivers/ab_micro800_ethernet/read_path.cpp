@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <exception>
 
 #include "common/index_list.h"
 #include "drivers/ab_micro800_ethernet/ab_micro800_ethernet.h"
@@ -38,9 +39,15 @@ void fitTo(int size, QByteArray* data) {
 
 QByteArray DriverABMicro800Eth::read(AbstractDeviceInterface* device,
                                      const CommunicatorCommand& command) {
-    beginAccess("read", command);
-    const QByteArray data = readWithRetries(device, command);
-    endAccess(data.isEmpty() ? -1 : data.size());
+    QByteArray data;
+    try {
+        beginAccess("read", command);
+        data = readWithRetries(device, command);
+        endAccess(data.isEmpty() ? -1 : data.size());
+    } catch (const std::exception&) {
+        data = QByteArray();
+        noMemoryFor("read", command);
+    }
     return data;
 }
 
@@ -77,7 +84,10 @@ bool DriverABMicro800Eth::prepare(AbstractDeviceInterface* device, const char* v
     if (!readDB(device)) {
         return false;
     }
-    if (!worker && !initWorker(device)) {
+    const bool isFirst = !worker;
+    // A list that the worker did not take is handed over again, and holds up no later access.
+    const bool isReady = (!isFirst && pendingSessionCommands.isEmpty()) || initWorker(device);
+    if (isFirst && !isReady) {
         const QString reason = worker ? worker->errStr() : lastError;
         setCommError(reason.isEmpty() ? QString::fromLatin1("session commands not accepted")
                                       : reason);

@@ -4,6 +4,7 @@
 #include <QtDebug>
 
 #include "drivers/ab_micro800_ethernet/ab_micro800_ethernet.h"
+#include "drivers/ab_micro800_ethernet/border.h"
 #include "drivers/ab_micro800_ethernet/micro800_worker.h"
 #include "eip/lgx_data_cache.h"
 #include "eip/pipe_protocol.h"
@@ -33,7 +34,8 @@ void DriverABMicro800Eth::setSessionCommand(QList<CommunicatorCommand> list) {
         return;
     }
     if (worker && worker->isRunning()) {
-        sendSetSessionCmd(list);
+        pendingSessionCommands.clear();  // what was not handed over yet is out of date
+        withoutThrowing(false, [&] { return sendSetSessionCmd(list); });
     } else {
         pendingSessionCommands = list;
     }
@@ -91,7 +93,11 @@ bool DriverABMicro800Eth::deliverSession(const QList<LgxReadCmd>& entries) {
     // One byte more than is sent or received stays zero: the answer is read as a text.
     std::vector<char> line(kLineSize + 1, 0);
     const int length = LgxDriverPackSetSessionCmd(line.data(), kLineSize, id, entries);
-    if (length < 1 || worker->sendCmd(kSessionPipe, line.data(), length) != length) {
+    if (length < 1) {
+        pendingSessionCommands.clear();  // it will never fit
+        return false;
+    }
+    if (worker->sendCmd(kSessionPipe, line.data(), length) != length) {
         return false;
     }
     line.assign(line.size(), 0);

@@ -1,6 +1,7 @@
 // The driver's life: construction, the worker's start, changes of its address, the end.
 
 #include <unistd.h>
+#include <QPointer>
 #include <QSqlDatabase>
 
 #include <climits>
@@ -10,6 +11,7 @@
 #include "common/device_setting.h"
 #include "common/driver_setting.h"
 #include "drivers/ab_micro800_ethernet/ab_micro800_ethernet.h"
+#include "drivers/ab_micro800_ethernet/border.h"
 #include "drivers/ab_micro800_ethernet/micro800_worker.h"
 #include "eip/pipe_protocol.h"
 #include "eip/record/flight_recorder.h"
@@ -96,6 +98,7 @@ DriverABMicro800Eth::DriverABMicro800Eth()
       cmdBuf(kBufferSize, 0),
       rspBuf(kBufferSize, 0),
       pendingPort(0),
+      noMemory(QLatin1String("not enough memory")),
       recorder(new FlightRecorder(recordSettingsFromEnvironment())),
       recorderStarted(false),
       access(nullptr),
@@ -107,6 +110,19 @@ DriverABMicro800Eth::DriverABMicro800Eth()
         prefixTypes.insert(QLatin1String(entry.symbol), _LGX_Data_Type(entry.type));
     }
     becomeLiving();
+}
+
+QObject* DriverABMicro800Eth::pluginInstance() {
+    static QPointer<QObject> instance;
+    if (!instance) {
+        withoutThrowing(false, [] {
+            std::unique_ptr<DriverABMicro800Eth> made(new DriverABMicro800Eth);
+            instance = made.get();
+            made.release();
+            return true;
+        });
+    }
+    return instance;
 }
 
 DriverABMicro800Eth::~DriverABMicro800Eth() {
@@ -206,12 +222,16 @@ bool DriverABMicro800Eth::initWorker(AbstractDeviceInterface* device) {
 }
 
 bool DriverABMicro800Eth::deviceSettingChanged(const DeviceSetting* setting) {
-    if (worker) {
-        return notifyWorkerDeviceSettingChanged(setting->socketIP(-1), setting->port(-1));
-    }
-    pendingIP = setting->socketIP(-1);
-    pendingPort = setting->port(-1);
-    return true;
+    return withoutThrowing(false, [this, setting] {
+        const QString ip = setting->socketIP(-1);
+        const unsigned short port = setting->port(-1);
+        if (worker) {
+            return notifyWorkerDeviceSettingChanged(ip, port);
+        }
+        pendingIP = ip;
+        pendingPort = port;
+        return true;
+    });
 }
 
 bool DriverABMicro800Eth::notifyWorkerDeviceSettingChanged(const QString& ip, unsigned short port) {

@@ -1,5 +1,7 @@
 // How the runtime sets a value: one request, one answer, never repeated.
 
+#include <exception>
+
 #include "drivers/ab_micro800_ethernet/ab_micro800_ethernet.h"
 #include "drivers/ab_micro800_ethernet/micro800_worker.h"
 #include "eip/pipe_protocol.h"
@@ -14,10 +16,15 @@ const int kFirstNamePos = 3;
 
 bool DriverABMicro800Eth::write(AbstractDeviceInterface* device, const CommunicatorCommand& command,
                                 const QByteArray& value) {
-    beginAccess("write", command);
-    const bool written = writeOnce(device, command, value);
-    endAccess(written ? value.size() : -1);
-    return written;
+    try {
+        beginAccess("write", command);
+        const bool written = writeOnce(device, command, value);
+        endAccess(written ? value.size() : -1);
+        return written;
+    } catch (const std::exception&) {
+        noMemoryFor("write", command);
+        return false;
+    }
 }
 
 bool DriverABMicro800Eth::writeOnce(AbstractDeviceInterface* device,

@@ -1,5 +1,6 @@
 #include "eip/record/flight_recorder.h"
 
+#include <exception>
 #include <mutex>
 #include <new>
 
@@ -105,13 +106,16 @@ void FlightRecorder::event(const QString& text) {
 
 // ---- host thread ------------------------------------------------------------------------------
 
-void FlightRecorder::asked(const char* verb, const QString& address) {
+void FlightRecorder::asked(const char* verb, const QString& address) try {
     if (log) {
         event(QLatin1String(verb) + titled(" asked", address));
     }
+} catch (const std::exception&) {
+    // there was no memory for it
 }
 
-void FlightRecorder::answered(const char* verb, const QString& address, int bytes, int64_t waited) {
+void FlightRecorder::answered(const char* verb, const QString& address, int bytes,
+                              int64_t waited) try {
     counters.noteHostWait(waited);
     if (!log) {
         return;
@@ -121,10 +125,12 @@ void FlightRecorder::answered(const char* verb, const QString& address, int byte
     event(QLatin1String(verb) +
           titled(" answered", address + QLatin1String(": ") + outcome + QLatin1String(" after ") +
                                   milliseconds(waited)));
+} catch (const std::exception&) {
+    // there was no memory for it
 }
 
 /// A text that only repeats why the connection was lost, with an address before it, is no news.
-void FlightRecorder::errorText(const QString& text) {
+void FlightRecorder::errorText(const QString& text) try {
     counters.noteErrorText();
     if (!log) {
         return;
@@ -137,11 +143,13 @@ void FlightRecorder::errorText(const QString& text) {
     if (!known && !knownLoss) {
         log->trigger(kErrorTextWhy, plain(text));
     }
+} catch (const std::exception&) {
+    // there was no memory for it
 }
 
 // ---- worker thread: traffic -------------------------------------------------------------------
 
-void FlightRecorder::sent(const _Encap_Header* request, bool whole) {
+void FlightRecorder::sent(const _Encap_Header* request, bool whole) try {
     counters.noteRequest();
     if (!log) {
         return;
@@ -150,16 +158,20 @@ void FlightRecorder::sent(const _Encap_Header* request, bool whole) {
     if (!whole) {
         event(QLatin1String("request not sent: the connection did not take all of it"));
     }
+} catch (const std::exception&) {
+    // there was no memory for it
 }
 
-void FlightRecorder::received(const _Encap_Header* reply) {
+void FlightRecorder::received(const _Encap_Header* reply) try {
     counters.noteAnswer(statusOfReply(reply));
     if (log) {
         log->append(kRecordReceived, reply, size_t(kEncapHeaderSize) + _GetEncapLength(reply));
     }
+} catch (const std::exception&) {
+    // there was no memory for it
 }
 
-void FlightRecorder::receivedPart(const void* bytes, size_t size, bool timedOut) {
+void FlightRecorder::receivedPart(const void* bytes, size_t size, bool timedOut) try {
     if (timedOut) {
         counters.noteTimeout();
     }
@@ -173,23 +185,29 @@ void FlightRecorder::receivedPart(const void* bytes, size_t size, bool timedOut)
     event(titled("no whole answer", what + QLatin1String(" after ") +
                                         QString::number(static_cast<qulonglong>(size)) +
                                         QLatin1String(" bytes")));
+} catch (const std::exception&) {
+    // there was no memory for it
 }
 
-void FlightRecorder::thrownAway(const void* bytes, size_t size) {
+void FlightRecorder::thrownAway(const void* bytes, size_t size) try {
     if (log) {
         log->append(kRecordReceived, bytes, size);
         event(titled("thrown away", QString::number(static_cast<qulonglong>(size)) +
                                         QLatin1String(" bytes that came unasked")));
     }
+} catch (const std::exception&) {
+    // there was no memory for it
 }
 
 // ---- worker thread: connection ----------------------------------------------------------------
 
-void FlightRecorder::connecting(const QString& host, unsigned short port) {
+void FlightRecorder::connecting(const QString& host, unsigned short port) try {
     if (log) {
         target = ::target(host, port);
         connectAsked = recordTimeNow();
     }
+} catch (const std::exception&) {
+    // there was no memory for it
 }
 
 /// Records that are to come belong to a new connection.
@@ -206,7 +224,7 @@ void FlightRecorder::tellRepeats() {
     repeats = 0;
 }
 
-void FlightRecorder::connected() {
+void FlightRecorder::connected() try {
     counters.noteConnect(true);
     if (!log) {
         return;
@@ -217,9 +235,11 @@ void FlightRecorder::connected() {
     record(kRecordConnected, now,
            titled("connected",
                   QLatin1String("after ") + milliseconds(now.monotonic - connectAsked.monotonic)));
+} catch (const std::exception&) {
+    // there was no memory for it
 }
 
-void FlightRecorder::connectFailed(const QString& reason) {
+void FlightRecorder::connectFailed(const QString& reason) try {
     counters.noteConnect(false);
     if (!log) {
         return;
@@ -237,22 +257,28 @@ void FlightRecorder::connectFailed(const QString& reason) {
     beginConnection();
     lastConnectFailure = failure;
     event(titled("connect failed", reason));
+} catch (const std::exception&) {
+    // there was no memory for it
 }
 
-void FlightRecorder::closed() {
+void FlightRecorder::closed() try {
     if (log) {
         record(kRecordClosed, recordTimeNow(), QLatin1String("closed"));
     }
+} catch (const std::exception&) {
+    // there was no memory for it
 }
 
-void FlightRecorder::opened() {
+void FlightRecorder::opened() try {
     counters.noteOpen();
     if (log) {
         event(titled("opened", target));
     }
+} catch (const std::exception&) {
+    // there was no memory for it
 }
 
-void FlightRecorder::openFailed(const QString& reason, bool first) {
+void FlightRecorder::openFailed(const QString& reason, bool first) try {
     if (!log) {
         return;
     }
@@ -261,9 +287,11 @@ void FlightRecorder::openFailed(const QString& reason, bool first) {
         event(titled("open failed", reason));
         log->trigger(kOpenFailedWhy, plain(reason));
     }
+} catch (const std::exception&) {
+    // there was no memory for it
 }
 
-void FlightRecorder::lost(const QString& reason) {
+void FlightRecorder::lost(const QString& reason) try {
     counters.noteLoss();
     if (!log) {
         return;
@@ -271,16 +299,22 @@ void FlightRecorder::lost(const QString& reason) {
     seen.note(plain(reason), monotonicMicros());
     event(titled("connection lost", reason));
     log->trigger(kLostWhy, plain(reason));
+} catch (const std::exception&) {
+    // there was no memory for it
 }
 
-void FlightRecorder::addressChanged(const QString& host, unsigned short port) {
+void FlightRecorder::addressChanged(const QString& host, unsigned short port) try {
     if (log) {
         event(titled("address changed", ::target(host, port)));
     }
+} catch (const std::exception&) {
+    // there was no memory for it
 }
 
-void FlightRecorder::sessionList(const QString& names, int count) {
+void FlightRecorder::sessionList(const QString& names, int count) try {
     if (log) {
         event(titled("session list", QString::number(count) + QLatin1String(" tags: ") + names));
     }
+} catch (const std::exception&) {
+    // there was no memory for it
 }

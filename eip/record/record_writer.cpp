@@ -5,6 +5,7 @@
 #include <sys/resource.h>
 
 #include <QtDebug>
+#include <exception>
 
 #include "eip/record/recording.h"
 
@@ -48,21 +49,34 @@ RecordWriter::~RecordWriter() {
 void RecordWriter::run() {
     keepSignalsAway();
     setpriority(PRIO_PROCESS, 0, kLowestPriority);  // 0: this thread, on Linux
-    RecordLog::Job job;
     RecordLog::Step step = RecordLog::kIdle;
     while (step != RecordLog::kEnd) {
-        step = log->next(kTickMs, &job);
-        if (step == RecordLog::kWrite) {
-            std::string problem;
-            const bool written = write(job, &problem);
+        try {
+            step = takeStep();
+        } catch (const std::exception&) {
+            // There was no memory for it.
             log->done();
-            note(written, problem);
-        }
-        if (folder.dumpAsked()) {
-            log->triggerLater("dump");
+            std::lock_guard<std::mutex> lock(mutex);
+            ++results.failed;
         }
     }
     ended.store(true, std::memory_order_release);
+}
+
+/// Waits for what there is to do, and does it.
+RecordLog::Step RecordWriter::takeStep() {
+    RecordLog::Job job;
+    const RecordLog::Step step = log->next(kTickMs, &job);
+    if (step == RecordLog::kWrite) {
+        std::string problem;
+        const bool written = write(job, &problem);
+        log->done();
+        note(written, problem);
+    }
+    if (folder.dumpAsked()) {
+        log->triggerLater("dump");
+    }
+    return step;
 }
 
 bool RecordWriter::write(const RecordLog::Job& job, std::string* problem) {

@@ -34,6 +34,7 @@ class RecordWriter : public QThread {
     void run();
 
  private:
+    RecordLog::Step takeStep();
     bool write(const RecordLog::Job& job, std::string* problem);
     void note(bool written, const std::string& problem);
 
