@@ -126,7 +126,7 @@ TEST_F(RecordingFrom, ASignalFile) {
 TEST_F(RecordingFrom, AnAddressThatChanges) {
     Controller first({"--tag", "D:DINT=1"});
     Controller second({"--tag", "D:DINT=2"});
-    TestDevice device(first.port(), 400);
+    TestDevice device(first.port());
     {
         const std::unique_ptr<DriverInterface> driver = createDriver();
         EXPECT_EQ(1, readDint(driver.get(), &device, "D"));
@@ -149,8 +149,8 @@ TEST_F(RecordingFrom, AnAddressThatChanges) {
 TEST_F(RecordingFrom, TwoDriversInOneProcess) {
     Controller first({"--tag", "ONE:DINT=1"});
     Controller second({"--tag", "TWO:DINT=2"});
-    TestDevice firstDevice(first.port(), 400);
-    TestDevice secondDevice(second.port(), 400);
+    TestDevice firstDevice(first.port());
+    TestDevice secondDevice(second.port());
     {
         const std::unique_ptr<DriverInterface> one = createDriver();
         const std::unique_ptr<DriverInterface> two = createDriver();
