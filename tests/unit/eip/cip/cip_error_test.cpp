@@ -39,6 +39,17 @@ TEST(CipErrorRecord, SuccessIsRecorded) {
     EXPECT_STREQ("Internal: success", cip_err_msg());
 }
 
+/// What is recorded is what was given, also when only the extended number differs from the success
+/// that stands.
+TEST(CipErrorRecord, SuccessWithAnExtendedNumberIsRecorded) {
+    CIPERROR(0, 0, 0);
+    CIPERROR(0, 0, 7);
+    EXPECT_EQ((CipError{0, 0, 7}), lastError());
+    EXPECT_STREQ("Internal: success", cip_err_msg());
+    CIPERROR(0, 0, 0);
+    EXPECT_EQ((CipError{0, 0, 0}), lastError());
+}
+
 TEST(CipErrorRecord, UnknownTypesHaveTheirOwnSpelling) {
     for (int32_t type : {4, 7, 9, -1, INT32_MAX, INT32_MIN}) {
         CIPERROR(0, 0, 0);
