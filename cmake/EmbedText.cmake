@@ -12,7 +12,7 @@ function(embed_text target file name)
 endfunction()
 
 # embed_files(TARGET NAME FILE...): compiles text files in as `const PageFile NAME[]`
-# (apps/micro800/serve/page_files.h), ended by one without a name.
+# (apps/micro800/serve/routes/page_files.h), ended by one without a name.
 function(embed_files target name)
   set(output "${CMAKE_CURRENT_BINARY_DIR}/${name}.cpp")
   string(REPLACE ";" "|" files "${ARGN}")

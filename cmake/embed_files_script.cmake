@@ -11,4 +11,4 @@ foreach(file IN LISTS files)
   math(EXPR number "${number} + 1")
 endforeach()
 file(WRITE "${OUTPUT}"
-  "#include \"apps/micro800/serve/page_files.h\"\n${texts}const PageFile kPageFiles[] = {\n${rows}    {nullptr, nullptr, 0}};\n")
+  "#include \"apps/micro800/serve/routes/page_files.h\"\n${texts}const PageFile kPageFiles[] = {\n${rows}    {nullptr, nullptr, 0}};\n")

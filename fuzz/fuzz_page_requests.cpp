@@ -4,9 +4,9 @@
 #include <QJsonDocument>
 #include <cstdint>
 
-#include "apps/micro800/serve/access_token.h"
-#include "apps/micro800/serve/page_routes.h"
-#include "apps/micro800/serve/request_check.h"
+#include "apps/micro800/serve/http/access_token.h"
+#include "apps/micro800/serve/http/request_check.h"
+#include "apps/micro800/serve/routes/page_routes.h"
 
 namespace {
 

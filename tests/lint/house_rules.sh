@@ -73,6 +73,7 @@ arrow() {
     files=$(sources "$folder")
     [ "$folder" != eip ] || files=$(echo "$files" | grep -vE '^eip/(cip|record)/')
     [ "$folder" != apps/micro800/controller ] || files=$(echo "$files" | grep -vE '/controller/.*/' || :)
+    [ "$folder" != apps/micro800/serve ] || files=$(echo "$files" | grep -vE '/serve/.*/' || :)
     allowed=$(echo "$@" | tr ' ' '|')
     [ -z "$files" ] || echo "$files" | xargs grep -nHE '^ *# *include *"' |
         grep -vE "include *\"($allowed)/[^/\"]+\"" || :
@@ -110,9 +111,15 @@ micro800_folders() {
     }
     arrow $host/recording $host/base $host/format $host/controller/trace $host/recording
     arrow $host/watch $host/base $host/format $host/terminal $host/plugin $host/watch common
-    # The page shows what the driver reads and tells what the doctor would.
-    arrow $host/serve $host/base $host/format $host/terminal $host/plugin $host/polling $host/watch $host/controller/doctor $host/serve runtime
-    search 'include *<microhttpd\.h>' apps tests fuzz bench | grep -v "^$host/serve/" || :
+    # The page shows what the driver reads and what the doctor advises. Only http/ knows the library.
+    arrow $host/serve/http $host/base $host/format $host/serve/http
+    arrow $host/serve/help $host/format $host/controller/doctor $host/serve/help
+    arrow $host/serve/live $host/base $host/format $host/watch $host/serve/help $host/serve/live
+    arrow $host/serve/routes $host/format $host/serve/help $host/serve/http $host/serve/live $host/serve/routes
+    served="$host/serve/help $host/serve/http $host/serve/live $host/serve/routes"
+    # shellcheck disable=SC2086
+    arrow $host/serve $host/base $host/format $host/terminal $host/plugin $host/polling $host/watch $served $host/serve runtime
+    search 'include *<microhttpd\.h>' apps tests fuzz bench | grep -v "^$host/serve/http/" || :
     # Neither an option nor a report knows a command.
     search 'include *"apps/micro800/(commands|reports)/' $host/options
     search 'include *"apps/micro800/commands/' $host/reports
@@ -275,6 +282,8 @@ echo '#include "apps/micro800/controller/a.h"' | caught includes_against_the_lay
 echo '#include <QPluginLoader>' | caught includes_against_the_layers apps/micro800/commands/read.cpp
 echo '#include <microhttpd.h>' | caught includes_against_the_layers apps/micro800/commands/serve.cpp
 echo '#include "apps/micro800/controller/a.h"' | caught includes_against_the_layers apps/micro800/serve/a.cpp
+echo '#include "apps/micro800/serve/routes/a.h"' | caught includes_against_the_layers apps/micro800/serve/live/a.cpp
+echo '#include <microhttpd.h>' | caught includes_against_the_layers apps/micro800/serve/routes/a.cpp
 echo '#include "tests/support/a.h"' | caught includes_against_the_layers apps/micro800/a.cpp
 
 printf 'int  a;\n' | caught format_of_another_house apps/a.cpp

@@ -6,9 +6,9 @@
 #include "apps/micro800/controller/identity_query.h"
 #include "apps/micro800/options/addresses.h"
 #include "apps/micro800/options/connection_options.h"
-#include "apps/micro800/serve/access_token.h"
 #include "apps/micro800/serve/feed_plan.h"
-#include "apps/micro800/serve/listen_address.h"
+#include "apps/micro800/serve/http/access_token.h"
+#include "apps/micro800/serve/http/listen_address.h"
 #include "apps/micro800/serve/live_service.h"
 
 namespace {

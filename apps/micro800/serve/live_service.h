@@ -8,9 +8,9 @@
 #include <mutex>
 #include <vector>
 
-#include "apps/micro800/serve/http_server.h"
-#include "apps/micro800/serve/live_model.h"
-#include "apps/micro800/serve/page_routes.h"
+#include "apps/micro800/serve/http/http_server.h"
+#include "apps/micro800/serve/live/live_model.h"
+#include "apps/micro800/serve/routes/page_routes.h"
 #include "apps/micro800/serve/tag_feed.h"
 #include "apps/micro800/serve/wake_up.h"
 #include "apps/micro800/terminal/console.h"

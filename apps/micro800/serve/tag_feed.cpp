@@ -4,7 +4,7 @@
 #include <chrono>
 
 #include "apps/micro800/base/signals.h"
-#include "apps/micro800/serve/write_request.h"
+#include "apps/micro800/serve/routes/write_request.h"
 
 namespace {
 

@@ -9,8 +9,8 @@
 #include <thread>
 
 #include "apps/micro800/plugin/driver_session.h"
-#include "apps/micro800/serve/live_model.h"
-#include "apps/micro800/serve/write_order.h"
+#include "apps/micro800/serve/live/live_model.h"
+#include "apps/micro800/serve/routes/write_order.h"
 
 /// The tags that one driver keeps fresh, rows `first` and following of the page.
 struct FeedTags {
