@@ -8,7 +8,7 @@ namespace {
 
 const int kLargestBit = 0x7FFFFFFF;
 
-/// What a byte array can hold, a little below an int's range.
+/// The largest size of a byte array, a little below an int's range.
 const qint64 kLargestExpansion = 0x7FFFFF00;
 
 /// The value with only `bit` set, 0 when the type has no such bit.

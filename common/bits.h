@@ -26,7 +26,7 @@ bool getBit(quint32 value, int bit);
 bool getBit(const QByteArray& data, int bitIndex);
 void setBit(QByteArray& data, int bitIndex, bool on);
 
-/// One bit of bytes whose number only the caller knows: `data` must hold byte bitIndex / 8.
+/// One bit of bytes whose number only the caller knows: `data` must contain byte bitIndex / 8.
 /// A negative index is not set, respectively changes nothing.
 bool getBit(const unsigned char* data, int bitIndex);
 bool getBit(const char* data, int bitIndex);
@@ -35,14 +35,14 @@ void setBit(char* data, int bitIndex, bool on);
 
 /// Copies `count` bits to bit `destinationBit` of `destination`, leaving the bits around them.
 /// Source and destination may overlap. Negative positions or counts copy nothing; otherwise both
-/// must hold the bits named.
+/// must contain the bits named.
 void CopyBits(unsigned char* destination, int destinationBit, const unsigned char* source,
               int sourceBit, int count);
-/// The same between arrays: what either of them does not hold is left out.
+/// The same between arrays. Bits outside either array are not copied.
 void CopyBits(QByteArray& destination, int destinationBit, const QByteArray& source, int sourceBit,
               int count);
 
-/// Moves the bits of `length` bytes down by `bits`: bit i takes bit i + bits, zeros come in at
+/// Moves the bits of `length` bytes down by `bits`: bit i takes bit i + bits, zeros fill
 /// the end. A shift below 1 changes nothing.
 void RightShiftNBits(unsigned char* data, int length, int bits);
 
@@ -53,7 +53,7 @@ QByteArray FitBitArray(const QByteArray& data, quint32 bitCount);
 /// Clears every bit from `bitCount` on; the size stays.
 void clearUnnecessaryBits(QByteArray& data, quint32 bitCount);
 
-/// One byte, 0 or 1, for each of the first `bitCount` bits, for no more than the array holds.
+/// One byte, 0 or 1, for each of the first `bitCount` bits, for no more than the array contains.
 QByteArray ExpandBitsToBytes(const QByteArray& data, quint32 bitCount);
 
 #endif

@@ -5,7 +5,7 @@
 #include <QVector>
 #include <QtGlobal>
 
-// Values to bytes and back. Bytes of a single value stand least significant first, as the
+// Values to bytes and back. The bytes of a single value are least significant first, as the
 // runtime's value arrays have them; where another order is meant, the name says it. Everything
 // here is free of state and may be called from any thread.
 

@@ -9,7 +9,7 @@ namespace {
 /// The shortest pair on the stream: the length word of an empty string and the port.
 const qint64 kMinStreamedPair = 4 + 2;
 
-/// How many of `count` announced pairs the bytes at hand can hold. A sequential device does not
+/// How many of `count` announced pairs the bytes at hand can contain. A sequential device does not
 /// know what is still to come: nothing is reserved for it.
 int pairsToReserve(const QDataStream& in, quint32 count) {
     const QIODevice* device = in.device();
@@ -69,7 +69,7 @@ int DeviceSetting::entryAt(int index) const {
     return index == -1 ? currentIPIndex : index;
 }
 
-/// The entry to change, or -1 when the list does not hold it.
+/// The entry to change, or -1 when the list does not contain it.
 int DeviceSetting::writableEntryAt(int index) const {
     const int entry = entryAt(index);
     return entry >= 0 && entry < socketList.size() ? entry : -1;

@@ -8,7 +8,7 @@
 class QDataStream;
 
 /// Kind of a communication port, a 32-bit number in memory and on the stream. The numbers belong
-/// to the runtime; a record holds whatever number it was given.
+/// to the runtime; a record keeps every number that it is given.
 enum device_type : qint32 {
     kDeviceTypeSerial = 32,  ///< the serial port of the default setting
 };
@@ -32,17 +32,17 @@ struct DeviceSetting {
     /// The TCP port of entry `index`, of entry currentIPIndex for -1; 0 outside the list.
     unsigned short port(int index = -1) const;
 
-    /// Replaces the address of an entry that the list already holds; -1 is the entry
+    /// Replaces the address of an entry that the list already contains; -1 is the entry
     /// currentIPIndex. Ignored for every index outside the list.
     void setSocketIP(const QString& ip, int index = -1);
-    /// Replaces the port of an entry that the list already holds, chosen the same way.
+    /// Replaces the port of an entry that the list already contains, chosen the same way.
     void setPort(unsigned short port, int index = -1);
 
     /// Replaces the list by pairs of address and decimal port; a text that is not a number in
     /// 0..65535 gives port 0. currentIPIndex stays, also when it now lies outside the list.
     void setSocketData(const QList<QPair<QString, QString> >& data);
 
-    /// Takes `index` when the list holds that entry, else does nothing.
+    /// Takes `index` when the list contains that entry, else does nothing.
     void setCurrentIPIndex(int index);
 
     /// Prints the record as one line to the debug output.
@@ -71,8 +71,8 @@ struct DeviceSetting {
 QDataStream& operator<<(QDataStream& out, const DeviceSetting& setting);
 
 /// Reads what the operator above writes. The index is tested against the list that the record
-/// held before, as the runtime does it: a freshly built record keeps index 0. A short stream
-/// leaves zeros and empty strings, the stream's status tells.
+/// contained before, as the runtime does it: a freshly built record keeps index 0. A short stream
+/// leaves zeros and empty strings. The stream's status shows it.
 QDataStream& operator>>(QDataStream& in, DeviceSetting& setting);
 
 #endif

@@ -1,6 +1,6 @@
 #include "common/hmi_port.h"
 
-// The assertion below stands in release builds too, so its function must be declared there.
+// The assertion below is active in release builds too, so its function must be declared there.
 #undef NDEBUG
 #include <assert.h>
 

@@ -1,7 +1,7 @@
 #ifndef COMMON_PACKET_SIZES_H
 #define COMMON_PACKET_SIZES_H
 
-// What one packet of the driver's connection holds.
+// The capacity of one packet of the driver's connection.
 
 /// Bytes of a message over the connection, its sequence count included: what the Forward Open asks
 /// for.

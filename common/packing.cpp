@@ -12,7 +12,7 @@ const qint64 kLargestArray = 0x40000000;
 
 enum ByteOrder { kLittleEndian, kBigEndian, kAsInMemory };
 
-/// What one letter stands for.
+/// The meaning of one letter.
 struct Letter {
     char letter;
     int width;               ///< bytes of one item
@@ -192,7 +192,7 @@ int pack(Output& output, const char* format, va_list list) {
     return output.passed();
 }
 
-/// Stores one item from `in`, which holds it whole. False for a null pointer.
+/// Stores one item from `in`, which contains it whole. False for a null pointer.
 bool unpackItem(const Item& item, Arguments& arguments, const unsigned char* in) {
     if (item.isFiller()) {
         return true;

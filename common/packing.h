@@ -43,7 +43,7 @@ int VBoundedDataPack(void* buffer, int size, const char* format, va_list argumen
 QByteArray ByteArrayPack(const char* format, ...);
 QByteArray VByteArrayPack(const char* format, va_list arguments);
 
-/// Unpacks from `data`, which must hold everything that the format names.
+/// Unpacks from `data`, which must contain all items that the format names.
 ///
 /// Returns the number of bytes taken; -1 for a letter outside the table, a count below 1, a count
 /// before a letter that takes none, and a record of more than 2^31-1 bytes. Items before the

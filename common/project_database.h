@@ -12,7 +12,7 @@ struct LinkIdStationId {
 
 // Lookups in the tables LINK and NODE of the project database. `connection` names a Qt SQL
 // connection of the calling thread; it is opened when it is not open yet. A missing connection
-// or a failing query counts as "no row". Rows come in the order in which the database gives them.
+// or a failing query counts as "no row". Rows have the order in which the database returns them.
 
 /// The link at the runtime's port `hmiPort` and the station of its default node, from the first
 /// row found. Returns false, with both results untouched, when there is none.

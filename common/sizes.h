@@ -4,8 +4,8 @@
 #include <QByteArray>
 #include <QtGlobal>
 
-// How many units hold so many smaller ones, rounded up: words of 2 bytes, double words of 4, quad
-// words of 8. Right for every count, no sum overflows. Any thread.
+// The number of units for so many smaller ones, rounded up: words of 2 bytes, double words of 4,
+// quad words of 8. Right for every count, no sum overflows. Any thread.
 
 quint32 NumOfBitsToNumOfBytes(quint32 bits);
 quint32 NumOfBitsToNumOfWords(quint32 bits);

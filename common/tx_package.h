@@ -9,14 +9,14 @@
 /// Builds a frame for a line: bytes in sections that follow each other (header, body, check).
 ///
 /// Sections are numbered from 0. Bytes are appended to the last section; the first bytes open
-/// section 0 by themselves. Indexes into the frame count from its first byte. A frame holds at
-/// most kLargestFrame bytes: what would make it longer is refused as a whole, the operation
-/// returns false and the frame stays as it was. A value record of one thread at a time.
+/// section 0 by themselves. Indexes into the frame count from its first byte. A frame contains at
+/// most kLargestFrame bytes: an operation that would make it longer returns false
+/// and leaves the frame as it was. A value record of one thread at a time.
 class TxPackage {
  public:
     enum { kLargestFrame = 1024 * 1024 };
 
-    /// Starts a new section that holds `bytes`; further bytes are appended to it.
+    /// Starts a new section that contains `bytes`; further bytes are appended to it.
     bool appendSection(const QByteArray& bytes = QByteArray());
 
     bool appendByte(quint8 value);

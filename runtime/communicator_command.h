@@ -55,9 +55,9 @@ class CommunicatorCommand {
         return static_cast<int>(bytes < largest ? bytes : largest);
     }
 
-    /// Text that tells one command from another: "address_kind_count", numbers in decimal.
+    /// Text that distinguishes one command from another: "address_kind_count", numbers in decimal.
     virtual QString stringKey() const {
-        // Not one after the other: an address may hold a "%1" of its own.
+        // Not one after the other: an address may contain a "%1" of its own.
         return QString::fromLatin1("%1_%2_%3")
             .arg(address, QString::number(unitKind), QString::number(unitCount));
     }
