@@ -85,7 +85,7 @@ CipPlcDriverCallback::~CipPlcDriverCallback() {}
 bool CipPlcDriverCallback::recvCmd(int pipe) {
     std::memset(d->cmdBuf, 0, static_cast<size_t>(d->cmdLen));
     d->cmdLen = recvServerPipeLine(pipe, d->cmdBuf, kPipeLineSize);
-    // Behind the line may stand what the reader saw of the next one.
+    // After the line the buffer may contain the beginning of the next one.
     d->cmdBuf[d->cmdLen] = 0;
     char* const head = d->unanswered[pipe == 0 ? 0 : 1];
     const int headSize = d->cmdLen < kHeadSize ? d->cmdLen : kHeadSize;
@@ -95,7 +95,7 @@ bool CipPlcDriverCallback::recvCmd(int pipe) {
 }
 
 void CipPlcDriverCallback::serverPipeOnReceive(int pipe) {
-    // In the middle of an exchange with the controller, which goes on whatever becomes of the line.
+    // In the middle of an exchange with the controller, which goes on even if the line is lost.
     try {
         takeLine(pipe);
     } catch (const std::exception&) {
@@ -172,8 +172,8 @@ void CipPlcDriverCallback::serverPipeOnReceiveDriverReadCmd(int pipe) {
         return;
     }
     QByteArray value;
-    // A polled entry's key is another tag's name with a count behind it: what lies under it is that
-    // tag's value, never this one's.
+    // A polled entry's key is another tag's name with a count after it: the value under it is that
+    // tag's, never this one's.
     if (!d->polledKeys.contains(command.name) && cacheValue(command.name, value)) {
         sendDriverReadRsp(commandPipe, tid, value);
         clearDriverReadCmd();

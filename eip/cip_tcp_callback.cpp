@@ -17,7 +17,7 @@
 
 namespace {
 
-// How much a drain takes at most: a peer that never stops sending must not hold the worker.
+// The most that a drain takes: a peer that never stops sending must not block the worker.
 const size_t kDrainPiece = 1400;
 const int kDrainPieces = 1000;
 

@@ -30,7 +30,7 @@ bool nothingYet(ssize_t got) {
     return got < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR);
 }
 
-/// Whether a later read may give more than this one. What the system lacks passes, and behind a
+/// Whether a later read may give more than this one. A lack of resources passes, and after a
 /// reset the end of the stream is read.
 bool mayBeReadAgain(ssize_t got) {
     return nothingYet(got) ||

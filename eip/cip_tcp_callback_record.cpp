@@ -1,4 +1,4 @@
-// What the transport tells the recorder, when there is one.
+// The transport's events for the recorder, when there is one.
 
 #include "eip/cip_tcp_callback.h"
 #include "eip/cip_tcp_callback_impl.h"

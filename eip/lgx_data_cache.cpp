@@ -8,7 +8,7 @@ LgxDataCache::LgxDataCache() {}
 LgxDataCache::~LgxDataCache() {}
 
 QString LgxDataCache::keyFrom(const QString& name, int count) {
-    // Appended, never substituted: a name may hold a '%'.
+    // Appended, never substituted: a name may contain a '%'.
     const QString number = QString::number(count);
     QString key;
     key.reserve(name.size() + 1 + number.size());

@@ -170,7 +170,7 @@ void writeFields(LineWriter& line, unsigned short tid, const char* name, unsigne
     line.value(data);
 }
 
-/// The text after "code, id, last" if that stands at a line start of `buf`, else null. Only its
+/// The text after "code, id, last" if that is at a line start of `buf`, else null. Only its
 /// first occurrence counts.
 const char* findAnswer(const char* buf, unsigned char code, unsigned short tid, char last) {
     char prefix[kPrefixSize + 1];

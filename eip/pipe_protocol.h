@@ -100,7 +100,7 @@ int LgxDriverPackReadXXXRsp(char* dst, int n, unsigned char code, unsigned short
 
 // ---- checkers and decoders -----------------------------------------------------------------
 //
-// `buf` is the received text, ended by a zero byte. The answer looked for stands at the start of
+// `buf` is the received text, ended by a zero byte. The answer looked for is at the start of
 // the text or after a line feed; its first occurrence decides.
 //
 // `err` is set on failure only: the text of a failure answer, trimmed, or the text given below

@@ -13,8 +13,8 @@ const uint32_t kPlcRpiMs = 2000;
 /// How long a controller may take over the Forward Close: somebody waits for it.
 const uint32_t kFarewellMs = 500;
 
-/// Forward Open (CIP Networks Library Vol. 1, 3-5.4) to the controller behind `route`, which may be
-/// null with length 0 for the controller itself. The controller takes two equal originators for
+/// Forward Open (CIP Networks Library Vol. 1, 3-5.4) to the controller at the end of `route`; null
+/// with length 0 for the controller itself. The controller takes two equal originators for
 /// one. The result is that of _ConnectPLCOverCNET2.
 inline _Eip_Connection* openPlcConnection(_Eip_Session* session, uint32_t originatorSerial,
                                           const unsigned char* route, unsigned char routeLength) {

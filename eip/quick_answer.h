@@ -9,7 +9,7 @@
 /// milliseconds, and then not a cycle is to be spent on waiting. So a wait begins awake, and for
 /// awake() at most, while the answer before came within quickLimit(). A wait that was awake in vain
 /// is followed by waits asleep: by one, and by twice as many and one more each time that it happens
-/// again, up to kMostAsleep. On a single processor no wait begins awake: whoever stays awake there
+/// again, up to kMostAsleep. On a single processor no wait begins awake: a thread awake there
 /// keeps the answer from being made.
 ///
 /// One caller at a time.

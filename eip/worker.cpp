@@ -273,7 +273,7 @@ void EipWorker::run() {
     try {
         seedOriginator();
     } catch (const std::exception&) {
-        // Then the salt alone tells this worker from others.
+        // Then the salt alone distinguishes this worker from others.
     }
     // The host's signals are for the host: one that ended a wait here would look like a lost reply.
     sigset_t all;
@@ -325,7 +325,7 @@ void EipWorker::runOneRound() {
     pollSession();
 }
 
-/// After a round in which memory ran out, at whatever step: the driver hears of it at once, and the
+/// After a round in which memory ran out, at any step: the driver gets the error at once, and the
 /// connection, which may be in the middle of an opening or an exchange, is made anew. What was read
 /// before is served only when it has been read again: a refusal may not have reached the cache.
 void EipWorker::recoverFromNoMemory() {

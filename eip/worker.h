@@ -26,7 +26,7 @@ class EipWorker : public QThread {
  public:
     /// `receiver` carries the traffic and takes the driver's commands; it is not owned and must
     /// outlive the thread. `ip` is dotted text or a host name, `timeout` is in milliseconds and
-    /// holds for the connect and for every reply.
+    /// applies to the connect and to every reply.
     EipWorker(CipPlcDriverCallback* receiver, const QString& ip, unsigned short port,
               unsigned long timeout);
     /// As above, with a route path (port segments) put before the message router's path in the
@@ -55,7 +55,7 @@ class EipWorker : public QThread {
 
     /// True when the pipes to this worker exist (they need free descriptors).
     bool pipesOpened() const;
-    /// Sends one line on the client end of a pipe, after discarding whatever lies unread there.
+    /// Sends one line on the client end of a pipe, after discarding all unread bytes there.
     /// Returns the number of bytes sent.
     int sendCmd(int pipe, const char* line, int length);
     /// Receives one line from the client end of a pipe within its time-out. `*received` gets the
@@ -90,7 +90,7 @@ class EipWorker : public QThread {
  protected:
     void run();
 
-    /// Serve the pending command of their kind. `broken` (may be null) tells whether the
+    /// Serve the pending command of their kind. `broken` (may be null) shows whether the
     /// connection was found broken; the name (may be null) is the tag whose value was read or
     /// refreshed, which the rest of the polling pass skips. True when the driver got what it
     /// asked for.
@@ -106,9 +106,9 @@ class EipWorker : public QThread {
     /// Reads the controller; empty on failure. Both take as many requests as the tag's size needs,
     /// one after the other, and serve nothing in between.
     QByteArray readFromPLC(const QString& name, int count, bool* broken);
-    /// Writes `count` elements of `data`; `data` holds at least count * element size bytes (the
-    /// characters for a short string). What does not fit the connection goes out in pieces; after a
-    /// failure behind the first one the error text says which elements are written.
+    /// Writes `count` elements of `data`; `data` contains at least count * element size bytes (the
+    /// characters for a short string). The worker sends data beyond one request in pieces; when
+    /// a piece after the first fails, the error text says which elements are written.
     bool writeToPLC(const QString& name, _LGX_Data_Type type, QByteArray& data,
                     unsigned short count, bool* broken);
 

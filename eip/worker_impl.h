@@ -15,7 +15,7 @@ class FlightRecorder;
 struct _Eip_Connection;
 struct _Eip_Session;
 
-/// State of EipWorker, grouped by who may touch it.
+/// State of EipWorker, grouped by the thread that may touch it.
 struct EipWorker::Impl {
     Impl(CipPlcDriverCallback* owner, const QString& address, unsigned short tcpPort,
          unsigned long ms, const std::vector<unsigned char>& route);
@@ -31,7 +31,7 @@ struct EipWorker::Impl {
 
     // any thread
     std::atomic<bool> stop;
-    std::atomic<bool> ended;  ///< the loop's last store; what it did is seen by who reads it
+    std::atomic<bool> ended;  ///< the loop's last store; its reader sees all that the loop did
 
     // guarded by errMutex
     mutable std::mutex errMutex;

@@ -8,7 +8,7 @@
 
 namespace {
 
-/// The largest value that an answer line holds: two digits a byte, code, id, separators and line
+/// The largest value that an answer line contains: two digits a byte, code, id, separators and line
 /// feed within 4096 bytes.
 const int kLargestAnswer = (4096 - 1 - 9) / 2;
 

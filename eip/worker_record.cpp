@@ -1,4 +1,4 @@
-// What the worker tells the recorder, when there is one.
+// The worker's events for the recorder, when there is one.
 
 #include <QStringList>
 
@@ -46,7 +46,7 @@ void EipWorker::noteAddress() {
     }
 }
 
-/// Only a pass that was neither broken nor stopped tells how long a pass takes.
+/// Only a pass that was neither broken nor stopped shows how long a pass takes.
 void EipWorker::notePass(qint64 startedUs) {
     if (d->recorder && !d->stop.load()) {
         d->recorder->passed(monotonicMicros() - startedUs);

@@ -53,7 +53,7 @@ int _GetItemSize(const _Eip_Item* item);
 
 /// Appends one item. On entry its length field counts the caller's data; it is rewritten in place
 /// to what the wire says: data length + fixed part - 4. With `data` the fixed part of `item` and
-/// then `data` are appended; without, fixed part and data both stand in the item record.
+/// then `data` are appended; without, fixed part and data are both in the item record.
 /// Returns the item's length field, or -1 (nothing written, item unchanged): (0, -10, 0) for an
 /// unknown type, (0, -31, 0) when the body would exceed 1000 bytes.
 int _AddItem(_Encap_Header* buffer, _Eip_Item* item, const void* data);
@@ -64,17 +64,17 @@ int _AddCPF(_Encap_Header* buffer, _Eip_Item* addressItem, const void* addressDa
             _Eip_Item* dataItem, const void* data);
 
 // ---- reading a reply ---------------------------------------------------------------------
-// A reply is trusted to hold 24 + length bytes, as the transport's recvData guarantees; every
+// A reply is trusted to contain 24 + length bytes, as the transport's recvData guarantees; every
 // other number in it is checked against that end. Returned pointers lie inside the reply. Null
 // results come with error (0, -20, 0).
 
 /// The common packet format: at byte 24 for ListServices, ListIdentity and ListInterfaces, at byte
-/// 30 for SendRRData and SendUnitData. Null for a null reply, a body too short to hold the item
+/// 30 for SendRRData and SendUnitData. Null for a null reply, a body too short to contain the item
 /// count, and any other command.
 const _Eip_CPF* _GetEipCPF(const _Encap_Header* reply);
 const _Eip_CPF* _GetEipCommonPacket(const _Encap_Header* reply);
 
-/// The first item whatever `index` says, or null when there are fewer than `index` items. It is
+/// The first item for every `index`, or null when there are fewer than `index` items. It is
 /// not checked against the reply's end, which is not known here; use the two functions below.
 const _Eip_Item* _GetItem(const _Eip_CPF* cpf, int index);
 

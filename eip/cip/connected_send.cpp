@@ -37,8 +37,8 @@ _Encap_Header* exchange(_Eip_Session* session, const _Eip_Connection* connection
     return _SendUnitData(session, &address.head, nullptr, &data.head, request);
 }
 
-/// Address and data item have the type and the length that a connected reply has. What is behind
-/// them is not looked at: targets append items of their own.
+/// Address and data item have the type and the length that a connected reply has. The bytes after
+/// them are ignored: targets append items of their own.
 bool isConnectedPacket(const cip::CpfView& items) {
     return _GetItemType(items.address) == CPF_CONNECTED_ADDRESS &&
            _GetItemLength(items.address) == kConnectionIdSize &&

@@ -19,7 +19,7 @@ extern uint16_t _Parameters;    ///< network connection parameters
 extern uint8_t _Transport;      ///< class 3, application trigger, server
 extern uint8_t _TimeOutMultiplier;
 
-/// The longest connection path a record holds, in bytes.
+/// The longest connection path of a record, in bytes.
 const int kMaxConnectionPath = 255;
 
 /// The connection size in network connection parameters (CIP Vol. 1, 3-5.5.1.1): the bytes that a
@@ -59,7 +59,7 @@ _Eip_Connection* _ConnectPLCOverCNET2(_Eip_Session* session, int plcKind,
                                       unsigned char routePathLength);
 
 /// The same with O->T connection id 0: the target chooses it, as bridges of a ControlNet route do.
-/// PCCC commands to the controller behind the route go over it as Execute PCCC requests.
+/// PCCC commands to the controller at the end of the route go over it as Execute PCCC requests.
 _Eip_Connection* _ConnectPLCOverCNET(_Eip_Session* session, int plcKind, unsigned char priorityTick,
                                      unsigned char timeoutTicks, uint32_t tToOConnectionId,
                                      uint16_t connectionSerial, uint16_t vendorId,
@@ -69,7 +69,7 @@ _Eip_Connection* _ConnectPLCOverCNET(_Eip_Session* session, int plcKind, unsigne
 
 /// Opens a class 3 connection, O->T connection id 0, to the DH+ proxy at the end of `routePath` (to
 /// the module that has the DH+ ports). `channel` is 'A' or 'B', in either case; any other gives
-/// null with (0, -1, 0). PCCC commands go over it with a DH+ header in front. Otherwise as above.
+/// null with (0, -1, 0). PCCC commands go over it with a DH+ header before them. Else as above.
 _Eip_Connection* _ConnectPLCOverDHP(_Eip_Session* session, int plcKind, unsigned char priorityTick,
                                     unsigned char timeoutTicks, uint32_t tToOConnectionId,
                                     uint16_t connectionSerial, uint16_t vendorId,
@@ -114,8 +114,8 @@ int _GetConnectedRequestLimit(const _Eip_Connection* connection);
 /// Sends one message-router request over the connection with the next sequence count. Returns a
 /// copy of the reply's connected data item (type 0x00B1, length, sequence count, message-router
 /// reply), to be freed with free(); its length field counts the bytes after the head, and 2 zero
-/// bytes follow them. The error record then holds (2, encapsulation status, 0); what a target puts
-/// after the data item is not looked at. Null: (0, -31, 0), nothing sent, when the request fits
+/// bytes follow them. The error record then contains (2, encapsulation status, 0). Bytes after the
+/// data item are ignored. Null: (0, -31, 0), nothing sent, when the request fits
 /// neither an encapsulated request nor the connection's size; no reply; (2, status, 0) for a reply
 /// without a data item; (0, -7, 0) for a reply to another command, session or sequence count; (0,
 /// -20, 0) for items of another type or length than a connected reply has, or that are not whole.

@@ -7,7 +7,7 @@
 
 namespace cip {
 
-/// The size field counts words; a path of odd length goes out with a zero byte after it.
+/// The size field counts words; a path of odd length is sent with a zero byte after it.
 inline int pathWords(int pathLength) {
     return (pathLength + 1) / 2;
 }

@@ -39,7 +39,7 @@ enum EncapCommand : uint16_t {
     ENCAP_CANCEL = 0x0073
 };
 
-/// Fields of a header. `header` must not be null and must hold 24 bytes.
+/// Fields of a header. `header` must not be null and must contain 24 bytes.
 uint16_t _GetEncapCommand(const _Encap_Header* header);
 uint16_t _GetEncapLength(const _Encap_Header* header);
 uint32_t _GetEncapSessionHandle(const _Encap_Header* header);

@@ -23,7 +23,7 @@ struct CipIdentity {
 
 /// Takes the first item of a ListIdentity reply apart. False with (0, -20, 0) when the reply is to
 /// another command, has no identity item, or the item is not whole; `*identity` is then unchanged.
-/// The reply is trusted to hold 24 + length bytes.
+/// The reply is trusted to contain 24 + length bytes.
 bool DecodeIdentity(const _Encap_Header* reply, CipIdentity* identity);
 
 #endif

@@ -32,15 +32,15 @@ const int kWriteFragmentFixedSize = kWriteTagFixedSize + 4;
 /// is longer than 255 words or a part of the name longer than 255 bytes.
 unsigned char* _BuildLgxReadDataRequest(const char* tagName, uint16_t elementCount, int* size);
 
-/// Write Tag request. `data` holds `dataBytes` bytes: the characters of a short string (at most
-/// 255; its element count goes out as 1), else the values of `elementCount` elements. Result as
+/// Write Tag request. `data` contains `dataBytes` bytes: the characters of a short string (at most
+/// 255; its element count is sent as 1), else the values of `elementCount` elements. Result as
 /// above; (0, -31, 0) also for more data than a request body takes.
 unsigned char* _BuildLgxWriteDataRequest(const char* tagName, _LGX_Data_Type dataType,
                                          const void* data, int dataBytes, uint16_t elementCount,
                                          int* size);
 
 /// Read Tag Fragmented request: of `elementCount` elements in all, as many bytes from byte `offset`
-/// on as a reply holds. Result as that of _BuildLgxReadDataRequest.
+/// on as fit a reply. Result as that of _BuildLgxReadDataRequest.
 unsigned char* _BuildLgxReadFragmentRequest(const char* tagName, uint16_t elementCount,
                                             uint32_t offset, int* size);
 
@@ -54,13 +54,13 @@ unsigned char* _BuildLgxWriteFragmentRequest(const char* tagName, _LGX_Data_Type
 /// Number of service replies in a connected or unconnected data item: the count of a Multiple
 /// Service Packet reply, 1 for a reply to Read Tag, Write Tag or Execute PCCC; 0 with (0, -22, 0)
 /// for any other service, with (0, -20, 0) for null or an item too short.
-/// The item must hold 4 + its length field bytes; everything inside is checked against that.
+/// The item must contain 4 + its length field bytes; everything inside is checked against that.
 int _GetService_ReplyNumber(const _Eip_Item* item);
 
 /// The service reply at `index`, inside the item. Its head, additional status and, for a good Read
 /// Tag reply, data type are whole. Null: (0, -10, 0) for another item type, (0, -21, 0) for an
-/// index beyond the replies, (0, -22, 0) for another service, (0, -20, 0) for anything that does
-/// not hold together.
+/// index beyond the replies, (0, -22, 0) for another service, (0, -20, 0) for any other
+/// malformed item.
 const _MR_Reply* _GetService_Reply(const _Eip_Item* item, int index);
 /// Bytes of that reply: up to the next one, or to the item's end. 0 when there is none.
 int _GetService_ReplySize(const _Eip_Item* item, int index);

@@ -15,8 +15,8 @@ const int kHeadSize = 1 + 1;
 const int kMaxPathBytes = 255 * 2;
 const int kMaxShortString = 255;
 
-/// Bytes of the tag's path, or -1 with the error recorded when a segment or the path's size field
-/// cannot hold it.
+/// Bytes of the tag's path, or -1 with the error recorded when a segment or the size field is
+/// too small for it.
 int pathSize(const char* tagName) {
     const int size = _BuildIOI(nullptr, tagName);
     if (size > kMaxPathBytes) {

@@ -12,19 +12,19 @@
 // Reading and writing controller tags by name over an open connection.
 
 /// Reads `elementCount` elements of a tag, in as many requests as it takes. Returns the decoded
-/// reply, to be freed with _FreeLGXRead, which may hold more elements than that; a short string's
+/// reply, to be freed with _FreeLGXRead, which may contain more elements; a short string's
 /// count is not compared. What comes in one reply is of one moment of the controller; what takes
 /// several is not. Null: (0, -31, 0), nothing sent, when the request does not fit (a part of the
 /// name above 255 bytes, a path above 255 words); (5, status word, extended status) when the
 /// controller refuses; (0, -102, 236) for the reply of another tag service; (0, -20, 0) for a reply
-/// that does not hold together, has fewer elements than asked for or is that of several services;
+/// that is malformed, has fewer elements than asked for or is that of several services;
 /// otherwise as _ConnectedSend and _DecodeLGX say.
 _LGX_Read* _ReadLgxData(_Eip_Session* session, _Eip_Connection* connection, const char* tagName,
                         uint16_t elementCount);
 
 /// Writes a tag: in one request when that fits the connection, else in pieces of whole elements,
 /// from the first to the last; a short string is never split. A failure after the first piece says
-/// in cip_err_msg() which elements are written. `data` must hold `elementCount` times the type's
+/// in cip_err_msg() which elements are written. `data` must contain `elementCount` times the type's
 /// size bytes; for a short string `elementCount` is its length and `data` its characters. Returns
 /// the number of service replies (1, or that of the pieces), or -1: (0, -24, 0) for a type without
 /// size, (0, -31, 0) when the request does not fit (a string above 255 characters, a part of the

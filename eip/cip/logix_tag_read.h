@@ -17,7 +17,7 @@ enum class LgxProgress {
 /// A read of a tag, request by request: Read Tag, and when the controller answers that only a part
 /// fits into the reply (general status 06), Read Tag Fragmented until all elements are there.
 ///
-/// It owns no socket: whoever drives it may use the connection for other things between two
+/// It owns no socket: its caller may use the connection for other things between two
 /// requests. A request and its answer belong together, so requests are taken and answered in turn.
 /// One thread at a time.
 class LgxTagRead {
@@ -29,7 +29,7 @@ class LgxTagRead {
     /// without memory, (0, -31, 0) when a part of the name or its path is too long.
     unsigned char* nextRequest(int* size) const;
 
-    /// Takes the connected data item that answers the last request; it must hold 4 + its length
+    /// Takes the connected data item that answers the last request; it must contain 4 + its length
     /// field bytes. Failures: (5, status word, extended status) for a refusal; it is the first
     /// reply's 06 when the controller does not know Read Tag Fragmented, and for a part whose type
     /// has no size. (0, -20, 0) for a piece of another type or service, without a byte, or with

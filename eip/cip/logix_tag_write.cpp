@@ -13,7 +13,7 @@ int sizeOf(_LGX_Data_Type type) {
     return type == LGX_TYPE_SHORT_STRING ? 0 : _GetLGXDataSize(type);
 }
 
-/// Whole elements that each of the pieces holds when the elements do not fit one Write Tag; 0 when
+/// Whole elements in each of the pieces when the elements do not fit one Write Tag; 0 when
 /// they do, and when not even one fits a piece.
 int elementsAPiece(const char* name, int elementSize, int count, int requestLimit) {
     const int path = _BuildIOI(nullptr, name);

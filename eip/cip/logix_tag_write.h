@@ -13,7 +13,7 @@
 class LgxTagWrite {
  public:
     /// `tagName` (null counts as empty) and `data` are borrowed and must outlive the object. `data`
-    /// holds `elementCount` elements, for a short string as many characters. `requestLimit` is the
+    /// has `elementCount` elements, for a short string as many characters. `requestLimit` is the
     /// number of bytes that a request may have, INT_MAX for no limit.
     LgxTagWrite(const char* tagName, _LGX_Data_Type dataType, const void* data,
                 uint16_t elementCount, int requestLimit);
@@ -22,7 +22,7 @@ class LgxTagWrite {
     /// a type without size, and as _BuildLgxWriteDataRequest says.
     unsigned char* nextRequest(int* size) const;
 
-    /// Takes the connected data item that answers the last request; it must hold 4 + its length
+    /// Takes the connected data item that answers the last request; it must contain 4 + its length
     /// field bytes. Failures: (5, status word, extended status) for a refusal, (0, -20, 0) for the
     /// reply of another service; otherwise as _GetService_Reply says.
     LgxProgress accept(const _Eip_Item* item);

@@ -13,7 +13,7 @@ struct FreeDeleter {
     void operator()(void* memory) const { free(memory); }
 };
 
-/// Owns a malloc()ed object of bytes; release() hands it out to a caller who will free() it.
+/// Owns a malloc()ed object of bytes; release() passes it to a caller that will free() it.
 template <typename T>
 using MallocPtr = std::unique_ptr<T, FreeDeleter>;
 

@@ -44,9 +44,9 @@ _Encap_Header* _ExSendMRRequest(_Eip_Session* session, const void* request, int 
 
 /// Sends an unconnected request and returns a copy of the message-router reply, to be freed with
 /// free(), with its size in bytes (0 without a reply; `replySize` may be null). The error record
-/// then holds (3, general status, extended status), which the caller judges, whatever the
-/// encapsulation status is. Null: no reply; a reply without a data item (2, encapsulation status,
-/// 0); a reply to another command or session (0, -7, 0); a reply that does not hold together or
+/// then contains (3, general status, extended status), which the caller judges, for every
+/// encapsulation status. Null: no reply; a reply without a data item (2, encapsulation status,
+/// 0); a reply to another command or session (0, -7, 0); a malformed reply or one that
 /// answers another service (0, -20, 0).
 _MR_Reply* _SendMRRequest(_Eip_Session* session, uint8_t service, const void* path, int pathLength,
                           const void* data, int dataLength, int* replySize);

@@ -9,7 +9,7 @@
 
 namespace cip {
 
-/// `reply` is null when the bytes do not hold a head with all its additional status words.
+/// `reply` is null when the bytes do not contain a head with all its additional status words.
 struct MRView {
     const _MR_Reply* reply;
     int size;  ///< bytes, head included

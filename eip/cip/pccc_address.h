@@ -9,7 +9,7 @@
 // The text is a file type, a file number, ':' and an element; then '.' and a sub-element, '/' and a
 // bit, as far as wanted: N7:0, F8:1, B3:2/5, T4:0.ACC, R6:0/DN, S:1, I:1.2/3. All numbers are
 // decimal; letters of either case. File types are O, I, S, B, T, C, R, N, F, A, D, L and ST; O, I
-// and S stand for the files 0, 1 and 2 when no number follows, every other type needs one. A
+// and S mean the files 0, 1 and 2 when no number follows, every other type needs one. A
 // sub-element is PRE, ACC (timer, counter), LEN, POS (control) or a word number (0 to 2 in these
 // three, any in O and I). A bit is a number below the element's width, or in the first word of a
 // timer, counter or control one of its names (EN TT DN; CU CD DN OV UN UA; EN EU DN EM ER UL IN

@@ -34,7 +34,7 @@ void _FreePLCRead(_PLC_Read* read);
 
 /// Decodes the reply to a typed read: a type/data parameter, or one for an array and one for its
 /// elements, then the data, which must fill the reply. The status byte is not looked at. Null with
-/// (0, -20, 0) when the `length` bytes do not hold together, with (1, errno, 0) without memory.
+/// (0, -20, 0) when the `length` bytes are malformed, with (1, errno, 0) without memory.
 _PLC_Read* _DecodePCCC(const _PCCC_Reply* reply, int length);
 
 /// Decodes the reply to a read with three address fields, bare data of elements of a type and size

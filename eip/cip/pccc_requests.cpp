@@ -66,7 +66,7 @@ class Writer {
         put(field + 1, length > 0 ? length - 1 : 0);  // its length byte is not sent
     }
 
-    /// `subElement`: whether the address's own goes out; otherwise 0.
+    /// `subElement`: true sends that of the address, false sends 0.
     void putThreeAddressField(const char* address, bool subElement) {
         unsigned char field[kMaxAddress];
         const int length = _BuildThreeAddressField(field, address);

@@ -9,7 +9,7 @@
 // status 0, transaction number, function code, then the function's fields. Each builder returns the
 // request, to be freed with free(), and its size. Null (size 0): (1, errno, 0) without memory,
 // (0, -1, 0) for an address that is none (pccc_address.h) or data that are not there, (0, -21, 0)
-// for an address that the fields cannot hold, (0, -31, 0) for more data than they can announce.
+// for an address beyond the fields, (0, -31, 0) for more data than they can announce.
 
 enum PcccFunction : uint8_t {
     PCCC_TYPED_WRITE = 0x67,
@@ -28,7 +28,7 @@ unsigned char* _BuildPLCReadDataRequest(uint16_t transaction, const char* addres
                                         int* size);
 
 /// Read of `byteCount` bytes (at most 255) from a file number, type and element, from its
-/// sub-element 0 on whatever the address names.
+/// sub-element 0 on, whichever sub-element the address names.
 unsigned char* _BuildPLCReadDataRequestPlus(uint16_t transaction, const char* address,
                                             int byteCount, int* size);
 

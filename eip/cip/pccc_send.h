@@ -8,7 +8,7 @@
 
 // PCCC requests on their way: inside Execute PCCC (service 0x4B to the PCCC object, class 0x67),
 // unconnected or over a connection to a message router; or over a connection to a DH+ proxy, with a
-// DH+ header in front.
+// DH+ header before them.
 
 /// Requestor id before every request of Execute PCCC and of its reply: its length, vendor id,
 /// serial number.
@@ -36,7 +36,7 @@ struct _PCCC_Target {
 /// looked at. Null: (0, -8, 0) without a request; (0, -1, 0) without what the way needs;
 /// (0, -22, 0) for an unconnected request to a DH+ node; a general status other than 0, as
 /// (3, general status, extended status); (0, -7, 0) for a reply to another requestor, command or
-/// transaction; (0, -20, 0) for a reply that does not hold together; otherwise as _ConnectedSend,
+/// transaction; (0, -20, 0) for a malformed reply; otherwise as _ConnectedSend,
 /// _SendMRRequest or _UnconnectedSend say.
 _PCCC_Reply* _SendConnectedPCCCRequest(const _PCCC_Target* target, const void* request,
                                        int requestLength, int* replySize);

@@ -139,7 +139,7 @@ int pick(_PCCC_Reply* reply, int replySize, const Span& span, uint16_t count) {
     return kPcccReplyHead + count * span.pickedSize;
 }
 
-/// Whole words are written: with the word that a bit stands in, its other bits would be
+/// Whole words are written: with the word that contains a bit, its other bits would be
 /// overwritten.
 bool namesNoBit(const char* address) {
     _PLC_Address parsed;

@@ -7,7 +7,7 @@
 #include "eip/cip/pccc_send.h"
 
 // Reading and writing the data tables of PLC-5, SLC 500 and MicroLogix controllers. Addresses are
-// those of pccc_address.h. `transaction` is a number that tells this request from the one before;
+// those of pccc_address.h. `transaction` differs from that of the previous request;
 // a reply that bears another is refused.
 //
 // A command goes over the target's connection when it has one, else unconnected. Failures before
@@ -32,7 +32,7 @@ _PLC_Read* _ReadPLCData_Ex(const _PCCC_Target* target, uint16_t transaction, con
 _PLC_Read* _ReadPLCData_ExPlus(const _PCCC_Target* target, uint16_t transaction,
                                const char* address, uint16_t count);
 
-/// Writes `count` elements of `type` with a typed write. `data` holds little-endian values of 2
+/// Writes `count` elements of `type` with a typed write. `data` contains little-endian values of 2
 /// bytes for integers and bit strings, 4 for floating point; another type is refused with
 /// (0, -24, 0), an address that names a bit with (0, -21, 0). Returns the reply's status byte (0 is
 /// success), or -1 without a reply.

@@ -6,7 +6,7 @@
 
 namespace {
 
-/// Half of the flag byte: a value up to 7 stands in it, a longer one after it.
+/// Half of the flag byte: a value up to 7 is in it, a longer one after it.
 const int kLargestInFlag = 7;
 const unsigned char kFollows = 0x08;
 const unsigned char kCountMask = 0x07;

@@ -3,8 +3,8 @@
 
 // Data types of typed reads and writes, and their type/data parameter on the wire (DF1 Protocol and
 // Command Set, 1770-6.5.16, chapter 13). The parameter is a flag byte, then what it announces: its
-// high half contains the type, or with bit 7 the number of bytes that hold it; its low half the
-// size in bytes, or with bit 3 the number of bytes that hold that. 42 is integer of 2 bytes, 94 08
+// high half contains the type, or with bit 7 the number of bytes that contain it; its low half the
+// size in bytes, or with bit 3 the number of bytes that contain it. 42 is integer of 2 bytes, 94 08
 // is floating point of 4 bytes.
 
 enum _PLC_Data_Type : int {

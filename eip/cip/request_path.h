@@ -7,8 +7,8 @@
 // and element segments 0x28, 0x29, 0x2A (C-1.4.2). Each function clears the error record and
 // returns the number of bytes it writes; with a null buffer it writes nothing and only counts, so
 // that a caller measures first and then fills. Any text terminates: nothing is read past its end.
-// A name that no controller could have gives a path that it will refuse; only what no segment can
-// hold fails.
+// A name that no controller could have gives a path that it will refuse; only a part that exceeds a
+// segment fails.
 
 /// The path of a whole name such as Udt.Member[3,70000].Low. A missing ']' counts as standing at
 /// the end. An empty name gives 0 bytes. -1 with (0, -31, 0) for a name with a part that

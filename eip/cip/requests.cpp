@@ -18,7 +18,7 @@ const int kTraceBuffers = 3;
 const uint32_t kInterfaceCIP = 0;
 const uint32_t kMsPerSecond = 1000;
 
-/// The time-out field holds whole seconds in 16 bits.
+/// The time-out field contains whole seconds in 16 bits.
 uint16_t timeoutSeconds(uint32_t ms) {
     return static_cast<uint16_t>(std::min<uint32_t>(ms / kMsPerSecond, UINT16_MAX));
 }

@@ -48,7 +48,7 @@ _Encap_Header* _ListIdentity(_Eip_Session* session);
 _Encap_Header* _ListInterfaces(_Eip_Session* session);
 
 /// Builds a SendRRData/SendUnitData request, all but its command; the caller frees it with free().
-/// Both items are handled as by _AddItem. `timeoutMs` goes out in whole seconds. Null with
+/// Both items are handled as by _AddItem. `timeoutMs` is sent in whole seconds. Null with
 /// (1, errno, 0) without memory, (0, -10, 0) for an unknown item type, (0, -31, 0) when the request
 /// does not fit into 1000 bytes.
 _Encap_Header* _BuildRequest(_Eip_Session* session, _Eip_Item* addressItem, const void* addressData,

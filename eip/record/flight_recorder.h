@@ -11,11 +11,11 @@
 #include "eip/record/record_writer.h"
 #include "eip/record/seen_texts.h"
 
-/// What one driver tells about itself: counters, which are always kept, and the flight recorder,
+/// The statistics of one driver: counters, which are always kept, and the flight recorder,
 /// which is on when the settings name a folder.
 ///
 /// Each operation counts and, when the recorder is on, makes a record. Nothing here waits for the
-/// disk: the writer thread alone touches it. Texts may hold any character; what is no printable one
+/// disk: the writer thread alone touches it. Texts may contain any character; an unprintable one
 /// becomes a blank. Nothing throws.
 class FlightRecorder {
  public:
@@ -57,7 +57,7 @@ class FlightRecorder {
 
     // ---- worker thread: connection --------------------------------------------------------
 
-    /// A TCP connection is asked for. connected() or connectFailed() tells how it ended. An
+    /// A TCP connection is asked for. connected() or connectFailed() reports the result. An
     /// attempt that fails like the one before it is counted and makes no record.
     void connecting(const QString& host, unsigned short port);
     void connected();

@@ -12,7 +12,7 @@ struct LiveFigures {
     LiveFigures();
     uint64_t requests;             ///< encapsulated messages to the controller, openings included
     uint64_t answers;              ///< whole messages from it
-    uint64_t timeouts;             ///< answers that did not come in time
+    uint64_t timeouts;             ///< answers that did not arrive in time
     uint64_t connects;             ///< TCP connections made
     uint64_t connectFailures;      ///< attempts that failed
     uint64_t opens;                ///< class 3 connections opened; all but the first are reconnects

@@ -7,13 +7,13 @@
 #include <vector>
 
 /// The blocks of a capture file that a recording needs (IETF draft-ietf-opsawg-pcapng), in the
-/// byte order of this machine, which the file itself tells. Each function appends one whole block
+/// byte order of this machine, which the file itself states. Each function appends one whole block
 /// to `out`. Any thread.
 
 /// Packets are whole IPv4 packets without a link layer before them.
 const uint16_t kPcapngLinkTypeRaw = 101;
 
-/// The beginning of the file: who wrote it and what it is about, both UTF-8.
+/// The beginning of the file: its author and its subject, both UTF-8.
 void pcapngSectionHeader(const std::string& application, const std::string& comment,
                          std::vector<unsigned char>* out);
 /// The one interface, with times in microseconds.

@@ -30,10 +30,10 @@ RecordTime recordTimeNow();
 /// The monotonic one of the two alone.
 int64_t monotonicMicros();
 
-/// What stands before the data of each record in memory.
+/// The head before the data of each record in memory.
 struct RecordHead {
     RecordTime time;
-    uint32_t size;        ///< bytes of data behind the head
+    uint32_t size;        ///< bytes of data after the head
     uint16_t kind;        ///< RecordKind
     uint16_t connection;  ///< number of the TCP connection that it belongs to; wraps
 };
@@ -44,7 +44,7 @@ struct RecordView {
     const unsigned char* data;
 };
 
-/// Takes the record at `*at` of the `size` bytes at `records` and moves `*at` behind it. False at
+/// Takes the record at `*at` of the `size` bytes at `records` and moves `*at` after it. False at
 /// the end, or when no whole record is there.
 bool nextRecord(const unsigned char* records, size_t size, size_t* at, RecordView* record);
 

@@ -152,7 +152,7 @@ void RecordFolder::removeLeftovers() const {
     }
 }
 
-/// Removes the oldest recordings until the limits hold; the newest stays in any case.
+/// Removes the oldest recordings until the limits are met; the newest stays in any case.
 void RecordFolder::makeRoom(const std::string& newest) const {
     const QDir folder(text(path));
     const QRegExp pattern(QLatin1String("\\d{8}-\\d{6}-[a-z0-9-]+\\.pcapng"));

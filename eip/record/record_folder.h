@@ -13,10 +13,10 @@
 class RecordFolder {
  public:
     explicit RecordFolder(const std::string& path);
-    /// Gives up a file that was begun.
+    /// Discards a file that was begun.
     ~RecordFolder();
 
-    /// Makes the folder if there is none, removes what killed processes left behind, and begins a
+    /// Makes the folder if there is none, removes the files of killed processes, and begins a
     /// file. This and the following are false with the reason in `problem`, and nothing is left of
     /// the file.
     bool begin(std::string* problem);

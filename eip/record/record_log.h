@@ -48,7 +48,7 @@ class RecordLog {
         RecordTime last;  ///< of the copy
         const std::vector<unsigned char>* records;
     };
-    /// Waits up to `ms` for something to do. With kWrite, `job` holds until done().
+    /// Waits up to `ms` for something to do. With kWrite, `job` is valid until done().
     Step next(unsigned long ms, Job* job);
     void done();
 

@@ -12,7 +12,7 @@ namespace {
 const size_t kOpeningSize = 4096;
 const size_t kOpeningMessage = 512;
 
-/// The event that tells of missing records.
+/// The event that reports missing records.
 const size_t kMissingText = 64;
 
 void appendRecord(std::vector<unsigned char>* out, const RecordHead& head, const void* data) {

@@ -11,7 +11,7 @@
 ///
 /// A new record takes the place of the oldest ones when the bytes, the messages or the events are
 /// at their limit. How the TCP connection of the oldest message was opened is kept aside, since
-/// whoever reads a recording cannot take a connected message apart without its Forward Open.
+/// a reader of a recording cannot decode a connected message without its Forward Open.
 ///
 /// One thread at a time.
 class RecordRing {
@@ -25,7 +25,7 @@ class RecordRing {
                 size_t size);
 
     /// Makes `out` a copy of all records, oldest first, to be read with nextRecord(). Before them
-    /// come the opening that was kept aside and an event that tells how many are missing. `out`
+    /// are the opening that was kept aside and an event with the number of missing ones. `out`
     /// does not grow beyond copySize().
     void copyTo(std::vector<unsigned char>* out) const;
     size_t copySize() const;

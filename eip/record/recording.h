@@ -16,7 +16,7 @@
 /// itself.
 ///
 /// Times come from the monotonic clock, moved to the time of day of the last record; where the
-/// system's clock was set meanwhile, an event tells by how much.
+/// system's clock was set meanwhile, an event shows by how much.
 ///
 /// One thread at a time.
 class Recording {
@@ -24,7 +24,7 @@ class Recording {
     /// `last` is the time of the newest record.
     explicit Recording(const RecordTime& last);
 
-    /// Appends the head of the file: who wrote it, and `comment`.
+    /// Appends the head of the file: its author, and `comment`.
     void begin(const std::string& application, const std::string& comment,
                std::vector<unsigned char>* out);
     /// Appends what one record comes to, in the order of time.
