@@ -38,7 +38,7 @@ class DriverABMicro800Eth : public QObject, public DriverInterface {
     DriverABMicro800Eth();
     /// Stops the worker and waits for its thread, without a limit: at most one connect or one
     /// request with its time-outs. Then waits up to a second for the last recording. Also safe in a
-    /// handler that exit() runs, whatever else is gone.
+    /// handler that exit() runs, even when other objects are already destroyed.
     virtual ~DriverABMicro800Eth();
 
     /// The object that the plugin loader hands out, a new one when the last was deleted; null when
@@ -78,7 +78,7 @@ class DriverABMicro800Eth : public QObject, public DriverInterface {
     /// Receives one answer line from client pipe 0; false when none came in time.
     bool recvRspFromWorker();
     void resetRspBuf();
-    /// Puts "read ADDRESS> " in front of the error text, once.
+    /// Puts "read ADDRESS> " before the error text, once.
     void appendCmdToReadCommError(int stationNumber, const CommunicatorCommand& command);
 
     // ---- write path (write_path.cpp) -------------------------------------------------------
@@ -135,7 +135,7 @@ class DriverABMicro800Eth : public QObject, public DriverInterface {
     bool createDBConnection();
     bool readDB(AbstractDeviceInterface* device);
     bool initArrayDefMap(int connectorId);
-    /// Parses "lower..upper" ranges; on failure `dims` holds the number of parts all the same.
+    /// Parses "lower..upper" ranges; on failure `dims` contains the number of parts all the same.
     bool arrayDefFromStr(const QString& ranges, LgxArrayDef& def) const;
     bool arrayDefined(const QString& name) const;
     int arraySize(const QString& name) const;

@@ -1,4 +1,4 @@
-// What the driver tells its recorder, and what it tells others of itself.
+// The driver's events for its recorder, and its counters for a host.
 
 #include "drivers/ab_micro800_ethernet/ab_micro800_ethernet.h"
 #include "drivers/ab_micro800_ethernet/border.h"

@@ -18,7 +18,7 @@
 
 namespace {
 
-/// Reads one decimal int and moves `*text` behind it; false when there is none that fits.
+/// Reads one decimal int and moves `*text` after it; false when there is none that fits.
 bool scanInt(const char** text, int* value) {
     char* end = 0;
     errno = 0;

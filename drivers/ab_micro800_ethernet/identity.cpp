@@ -97,7 +97,7 @@ bool DriverABMicro800Eth::isSupportSessionCommand() {
     return true;
 }
 
-/// The text stays: only the flag tells whether the last access failed.
+/// The text stays: only the flag shows whether the last access failed.
 void DriverABMicro800Eth::clearCommError() {
     commError = false;
 }
@@ -107,7 +107,7 @@ void DriverABMicro800Eth::setCommError(const QString& text) {
     commError = true;
 }
 
-/// Names the access in front of the error text, once.
+/// Names the access before the error text, once.
 void DriverABMicro800Eth::prefixCommError(const char* verb, const CommunicatorCommand& command) {
     if (!lastError.contains(QLatin1Char('>'))) {
         lastError =
@@ -115,7 +115,7 @@ void DriverABMicro800Eth::prefixCommError(const char* verb, const CommunicatorCo
     }
 }
 
-/// The error of an access over which memory ran out; takes none. Without the access in front when
+/// The error of an access that ran out of memory; allocates none. Without the access before it when
 /// there is still none for it.
 void DriverABMicro800Eth::noMemoryFor(const char* verb, const CommunicatorCommand& command) {
     access = nullptr;

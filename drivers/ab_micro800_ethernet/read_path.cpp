@@ -23,7 +23,7 @@ const int kMaxReadTargets = 4096;
 /// that is kept.
 const int kKeptValueSize = 512;
 
-/// Where the transaction id stands in a line: behind the code and a tab.
+/// The position of the transaction id in a line: after the code and a tab.
 const int kIdPos = 3;
 
 /// Cuts the value, or appends zeros.
@@ -85,7 +85,7 @@ bool DriverABMicro800Eth::prepare(AbstractDeviceInterface* device, const char* v
         return false;
     }
     const bool isFirst = !worker;
-    // A list that the worker did not take is handed over again, and holds up no later access.
+    // A list that the worker did not take is handed over again, and delays no later access.
     const bool isReady = (!isFirst && pendingSessionCommands.isEmpty()) || initWorker(device);
     if (isFirst && !isReady) {
         const QString reason = worker ? worker->errStr() : lastError;
@@ -290,7 +290,7 @@ bool DriverABMicro800Eth::recvRspFromWorker() {
     return true;
 }
 
-/// Looks for the line with this transaction id and drops what stands behind it: no digit of a late
+/// Looks for the line with this transaction id and drops the bytes after it: no digit of a late
 /// answer may end up in the value. False when there is no such line.
 bool DriverABMicro800Eth::cutBehindAnswer(unsigned short id) {
     const QByteArray digits = QByteArray::number(id, 16).toUpper().rightJustified(4, '0');

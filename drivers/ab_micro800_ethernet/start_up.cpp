@@ -129,7 +129,7 @@ DriverABMicro800Eth::~DriverABMicro800Eth() {
     if (worker) {
         worker->stop();
         worker->wait(ULONG_MAX);
-        worker.reset();  // which still tells the recorder that it closes the connection
+        worker.reset();  // which still records the closing of the connection
     }
     // Only where the declarations could not be read is the database still open, and never after
     // endLivingDrivers(): Qt's list of connections may be gone by then.

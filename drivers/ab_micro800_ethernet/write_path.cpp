@@ -9,7 +9,7 @@
 
 namespace {
 
-/// The shortest prefix symbol has three characters, so a usable "0:" never stands before here.
+/// The shortest prefix symbol has three characters, so a usable "0:" never occurs before here.
 const int kFirstNamePos = 3;
 
 }  // namespace
