@@ -18,7 +18,7 @@ struct Options {
     QStringList faults;
     QString log;
     int delayMs = 0;
-    int rampMs = 0;  ///< 0: values stand still
+    int rampMs = 0;  ///< 0: values stay constant
     QStringList rampTags;
     bool control = false;
     bool discovery = false;

@@ -14,8 +14,8 @@ struct Endpoint {
 bool parseEndpoint(const QString& text, Endpoint* endpoint, QString* problem);
 
 /// The first IPv4 address of a host (dotted text or a name), as text. It takes as long as the
-/// system takes to find out. False when there is none: the driver and the transport do not tell an
-/// unknown host from one that is out of reach.
+/// system takes. False when there is none: the driver and the transport do not distinguish
+/// an unknown host from one that is out of reach.
 bool lookUpHost(const QString& host, QString* address, QString* problem);
 
 #endif

@@ -15,7 +15,7 @@ namespace {
 
 QVector<KeptInput> kept;
 
-/// The descriptor that holds what was read under this name; -1 when there is none.
+/// The descriptor that contains the input of this name; -1 when there is none.
 int keptDescriptor(const QString& name) {
     for (const KeptInput& input : kept) {
         if (input.name == name) {

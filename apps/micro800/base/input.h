@@ -5,7 +5,7 @@
 #include <QString>
 #include <QVector>
 
-/// The name that stands for standard input.
+/// The name that means standard input.
 const char kStandardInput[] = "-";
 
 /// The largest input that is read, in bytes.

@@ -8,7 +8,7 @@ namespace {
 /// Of so many characters typed, or fewer, one may be wrong.
 const int kCharactersAMistake = 3;
 
-/// So many typed characters are enough to tell a word by its beginning.
+/// So many typed characters are enough to recognise a word by its beginning.
 const int kShortestBeginning = 3;
 
 }  // namespace

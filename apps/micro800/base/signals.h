@@ -4,7 +4,7 @@
 #include <csignal>
 
 /// Whether this process ignores the signal, as it may have been started to. Even so a signal that
-/// is blocked comes through to who waits for it.
+/// is blocked reaches a thread that waits for it.
 bool isIgnored(int number);
 
 /// Holds every signal back from the calling thread while it lives, but those that report a fault

@@ -131,8 +131,8 @@ class Watch {
         view->end(model, now());
     }
 
-    /// A user's stop is no failure, whatever the tags show. That the output fails the program
-    /// tells.
+    /// A user's stop is no failure, for any tag states. The program reports an
+    /// output that fails.
     int exitCode() const {
         return stops.stopped() || quit || model.allGood() ? kExitOk : kExitFailed;
     }

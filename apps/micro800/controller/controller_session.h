@@ -66,10 +66,10 @@ class ControllerSession {
     /// Ends everything, with a word to the controller where a reply can still be had.
     void close();
 
-    /// Reads one element of a tag over the connection: one request, and its type whatever it is.
+    /// Reads one element of a tag over the connection: one request, any type.
     /// After Kind::kNone the connection is in doubt: close() and open().
     TagReply read(const QByteArray& name);
-    /// Reads `count` elements as the plugin does, in pieces where one reply does not hold them.
+    /// Reads `count` elements as the plugin does, in pieces where one reply is too small for them.
     TagReply readWhole(const QByteArray& name, int count);
     /// Sends a request unconnected.
     ObjectReply object(int service, const QByteArray& path, const QByteArray& data);

@@ -20,8 +20,8 @@ QString productText(const CipIdentity& identity);
 QString revisionText(const CipIdentity& identity);
 QString serialText(const CipIdentity& identity);
 
-/// Everything in the order in which it is printed. The product name, which may hold any byte,
-/// stands in quotes with escapes in the text, and as it is in the JSON value.
+/// Everything in the order in which it is printed. The product name, which may contain any byte,
+/// is in quotes with escapes in the text, and as it is in the JSON value.
 QVector<Fact> identityFacts(const CipIdentity& identity);
 
 #endif

@@ -28,7 +28,7 @@ const int kStructureCode = 0xA0;
 
 const int kMostDimensions = 3;
 
-/// More than any of these controllers holds: a list that does not end is none.
+/// More than any of these controllers contains: a list that does not end is none.
 const int kMostSymbols = 100000;
 
 void put16(int value, QByteArray* bytes) {

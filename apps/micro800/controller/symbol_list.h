@@ -10,7 +10,7 @@
 #include "apps/micro800/format/tag_type.h"
 
 /// A variable as the controller's symbol object (class 6B) lists it. Nothing in it has been checked
-/// beyond its being there: the name may hold any byte.
+/// but its presence: the name may contain any byte.
 struct Symbol {
     quint32 instance = 0;
     QByteArray name;
@@ -25,7 +25,7 @@ struct Symbol {
     /// "DINT", "a structure".
     QString typeText() const;
     /// The prefix type; null when there is none, for a structure, and when the name is none that an
-    /// address can hold.
+    /// address can contain.
     const TagType* tagType() const;
     /// DINT0:COUNTER, or DINT0:RECIPE[0..9,0..4] for an array; empty without a tagType().
     QString address() const;
@@ -37,7 +37,7 @@ struct Symbol {
 typedef std::function<ObjectReply(int service, const QByteArray& path, const QByteArray& data)>
     ObjectRequester;
 
-/// Takes the entries of one reply apart. False when they do not hold together, or when an instance
+/// Takes the entries of one reply apart. False when they are malformed, or when an instance
 /// is not above the one before it (`last` is that of the reply before; 0 for none).
 bool takeSymbols(const QByteArray& data, quint32 last, QVector<Symbol>* symbols);
 

@@ -8,7 +8,7 @@
 
 namespace {
 
-/// What the driver takes for an array element, wherever in the address it stands.
+/// The text that the driver takes for an array element, anywhere in the address.
 const QRegularExpression& elementPattern() {
     static const QRegularExpression pattern(
         QStringLiteral(R"(\b([a-z]+0):((\w+)\[(\d+(?:,\d+){0,2})\]))"),
@@ -47,7 +47,7 @@ QString unknownPrefix(const QString& text, const QString& prefix) {
         .arg(text, prefix, tagPrefixes().join(QLatin1String(", ")));
 }
 
-/// Brackets that hold indexes, wherever they stand. The driver sends other brackets on as they are,
+/// Brackets that contain indexes, at any place. The driver sends other brackets on as they are,
 /// and the path would name an element that nobody meant: 0 for a word, 255 for -1.
 bool bracketsHoldIndexes(const QString& name) {
     static const QRegularExpression pattern(

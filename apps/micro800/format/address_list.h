@@ -13,7 +13,7 @@ struct ListedWord {
     QString text;
     QString place;  ///< "tags.txt:12"; empty for an argument of the command line
 
-    /// `problem` with the place in front.
+    /// `problem` after the place.
     QString problemHere(const QString& problem) const;
 };
 

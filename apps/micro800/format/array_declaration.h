@@ -11,7 +11,7 @@ struct ArrayDeclaration {
         int upper;
     };
 
-    QString text;           ///< as written; what the database holds
+    QString text;           ///< as written; the text in the database
     QString name;           ///< in upper case: the driver's key
     QVector<Range> ranges;  ///< one to three
     int elementSize = 0;    ///< bytes; 0 for STRING

@@ -6,7 +6,7 @@
 #include <QString>
 
 /// Text that came from a controller, a project database or a file, made harmless for the place that
-/// shows it: one function for each place. Such text may hold anything, also what a terminal obeys
+/// shows it: one function for each place. Such text may be anything, also what a terminal obeys
 /// (ESC, BEL, the one-character CSI 9B), what turns the direction of writing round, and the ends of
 /// lines and fields. All of them are free of state and may be used on any thread.
 ///
@@ -30,7 +30,7 @@ QByteArray jsonText(const QJsonObject& object);
 
 /// One field of a CSV record (RFC 4180), always one line: backslashes doubled, then in double
 /// quotes where it contains a comma, a semicolon, a quote or a blank at an end. A text that a
-/// spreadsheet would compute, because it begins with = + - @, gets an apostrophe in front, and so
+/// spreadsheet would compute, because it begins with = + - @, gets a leading apostrophe, and so
 /// does one that begins with an apostrophe; a reader takes one away. Not for numbers, which are
 /// what they are.
 QString csvField(const QString& text);

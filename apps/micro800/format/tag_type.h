@@ -15,7 +15,7 @@ struct TagType {
     int size;  ///< bytes an element; 0 for STRING, whose elements have no fixed size
 };
 
-/// The most characters that a controller's short string holds: its length is one byte.
+/// The most characters of a controller's short string: its length is one byte.
 const int kLongestString = 255;
 
 /// The type of exactly this prefix (upper case, with its "0"); null for any other. The records

@@ -7,14 +7,14 @@
 
 #include "apps/micro800/format/tag_type.h"
 
-/// Values between the driver's bytes (little-endian, as the controller holds them) and text.
+/// Values between the driver's bytes (little-endian, as the controller stores them) and text.
 ///
 ///   BOOL            false or true; any byte but 0 is true. Read from text also as on, off, yes,
 ///                   no, 1 or 0, in any case.
 ///   whole numbers   decimal; read from text also as hexadecimal (0x2A), as a number like any
 ///                   other: 0xFFFF is 65535 and does not fit INT.
 ///   REAL, LREAL     the shortest text that gives the same bits again; inf, -inf and nan when the
-///                   controller holds them. Only finite numbers are read from text.
+///                   controller stores them. Only finite numbers are read from text.
 ///   STRING          in double quotes, escaped as quotedText() of format/escape.h does.
 ///                   One byte per character (Latin-1). Text is read unchanged, without quotes.
 

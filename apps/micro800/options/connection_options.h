@@ -42,7 +42,7 @@ bool projectOptionsFrom(const CommandLine& line, ConnectionOptions* options, QSt
 /// Takes them from the command line. False when one is missing or wrong.
 bool connectionOptionsFrom(const CommandLine& line, ConnectionOptions* options, QString* problem);
 
-/// Makes the application directory hold the project (which starts the program anew, once), loads
+/// Makes the application directory contain the project (which starts the program anew, once), loads
 /// the plugin and opens the session. False with the reason on the console.
 bool openSession(const ConnectionOptions& options, DriverSession* session, Console& console);
 

@@ -86,7 +86,7 @@ QStringList pluginPlaces(const QString& programDir) {
 bool findPlugin(const QString& given, const QString& programDir, QString* file, QString* problem) {
     *file = given.isEmpty() ? qEnvironmentVariable("MICRO800_PLUGIN") : given;
     if (!file->isEmpty()) {
-        return true;  // load() tells what is wrong with it
+        return true;  // load() reports the fault
     }
     const QStringList places = pluginPlaces(programDir);
     for (const QString& place : places) {

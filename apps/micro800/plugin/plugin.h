@@ -19,7 +19,7 @@ class Plugin {
     Plugin& operator=(const Plugin&) = delete;
 
     /// Loads `file`. False when there is no such file, when it is no plugin, or when it is a
-    /// plugin for another interface; `problem` tells which.
+    /// plugin for another interface; `problem` names the reason.
     bool load(const QString& file, QString* problem);
     /// The same for a driver of its own: load() gives every caller the one instance of the file.
     /// False also when the file makes no further ones.

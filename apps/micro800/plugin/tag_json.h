@@ -9,7 +9,7 @@
 
 /// The object that --json prints for one access: "address", "type", "ok", "ms" (how long it took,
 /// in milliseconds), and "value" (one element), "values" (an array, for a count above 1) or
-/// "error". `bytes` are the value's own, also where a write's result holds none.
+/// "error". `bytes` are the value's own, also where a write's result has none.
 QJsonObject accessJson(const TagAddress& address, int count, const DriverResult& result,
                        const QByteArray& bytes, NumberBase base = NumberBase::kDecimal);
 

@@ -16,7 +16,7 @@ const int kBytesARequest = 504 - 2 - 4 - 2;
 /// The driver hands its list to the worker in one line of at most so many bytes, or not at all.
 const int kListLimit = 4096;
 
-/// Requests that it takes to read so many elements of a type: an array comes in pieces of whole
+/// Requests that it takes to read so many elements of a type: an array is read in pieces of whole
 /// elements.
 int requestsFor(const TagType& type, int count);
 

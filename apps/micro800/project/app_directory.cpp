@@ -143,7 +143,7 @@ int makeHandover(const QString& directory) {
     if (pipe(ends) != 0) {
         return -1;
     }
-    // A pipe holds at least a page; a longer record must not wait for a reader.
+    // A pipe takes at least a page; a longer record must not wait for a reader.
     fcntl(ends[1], F_SETFL, O_NONBLOCK);
     const ssize_t written =
         write(ends[1], record.constData(), static_cast<std::size_t>(record.size()));

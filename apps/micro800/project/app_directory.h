@@ -6,11 +6,11 @@
 /// The directory that plays the runtime's application directory.
 ///
 /// The driver looks for the project's database below the directory of the running program, which
-/// Qt takes from /proc/self/exe. So that any directory can hold the project, the program copies
+/// Qt takes from /proc/self/exe. So that any directory can contain the project, the program copies
 /// itself into a private temporary directory, puts `compile` of the project beside the copy (a
 /// symbolic link, or an empty project when none was named) and runs the copy in its place. It
 /// removes what it has put there when the copy has ended, however that was; only when it is killed
-/// by SIGKILL itself the directory stays behind.
+/// by SIGKILL itself the directory remains.
 ///
 /// The copy knows what it is from an option before its arguments, which names a descriptor: a
 /// pipe that contains the directories, and the inputs that cannot be read again (base/input.h), and
@@ -29,10 +29,10 @@ bool adoptAppDirectory(int* argc, char** argv, QString* problem);
 /// The directory of the program that the user started, also in the copy.
 QString programDirectory();
 
-/// Makes the application directory hold the project in `project`, or an empty project when that
+/// Makes the application directory contain the project in `project`, or an empty project when that
 /// is empty. Returns true at once in the copy. Otherwise it does not return (the copy starts
 /// from main() with the same arguments, and this process ends as it does) unless something fails:
-/// then false, nothing left behind.
+/// then false, nothing is left.
 bool enterAppDirectory(const QString& project, QString* problem);
 
 #endif

@@ -14,7 +14,7 @@ bool projectExists(const QString& directory);
 /// Makes a project without any declaration in `directory`.
 bool createEmptyProject(const QString& directory, QString* problem);
 
-/// What a project holds, of what the drivers look at.
+/// The contents of a project that the drivers read.
 struct ProjectContents {
     struct Link {
         int linkId;

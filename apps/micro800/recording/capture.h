@@ -5,7 +5,7 @@
 #include <QString>
 #include <QVector>
 
-/// One thing that a recording holds.
+/// One item of a recording.
 struct CaptureEntry {
     enum Kind { kEvent, kRequest, kReply };
     qint64 micros = 0;  ///< since 1970

@@ -12,7 +12,7 @@ struct MessageFacts {
     bool good = false;  ///< a whole reply without an error
 };
 
-/// Takes a message apart, which may hold anything.
+/// Decodes a message, which may contain anything.
 MessageFacts messageFacts(const QByteArray& message, bool isReply);
 
 /// In one line: "Read Tag COUNTER", "Read Tag good", "Read Tag refused with status 05".

@@ -7,8 +7,8 @@
 
 #include "apps/micro800/recording/capture.h"
 
-/// What a recording comes to, for who wants to know what happened. Times of day are
-/// microseconds since 1970, spans are microseconds; -1 stands for none.
+/// The summary of a recording for a reader. Times of day are
+/// microseconds since 1970, spans are microseconds; -1 means none.
 struct Story {
     QString why;
     QString detail;

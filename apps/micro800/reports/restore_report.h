@@ -8,7 +8,7 @@
 #include "apps/micro800/setpoints/value_file.h"
 #include "apps/micro800/terminal/console.h"
 
-// What restore tells.
+// The messages of restore.
 
 /// How a restore came to its end.
 enum class RestoreEnd {

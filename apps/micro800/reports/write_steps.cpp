@@ -38,7 +38,7 @@ bool isString(const QString& addressText) {
            address.type->kind == ValueKind::kString;
 }
 
-/// ADDRESS=VALUE or ADDRESS=VALUE,VALUE; the text behind = is all of a string. A blank before
+/// ADDRESS=VALUE or ADDRESS=VALUE,VALUE; the text after = is all of a string. A blank before
 /// the = lets one follow it too.
 bool assignmentFrom(const QString& text, WriteStep* step, QString* problem) {
     const int equals = text.indexOf(QLatin1Char('='));

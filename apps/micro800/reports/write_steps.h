@@ -11,7 +11,7 @@
 struct WriteStep {
     TagAddress address;
     CommunicatorCommand command;
-    QByteArray bytes;  ///< of all values, as the controller holds them
+    QByteArray bytes;  ///< of all values, as the controller stores them
     int count = 1;
 };
 

@@ -24,7 +24,7 @@ struct FeedTags {
 /// for. The driver may keep its caller waiting for a second or two; nobody else waits with it.
 class TagFeed {
  public:
-    /// What the feed tells of itself; called on its thread.
+    /// The feed's reports; called on its thread.
     struct Listener {
         std::function<void(const QString&)> log;  ///< a write and what came of it
         std::function<void()> replyReady;

@@ -7,15 +7,15 @@
 
 #include "apps/micro800/setpoints/value_file.h"
 
-/// One element that a controller holds otherwise than a file.
+/// One element that differs between a controller and a file.
 struct Difference {
     int value = 0;    ///< which of the file's values
     int element = 0;  ///< which element of it
-    QByteArray now;   ///< what the controller holds; both in the form of element_value.h
+    QByteArray now;   ///< the controller's value; both in the form of element_value.h
     QByteArray wanted;
 };
 
-/// The elements of a saved value that differ from what the controller holds; `value` is its number
+/// The elements of a saved value that differ from the controller's; `value` is its number
 /// in the file. `now` has as many elements as the value.
 QVector<Difference> differencesOf(const SavedValue& saved, int value,
                                   const QVector<QByteArray>& now);

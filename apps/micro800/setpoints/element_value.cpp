@@ -29,7 +29,7 @@ QByteArray realElement(const TagType& type, double value) {
                           : realBytes<quint64>(value);
 }
 
-/// The values that a program is not to write by hand, but that a controller may hold.
+/// The values that a program is not to write by hand, but that a controller may contain.
 bool specialReal(const TagType& type, const QString& text, QByteArray* element) {
     const double infinity = std::numeric_limits<double>::infinity();
     const struct {

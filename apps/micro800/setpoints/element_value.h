@@ -9,7 +9,7 @@
 
 // One element of a tag as bytes in one form only, so that equal values are equal bytes: BOOL 00 or
 // 01; a STRING without the zero bytes at its end, which the driver pads with; not-a-number as the
-// quiet one. All other bytes are as the controller holds them, little-endian.
+// quiet one. All other bytes are as the controller stores them, little-endian.
 
 /// The driver's bytes of one element in that form.
 QByteArray normalElement(const TagType& type, const QByteArray& bytes);

@@ -15,7 +15,7 @@ struct Shortfall {
     QString problem;  ///< in one sentence
 };
 
-/// Brings a controller to what a file holds. The driver session must outlive it; used on one
+/// Writes the values of a file to a controller. The driver session must outlive it; used on one
 /// thread.
 class Restorer {
  public:

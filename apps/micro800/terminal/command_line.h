@@ -15,7 +15,7 @@ struct OptionSpec {
     QString shortName = QString();  ///< one letter; empty when there is none
 };
 
-/// What --help tells about a subcommand, beside its options.
+/// The help text of a subcommand, beside its options.
 struct CommandHelp {
     QString name;             ///< "read"
     QString summary;          ///< one line without a full stop
@@ -27,7 +27,7 @@ struct CommandHelp {
 
 /// The arguments of one subcommand.
 ///
-/// A negative number is a value and never an option, wherever it stands; "--" ends the options.
+/// A negative number is a value and never an option, at any place; "--" ends the options.
 class CommandLine {
  public:
     explicit CommandLine(const CommandHelp& help);

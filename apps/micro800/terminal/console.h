@@ -18,7 +18,7 @@ class Console {
  public:
     Console(std::FILE* values, std::FILE* errors);
 
-    /// One line, whatever the text holds: what a terminal would obey is shown (format/escape.h).
+    /// One line, for any text: terminal controls are shown as text (format/escape.h).
     void line(const QString& text);
     /// Lines of this program's own, as they are: a help page.
     void page(const QString& text);
@@ -45,7 +45,7 @@ class Console {
 
     /// Whether there is one: errors go to a terminal that can take a line back.
     bool showsStatus() const;
-    /// How many characters it holds.
+    /// The number of characters that fit.
     int statusWidth() const;
     /// Shows this text as the status line in place of the one before; an empty one takes it away.
     /// Nothing happens where there is none. Every other output takes it away first.

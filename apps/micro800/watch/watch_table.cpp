@@ -67,8 +67,8 @@ class TableView : public WatchView {
         erase();
         const int rows = std::max(LINES - kHeadLines - kFootLines, 1);
         first = std::max(0, std::min(first, model.size() - rows));
-        // All addresses count, also those without a value yet: the columns do not move while values
-        // come in.
+        // All addresses count, also those without a value yet: the columns do not move while
+        // values arrive.
         for (int i = 0; i < model.size(); ++i) {
             addressWidth =
                 std::max(addressWidth, std::min(model.tag(i).address.text.size(), kWidestAddress));

@@ -40,9 +40,9 @@ const size_t kLargestConnectionSize = 0x1FF;
 
 struct ConnectionSettings {
     size_t limit = 16;  ///< connections at once
-    /// Above 0: idle connections are dropped after this time, whatever their originators ask for.
+    /// Above 0: idle connections are dropped after this time, regardless of the requested time-out.
     int64_t timeoutMs = 0;
-    /// The most that a connection is granted, whatever its originator asks for.
+    /// The most that a connection is granted, regardless of the requested size.
     size_t largestSize = kLargestConnectionSize;
     /// A connection outlives the TCP connection it was opened on, until it times out.
     bool keep = false;

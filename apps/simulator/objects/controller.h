@@ -31,7 +31,7 @@ struct EncapSession {
     uint16_t port = 0;
 };
 
-/// The controller behind its sockets: takes one request frame, returns one reply frame. Knows no
+/// The controller without its sockets: takes one request frame, returns one reply frame. Knows no
 /// socket and no timer; the clock is handed in. One thread.
 class Controller {
  public:

@@ -10,7 +10,7 @@ namespace sim {
 
 namespace {
 
-/// Read Tag Fragmented has the code of Unconnected Send: only the path tells which of them it is.
+/// Read Tag Fragmented has the code of Unconnected Send: only the path shows which of them it is.
 bool isTagService(uint8_t service, const RequestPath& path) {
     return readsTag(service) ? service == kReadTag || path.classId == 0 : writesTag(service);
 }

@@ -18,16 +18,16 @@ enum class SymbolList {
     none,  ///< there is no symbol class
 };
 
-/// As many as an unconnected reply holds.
+/// As many as fit an unconnected reply.
 const size_t kMostListedInstances = 120;
 
 /// Appends the instances of the symbol class, 32 bits each. kPartialTransfer when there are more
-/// than one reply holds.
+/// than fit one reply.
 CipStatus listSymbolInstances(TagTable& table, SymbolList listed, ByteView request, Bytes* data);
 
 /// Services Get_Instance_Attribute_List: `request` is a number of attributes and their numbers, 16
 /// bits each. Appends of every instance from `first` on its number (32 bits) and those attributes,
-/// as many whole instances as `room` bytes hold; kPartialTransfer when that is not all.
+/// as many whole instances as fit `room` bytes; kPartialTransfer when that is not all.
 ///
 ///   1 name (16 bits of length, characters)   6 software control (32 bits)
 ///   2 type (16 bits)                         7 bytes an element (16 bits)

@@ -41,7 +41,7 @@ struct FileAddress {
     int typeCode = -1;       ///< of a three-address field, -1 without one
 
     /// As people write it: "N7:300", "T4:0.2". `type` may be null; then the type's code or nothing
-    /// stands for the letter.
+    /// replaces the letter.
     std::string text(const FileType* type) const;
 };
 

@@ -33,7 +33,7 @@ struct Item {
     PcccDataType type = kPcccInteger;
 };
 
-/// A word of a structure stands alone: its neighbours are other things.
+/// A word of a structure is located alone: its neighbours are other things.
 PcccStatus locate(const FileAddress& address, DataTable& table, PcccCommand* command, Item* item) {
     command->file = table.find(address.file);
     const FileType* type = command->file ? command->file->type : nullptr;

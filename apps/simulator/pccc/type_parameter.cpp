@@ -27,7 +27,7 @@ bool takeNumber(ByteReader& reader, uint8_t half, uint32_t* number) {
     return true;
 }
 
-/// Appends a number and returns the half flag that tells how long it is.
+/// Appends a number and returns the half flag that shows its length.
 uint8_t putNumberBehind(Bytes& out, uint32_t number) {
     uint8_t count = 0;
     do {

@@ -7,8 +7,8 @@ namespace sim {
 
 /// The type/data parameter before the data of typed commands (DF1 Protocol and Command Set,
 /// 1770-6.5.16): a flag byte, then what does not fit into it. The flag's high half is the type, or
-/// 8 + the number of bytes that hold it; the low half is the size, or 8 + the number of bytes that
-/// hold that.
+/// 8 + the number of its bytes; the low half is the size, or 8 + the number of bytes that
+/// contain that.
 struct TypeParameter {
     uint32_t type = 0;
     uint32_t size = 0;  ///< bytes of an element; of an array, all that follows

@@ -16,11 +16,11 @@ namespace sim {
 
 namespace {
 
-/// Two of the largest frames, so that one can come in while another is served.
+/// Two of the largest frames, so that one can arrive while another is served.
 const size_t kInCapacity = 2 * (kEncapHeaderSize + kEncapMaxBody);
 /// A peer that does not read its answers gets no further ones beyond this.
 const size_t kMaxOutBytes = 1 << 20;
-/// Nor beyond this number that a fault holds back.
+/// Nor beyond this number of answers that a fault delays.
 const size_t kMaxHeld = 1024;
 
 /// An end of the connection: getpeername or getsockname.

@@ -70,7 +70,7 @@ class Peer : public QObject {
     QElapsedTimer clock;
 
     Bytes in;
-    size_t inSize = 0;  ///< bytes of in that hold something
+    size_t inSize = 0;  ///< bytes of in that are in use
     std::deque<Segment> out;
     size_t outSent = 0;  ///< bytes of the front segment that are out
     size_t outBytes = 0;

@@ -8,7 +8,7 @@
 
 namespace sim {
 
-/// One JSON line a request, appended to a file before the answer goes out. The README lists the
+/// One JSON line a request, appended to a file before the answer is sent. The README lists the
 /// keys.
 class RequestLog {
  public:

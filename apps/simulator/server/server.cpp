@@ -11,7 +11,7 @@ namespace sim {
 namespace {
 
 const int kBacklog = 128;
-/// How long no connection is taken after one could not be: nothing tells when one can be again.
+/// How long no connection is taken after one could not be: nothing shows when one can be again.
 const int kFullMs = 100;
 
 }  // namespace

@@ -3,7 +3,7 @@
 
 #include "apps/simulator/tags/tag_table.h"
 
-// Values that tell where they come from and how old they are.
+// Values that show their origin and their age.
 //
 // Every element of a numeric tag has a number, its ordinal (elements of all tags counted through in
 // the order of the table), and a counter. A read answers
@@ -20,14 +20,14 @@
 
 namespace sim {
 
-/// Ordinals that the twelve bits of a 4-byte value can hold.
+/// Ordinals that the twelve bits of a 4-byte value can contain.
 const size_t kMaxOracleElements = 1 << 12;
 
 /// Appends the value of the next read of the element and moves its counter on. BOOL and STRING have
 /// no oracle values: false, and nothing is appended.
 bool putOracleValue(Tag& tag, size_t element, Bytes* out);
 
-/// Takes over what was written to the element: the value that its bytes hold now.
+/// Takes over what was written to the element: the value that its bytes contain now.
 void noteOracleWrite(Tag& tag, size_t element);
 
 }  // namespace sim

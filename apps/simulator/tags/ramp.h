@@ -16,7 +16,7 @@ class Ramp : public QObject {
 
  public:
     /// Adds 1 to every element of the tags once in `periodMs`. The tags have to outlive the ramp;
-    /// those of type BOOL and STRING stand still.
+    /// those of type BOOL and STRING stay constant.
     Ramp(std::vector<Tag*> tags, int periodMs);
 
     void start();

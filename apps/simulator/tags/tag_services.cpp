@@ -59,7 +59,7 @@ size_t sizeOf(Tag& tag, size_t element) {
     return tag.type().code == kString ? 1 + tag.string(element).size() : tag.type().size;
 }
 
-/// Appends the elements' bytes from `offset` on, as many whole elements as `room` holds.
+/// Appends the elements' bytes from `offset` on, as many whole elements as fit `room`.
 CipStatus putElements(const Target& target, size_t count, size_t offset,
                       const TagBehaviour& behaviour, size_t room, Bytes* reply) {
     const size_t fixedSize = target.tag->type().size;
@@ -109,15 +109,15 @@ CipStatus storeStrings(const Target& target, uint16_t count, ByteView payload) {
     return kSuccess;
 }
 
-/// Where the elements of a write request go, and which of them it holds.
+/// Where the elements of a write request go, and which of them it contains.
 struct Piece {
     size_t total;   ///< elements of the whole write
     size_t offset;  ///< in bytes, of the first one that is here
-    bool isPart;    ///< need not hold all the rest
+    bool isPart;    ///< need not contain all the rest
     ByteView bytes;
 };
 
-/// Whether a piece holds whole elements, and no more than there are to come.
+/// Whether a piece contains whole elements, and no more than there are to come.
 CipStatus checkPiece(const Piece& piece, size_t size) {
     if (piece.offset % size != 0) {
         return kInvalidParameter;

@@ -14,7 +14,7 @@ namespace sim {
 namespace {
 
 /// The character after the backslash at `at`, and how many characters it is written with: \xHH is
-/// the one of that code, any other stands for itself. 0 for a backslash at the end.
+/// the one of that code, any other means itself. 0 for a backslash at the end.
 int unescape(const QString& text, int at, QChar* c) {
     if (at + 1 == text.size()) {
         return 0;

@@ -12,7 +12,7 @@
 
 namespace sim {
 
-/// Reads dimensions as they stand between brackets, "10" or "2..5,0..3". False with the reason in
+/// Reads dimensions as written between brackets, "10" or "2..5,0..3". False with the reason in
 /// `problem`.
 bool parseDimensions(const QString& text, std::vector<Dimension>* dimensions, QString* problem);
 

@@ -10,7 +10,7 @@
 
 namespace sim {
 
-/// Whether the document says that it is such a file, of whatever version.
+/// Whether the document says that it is such a file, of any version.
 bool isValuesFile(const QByteArray& json);
 
 /// Adds a tag for every variable that the file has values of; what no entry of an array gives is 0

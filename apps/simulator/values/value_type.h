@@ -39,10 +39,10 @@ QString typeNames();
 
 /// Appends the little-endian bytes of the value that `text` writes out: a decimal number, for the
 /// integer types also 0x and hexadecimal digits, for BOOL 0, 1, true or false. False with the
-/// reason in `problem` when the text is no such value or the type cannot hold it. Not for STRING.
+/// reason in `problem` when the text is no such value or exceeds the type. Not for STRING.
 bool parseValue(const ValueType& type, const QString& text, Bytes* out, QString* problem);
 
-/// The value of one element as text; the way back from parseValue. `bytes` holds type.size bytes.
+/// The value of one element as text; the inverse of parseValue. `bytes` contains type.size bytes.
 QString valueText(const ValueType& type, const uint8_t* bytes);
 
 /// The low 32 bits of an element of an integer type, or the integer part of a REAL or LREAL (0 when

@@ -15,7 +15,7 @@ class CheckRun {
  public:
     explicit CheckRun(const TagChecker::Reader& how) : reader(how) {}
 
-    /// Reads from the controller. The name goes out in upper case, as the plugin sends it.
+    /// Reads from the controller. The name is sent in upper case, as the plugin sends it.
     TagReply read(const QString& name, int count);
 
     /// Judges the first reply for an address: whether there is such a tag, and of its type. False

@@ -35,7 +35,7 @@ struct TagCheck {
     double readMs = 0;       ///< how long that read took; 0 where there was none
 };
 
-/// Checks addresses against a controller, with as few requests as tell.
+/// Checks addresses against a controller, with as few requests as suffice.
 ///
 /// A tag or an element takes one, when the answer is good. A declared array takes one for its first
 /// and its last element each, one for the element beyond each of its upper bounds and before each

@@ -14,7 +14,7 @@ struct FoundDevice {
 };
 
 /// Devices in the order in which they answered. Vendor, device type, product code and serial number
-/// tell one from another; a serial number of 0 tells nothing, and then the address does.
+/// distinguish them; with a serial number of 0 the address does.
 class DeviceList {
  public:
     /// Takes an answer; a device that is known gets another address at most.

@@ -27,7 +27,7 @@ struct DoctorPlan {
     int reads = 100;
 };
 
-/// What the doctor tells while it goes on. Both may be empty.
+/// The receivers of the results while the doctor works. Both may be empty.
 struct DoctorSinks {
     std::function<void(const DoctorStep&)> step;
     std::function<void(int done)> reads;  ///< of the last step

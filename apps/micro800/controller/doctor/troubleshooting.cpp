@@ -49,7 +49,7 @@ QString withoutMarkup(const QString& cell) {
     return QString(cell).replace(link, QStringLiteral("\\1")).remove(QLatin1Char('`'));
 }
 
-/// Whether a text with an ellipsis stands for this one.
+/// Whether a text with an ellipsis matches this one.
 bool stands(const QString& pattern, const QString& text) {
     const QString any = QStringLiteral(".*");
     const QString expression =

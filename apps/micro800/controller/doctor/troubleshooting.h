@@ -16,14 +16,14 @@ struct Advice {
 
 /// The tables of the page whose columns are "text", "means" and "check".
 ///
-/// The first column has texts in backquotes. One with an ellipsis stands for any text there; two
+/// The first column has texts in backquotes. One with an ellipsis matches any text there; two
 /// with "to" between them for the numbers from the one to the other; one with "and above" after it
 /// for that number and higher ones.
 class Troubleshooting {
  public:
     explicit Troubleshooting(const QString& page);
 
-    /// The row of a text: the one that has it word for word, else the one whose range holds it,
+    /// The row of a text: the one that has it word for word, else the one whose range contains it,
     /// else the one with the most of it beside an ellipsis. Empty when there is none.
     Advice adviceFor(const QString& text) const;
     int rowCount() const { return rows.size(); }

@@ -6,8 +6,8 @@
 
 /// One encapsulated message as lines for a person, for --verbose: a heading, then one line for each
 /// field with its offset, name and bytes in hexadecimal, and what a number means where it has a
-/// name. `message` may hold anything, also too few bytes: what is left over or is in no known form
-/// is shown as "data".
+/// name. `message` may contain anything, also too few bytes: bytes left over or in no known form
+/// are shown as "data".
 ///
 ///   > RegisterSession request, 28 bytes
 ///     0000  command                  65 00

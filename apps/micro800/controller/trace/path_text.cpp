@@ -13,7 +13,7 @@ const int kElement = 0x28;
 const int kAttribute = 0x30;
 
 /// Bytes of a logical segment's number by the form in its two lowest bits; the longer ones have a
-/// pad byte in front.
+/// pad byte before it.
 const int kNumberSizes[] = {1, 2, 4, 0};
 
 int byteAt(const QByteArray& path, int at) {

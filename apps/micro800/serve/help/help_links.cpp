@@ -5,7 +5,7 @@
 
 namespace {
 
-/// A reason may hold numbers that go on for ever.
+/// A reason may contain numbers that go on for ever.
 const int kMostKnown = 1000;
 
 QString linkForReason(const QString& reason) {

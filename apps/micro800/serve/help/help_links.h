@@ -5,7 +5,7 @@
 #include <QString>
 #include <mutex>
 
-/// Where the troubleshooting page tells what to do about an operator's text. Any thread.
+/// The place in the troubleshooting page with the advice for an operator's text. Any thread.
 class HelpLinks {
  public:
     /// "/troubleshooting#ab-error-0005h" for "read DINT0:X> AB error: 0005H"; empty when the page

@@ -18,7 +18,7 @@ struct ServerLimits {
 /// Speaks HTTP with browsers, on one thread of its own (libmicrohttpd). What comes is checked for
 /// its size here and handed to the handler; what the handler answers is sent.
 ///
-/// Nobody is waited for: who does not send, or does not read, within the limits is cut by tick().
+/// The server waits for no client: tick() cuts one that does not send or read within the limits.
 class HttpServer {
  public:
     /// Whether this build has a server.

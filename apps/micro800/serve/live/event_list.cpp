@@ -20,7 +20,7 @@ Alike alikeOf(const Entry& entry) {
     return {static_cast<int>(entry.kind), reasonOf(entry.address, entry.text)};
 }
 
-/// A write is told by itself, whatever came of others.
+/// Each write has its own entry, regardless of the results of others.
 bool mayBeMany(const Entry& entry) {
     return entry.kind != EntryKind::kWrite;
 }

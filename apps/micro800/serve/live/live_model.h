@@ -61,7 +61,7 @@ class LiveModel {
     bool history(const QString& address, qint64 from, qint64 to, int points,
                  QJsonObject* found) const;
     QByteArray metrics() const;
-    /// The main thread tells it for the metrics.
+    /// The main thread reports it for the metrics.
     void setStreams(int count);
     /// -1 when no row has this address.
     int indexOf(const QString& address) const;
@@ -73,7 +73,7 @@ class LiveModel {
     /// The period that ended last: a page that asks now begins with it.
     quint64 lastPeriod() const;
     /// The period that a Last-Event-ID names. Periods go on growing over a restart. False when it
-    /// is none of this run of the program, or when too much happened since to tell it.
+    /// is none of this run of the program, or when too much happened since to know it.
     bool periodOf(const QString& eventId, quint64* period) const;
     /// The events since `*period`, which moves on; empty when there is nothing new. Pages that ask
     /// in time share one text.

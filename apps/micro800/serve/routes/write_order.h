@@ -12,7 +12,7 @@ struct WriteOrder {
     int index = -1;    ///< of the tag's row
     QByteArray bytes;  ///< of the value, as the controller has them
     QString text;      ///< of the value, as read prints it
-    QString peer;      ///< who asked for it
+    QString peer;      ///< the sender of the request
     std::shared_ptr<DeferredReply> reply;
 };
 

@@ -10,7 +10,7 @@ HttpReply writeProblem(int status, const QString& problem);
 HttpReply writeDone(const QString& before, const QString& after);
 
 /// Takes a request to write apart: JSON with exactly the texts "address", a row of the page, and
-/// "value", as the command write takes it. False with the answer for whoever asked.
+/// "value", as the command write takes it. False with the answer for the client.
 bool parseWriteRequest(const HttpRequest& request, const LiveModel& model, WriteOrder* order,
                        HttpReply* problem);
 
