@@ -137,7 +137,7 @@ double readTagsPerSecond(const QStringList& options, const QList<CommunicatorCom
 }
 
 /// A pass over one declared array, which begins with one Read Tag and goes on in fragments, beside
-/// as many reads of single tags (of which no session list holds so many).
+/// as many reads of single tags (of which no session list contains so many).
 void refreshOfLargeArray(benchmark::State& state) {
     const QString range = QString("[0..%1]").arg(kLargeArray - 1);
     for (auto _ : state) {

@@ -14,7 +14,7 @@ typedef std::chrono::steady_clock Clock;
 const double kSeconds = 2;
 const unsigned kPauseUs = 50000;  // 20 reads a second
 
-/// Reads for some time, each behind a pause; the processor time of this process.
+/// Reads for some time, each after a pause; the processor time of this process.
 void readFor(benchmark::State& state, unsigned pauseUs, const char* perRead, const char* share) {
     const Simulator simulator(dintTags(1));
     const DelayRelay relay(simulator.port(), state.range(0));

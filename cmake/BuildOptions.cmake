@@ -1,4 +1,4 @@
-# Options and compiler flags that hold for every target of the project.
+# Options and compiler flags that apply to every target of the project.
 
 option(MICRO800_HOST_PROGRAMS "Build the command-line host and the simulated controller (Qt 5)" ON)
 option(MICRO800_BENCH "Build the benchmarks (needs Google Benchmark)" OFF)

@@ -94,7 +94,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const char* bytes = reinterpret_cast<const char*>(data);
     checkAll(QString::fromLatin1(bytes, int(size)), true);
     checkAll(QString::fromUtf8(bytes, int(size)), true);
-    // Halves of surrogate pairs included, which no document can hold.
+    // Halves of surrogate pairs included, which no document can contain.
     checkAll(QString(reinterpret_cast<const QChar*>(
                          QByteArray(bytes, int(size & ~size_t(1))).constData()),
                      int(size / 2)),

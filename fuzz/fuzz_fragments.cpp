@@ -1,4 +1,4 @@
-// Hostile pieces: whatever a controller answers to a read or write that takes several requests,
+// Hostile pieces: for every answer of a controller to a read or write that takes several requests,
 // nothing outside an answer is read, a value has as many bytes as were asked for, and no more
 // elements count as written than there are.
 //

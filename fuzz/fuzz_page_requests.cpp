@@ -1,5 +1,5 @@
 // Requests to the live page: method, target, headers and body, each of any bytes, up to the checks
-// of the head and behind them.
+// of the head and after them.
 
 #include <QJsonDocument>
 #include <cstdint>

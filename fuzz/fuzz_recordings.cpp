@@ -26,7 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         demand(!problem.isEmpty());
         return 0;
     }
-    // Nothing in it that the file does not hold.
+    // It contains nothing but the contents of the file.
     qint64 held = 0;
     for (const CaptureEntry& entry : capture.entries) {
         held += entry.bytes.size();

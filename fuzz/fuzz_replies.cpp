@@ -1,5 +1,5 @@
-// Hostile replies: whatever a controller answers, the client neither reads outside the reply nor
-// hands out a value that the reply does not hold.
+// Hostile replies: for every reply of a controller, the client neither reads outside the reply nor
+// returns a value that the reply does not contain.
 //
 // Input: the replies in turn, each as a 16-bit length and its bytes. A reply's header is put right
 // in its length field, as the transport guarantees it, and the sequence count of a connected reply

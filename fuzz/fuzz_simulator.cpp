@@ -1,4 +1,4 @@
-// Hostile requests to the simulator: whatever a client sends on a connection, each request has one
+// Hostile requests to the simulator: for all bytes on a connection, each request has one
 // answer or none, and every answer is one whole message.
 //
 // Input: a byte that chooses the controller, then the stream of one TCP connection, with the

@@ -1,5 +1,5 @@
 # Run by cpack between installing and packing. The folders that an install makes have the modes that the umask of
-# who packs leaves them, whatever CMake is told; a package is for everybody.
+# the packing user leaves them, regardless of the settings of CMake; a package is for everybody.
 file(GLOB_RECURSE entries LIST_DIRECTORIES true "${CPACK_TEMPORARY_DIRECTORY}/*")
 foreach(entry IN LISTS entries ITEMS "${CPACK_TEMPORARY_DIRECTORY}")
   if(IS_DIRECTORY "${entry}")

@@ -42,7 +42,7 @@ install() {
     done
     [ -n "$missing" ] || return 0
     say "installing$missing"
-    # sudo hands no variables on, so env sets it behind it.
+    # sudo passes no variables on, so env sets it after sudo.
     # shellcheck disable=SC2086
     if as_root apt-get -qq update &&
         as_root env DEBIAN_FRONTEND=noninteractive apt-get -qq -y --no-install-recommends install $missing >/dev/null; then

@@ -9,7 +9,7 @@ const char* const kAccessNames[kAccesses] = {"start-up", "direct read", "write",
                                              "polled read"};
 
 /// A mark among the system calls of the probe: it closes a descriptor that there cannot be. An even
-/// mark begins an access, the odd one behind it ends it.
+/// mark begins an access, the odd one after it ends it.
 const int kFirstMark = -1000;
 
 inline int beginMark(Access access) {

@@ -41,7 +41,7 @@ QString besideThis(const char* name) {
     return QDir(QCoreApplication::applicationDirPath()).filePath(name);
 }
 
-/// The numbers behind a name in what a probe printed; ends the program when they are not there.
+/// The numbers after a name in the output of a probe; ends the program when they are not there.
 QList<double> printedNumbers(const QByteArray& output, Access access) {
     for (const QByteArray& line : output.split('\n')) {
         const QList<QByteArray> fields = line.split('\t');

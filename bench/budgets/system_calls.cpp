@@ -101,7 +101,7 @@ std::vector<int> hostCalls(Access access, const std::vector<SystemCall>& calls, 
     return counts;
 }
 
-/// The worker's calls for each command: from the end of its wait to the wait behind the answer,
+/// The worker's calls for each command: from the end of its wait to the wait after the answer,
 /// which is its second send.
 std::vector<int> workerCallsForCommands(const std::vector<SystemCall>& calls, pid_t host) {
     std::vector<int> counts;

@@ -33,7 +33,7 @@ function(micro800_sysroot_headers compiler sysroot variable)
     string(APPEND options " -isystem \"${folder}\"")
   endforeach()
 
-  # No compiled header can be read behind another file: the builds that have them have a sysroot as new as the compiler.
+  # No compiled header can be read after another file: the builds that have them have a sysroot as new as the compiler.
   set(minor 0)
   foreach(folder IN LISTS of_sysroot)
     if(EXISTS "${folder}/features.h")
