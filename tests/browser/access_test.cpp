@@ -89,7 +89,7 @@ TEST_F(PageAccess, APhoneNeedsNoSidewaysScrolling) {
     EXPECT_FALSE(page().script(hidden, {"#write-go"}).toBool());
 }
 
-// The contrast of each element's text with what is behind it, as WCAG 2.2 counts it; those
+// The contrast of each element's text with its background, as WCAG 2.2 counts it; those
 // below 4.5.
 const char kFaint[] =
     "const parts = (text) => text.match(/[\\d.]+/g).map(Number);"

@@ -16,7 +16,7 @@ class ChildProgram : public QProcess {
 
     /// Starts it; false when there is no such program.
     bool begin(const QString& program, const QStringList& arguments);
-    /// Waits for a line on its standard output with this text; empty when none comes in time.
+    /// Waits for a line on its standard output with this text; empty when none arrives in time.
     QByteArray lineWith(const QByteArray& text);
     /// Asks it to end by SIGTERM and waits; the exit code, -1 when it did not end in time.
     int end();

@@ -10,7 +10,7 @@ struct HttpAnswer {
 };
 
 /// One request to a port of this machine. Blocks until the answer is there, at most `timeoutMs`.
-/// A body goes out as JSON.
+/// A body is sent as JSON.
 HttpAnswer httpCall(const QByteArray& method, quint16 port, const QByteArray& target,
                     const QByteArray& body, int timeoutMs);
 

@@ -10,7 +10,7 @@
 #include "integration/scripted_controller.h"
 
 /// A controller with one array of DINTs, A, and one DINT, D, that keeps to connections of 504
-/// bytes: what does not fit a reply goes out in parts (general status 06), what does not fit a
+/// bytes: values beyond one reply are sent in parts (general status 06), what does not fit a
 /// request it does not answer. Each element of the array is its index plus 1000 at first, D is 42.
 class ArrayController {
  public:

@@ -22,7 +22,7 @@ class Controller : public SimulatorProcess {
 
     /// Every Read Tag and Write Tag so far.
     QList<QJsonObject> requests() const;
-    /// How many of them named the tag as it stands here, e.g. LEVELS[3].
+    /// How many of them named the tag as written here, e.g. LEVELS[3].
     int countRequests(const QString& tag) const;
     /// How many Forward Opens succeeded.
     int connectionsOpened() const;

@@ -23,7 +23,7 @@ const int kCounterMask = (1 << kCounterBits) - 1;
 const int kWriteStep = 40;
 
 /// The controller is restarted so often and forgets its counters each time. Writes of one life stay
-/// within its range, so a value tells which life it is from; below the first range are tags that
+/// within its range, so a value shows which life it is from; below the first range are tags that
 /// this life has not been written to yet.
 const int kLives = 9;
 const int kLifeRange = 100000;

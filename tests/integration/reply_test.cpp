@@ -91,7 +91,7 @@ TEST_F(Reply, WithFewerElementsIsRefused) {
     EXPECT_EQ(QString("read DINT0:A[1]> Internal: invalid reply"), driver->getLastError());
 }
 
-/// What cannot be decoded is that tag's trouble, and no other one's.
+/// A value that cannot be decoded is an error of that tag alone.
 TEST_F(Reply, StringLongerThanItsData) {
     Controller simulator(
         {"--tag", "D:DINT=42", "--tag", "N:STRING=abc", "--fault", "string-length-past-end@tag=N"});

@@ -15,8 +15,8 @@ namespace {
 // Offsets in an encapsulated message (CIP Networks Library Vol. 2, 2-3 and 2-4).
 const int kHeaderSize = 24;
 const int kSession = 4;
-const int kUnconnectedRequest = 40;  // behind the heads of a null address and a data item
-const int kSequence = 44;            // behind a connected address and the head of a data item
+const int kUnconnectedRequest = 40;  // after the heads of a null address and a data item
+const int kSequence = 44;            // after a connected address and the head of a data item
 const int kConnectedRequest = 46;
 
 const int kRegisterSession = 0x65;

@@ -8,14 +8,14 @@
 #include <mutex>
 #include <thread>
 
-/// A controller on loopback that says what a test tells it to, for answers that the simulator does
+/// A controller on loopback that sends the answers of a test, for answers that the simulator does
 /// not give: it registers sessions and opens connections, and hands every connected request to the
 /// test. One client at a time; a new one takes the place of one that has gone.
 class ScriptedController {
  public:
     /// A message-router reply to a message-router request. An empty one: no answer at all.
     typedef std::function<QByteArray(const QByteArray& request)> Service;
-    /// What goes out instead of a whole encapsulated answer to a connected request.
+    /// The bytes sent instead of a whole encapsulated answer to a connected request.
     typedef std::function<QByteArray(const QByteArray& answer)> Distortion;
 
     /// What follows one request of any kind: the pieces in turn, each by a send of its own with the

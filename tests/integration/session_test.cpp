@@ -93,7 +93,7 @@ TEST_F(Session, ValuesStayFresh) {
     EXPECT_TRUE(waitFor([&] { return readDint(driver.get(), device.get(), "A") == 2; }));
 }
 
-/// A value that the host keeps stays what it was, whatever is read after it.
+/// A value that the host keeps stays what it was, for any later reads.
 TEST_F(Session, ValueInTheHostsHandsDoesNotChange) {
     start({"--tag", "A:DINT=1", "--tag", "NAME:STRING=longer than its command"});
     driver->setSessionCommand(Commands()
@@ -247,7 +247,7 @@ TEST_F(Session, RefusedTagLeavesTheOthersAlone) {
     EXPECT_EQ(1, simulator->connectionsOpened());
 }
 
-/// A value of a type that nobody can decode ends every pass at its tag, wherever that stands.
+/// A value of a type that nobody can decode ends every pass at its tag, at any place.
 TEST_F(Session, UndecodableTagLeavesTheOthersAlone) {
     start({"--tag", "A:DINT=1", "--tag", "B:DINT=2", "--tag", "C:DINT=3", "--fault",
            "unknown-type:DB@tag=B"});

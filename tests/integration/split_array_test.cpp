@@ -18,7 +18,7 @@ const int kWriteFragment = 0x53;
 const int kRegisterSession = 0x65;
 const int kUnRegisterSession = 0x66;
 
-/// DINTs that one reply, and one piece of a write to an element, of 504 bytes hold.
+/// DINTs that one reply, and one piece of a write to an element, of 504 bytes contain.
 const int kElementsAReply = 124;
 const int kElementsAPiece = 121;
 
@@ -109,7 +109,7 @@ TEST_F(Array, DeclaredArrayIsPolledWholeAndReadByElement) {
     EXPECT_EQ(1, controller->countOfCommand(kRegisterSession));
 }
 
-/// What the worker answers stands in one line.
+/// The answer of the worker is one line.
 TEST_F(Array, UndeclaredBlockBeyondALineIsAClearError) {
     start(600, false);
     EXPECT_TRUE(read("DINT0:A[0]", 511).isEmpty());

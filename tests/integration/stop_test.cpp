@@ -125,7 +125,7 @@ TEST_F(Stop, Connecting) {
     DeafServer listener;
     TestDevice device(listener.port(), kTimeoutMs);
     std::unique_ptr<DriverInterface> driver = createDriver();
-    // The read's answer does not come in time: the worker is connecting, and again after that.
+    // The read's answer does not arrive in time: the worker is connecting, and again after that.
     driver->setSessionCommand(QList<CommunicatorCommand>() << dint("D"));
     driver->read(&device, dint("D"));
     EXPECT_LT(stopTime(std::move(driver)), kTimeoutMs + kSlackMs);

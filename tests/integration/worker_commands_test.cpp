@@ -311,10 +311,10 @@ TEST_F(WorkerCommands, WriteThatDoesNotParseGetsNoAnswer) {
     EXPECT_EQ(0, simulator->countRequests("D"));
 }
 
-/// The host gets to know the value that the controller holds now, never the one from before.
+/// The host gets to know the value that the controller has now, never the one from before.
 TEST_F(WorkerCommands, CachedArrayIsReadAnewBeforeTheWriteIsConfirmed) {
     start({"--tag", "A:DINT[0..3]=1,2,3,4"});
-    // Without a session list an entry of count 0 is what the base name stands for.
+    // Without a session list an entry of count 0 is the entry that the base name means.
     worker->receiver()->cacheInsert("A_0", QByteArray());
     const Outcome outcome = write("03\t0019\tA[2]\tC4\t2a000000\n");
     // A read of no elements is refused; the write itself has happened.

@@ -1,4 +1,4 @@
-// Writes through the plugin: what goes out, what comes back, what the cache holds afterwards.
+// Writes through the plugin: requests, replies, and the cache afterwards.
 
 #include <gtest/gtest.h>
 
@@ -300,7 +300,7 @@ void PrintTo(const LossRow& row, std::ostream* out) {
 class WriteLoss : public ::testing::TestWithParam<LossRow> {};
 
 /// The answer to a write is lost or spoilt: the caller hears why, the write is not repeated, and
-/// the next one goes out on a new connection.
+/// the next one is sent on a new connection.
 TEST_P(WriteLoss, IsReportedAndNotRepeated) {
     writeProjectDatabase(QStringList());
     Controller simulator({"--tag", "D:DINT=0", "--fault", GetParam().fault});

@@ -177,7 +177,7 @@ TEST(PagesOfTheTree, ArePlainEnglish) {
     }
 }
 
-/// Texts in quotation marks behind a marker in a file.
+/// Texts in quotation marks after a marker in a file.
 std::string after(const std::string& file, const std::string& pattern) {
     const std::string content = contentOf(kRoot / file);
     std::smatch match;

@@ -12,7 +12,7 @@ command -v shellcheck >/dev/null || { echo 'shellcheck is not installed' >&2; ex
 said=$(printf '#!/bin/sh\nrm $1\n' | shellcheck -f gcc -) && { echo 'self-test: a wrong script was taken' >&2; exit 1; }
 [ "$(echo "$said" | grep -c 'SC[0-9]')" = 1 ] || { echo "self-test: $said" >&2; exit 1; }
 
-# Scripts are known by their first line, or by what they tell shellcheck about their shell.
+# Scripts are known by their first line, or by the shell that they name for shellcheck.
 scripts=$(find . -path './build*' -prune -o -path ./.git -prune -o -type f -size -100k -print0 |
     xargs -0 grep -lE '^(#!/bin/(ba)?sh|# shellcheck shell=)' | sort)
 for expected in ./.ci/run ./scripts/build ./scripts/lib.sh ./packaging/completion/micro800 ./tests/lint/house_rules.sh; do

@@ -7,7 +7,7 @@
 
 /// One small change of one source file.
 struct Mutation {
-    QString file;      ///< as it was named by whoever asked, here: from the tree's root
+    QString file;      ///< as it was named by the caller, here: from the tree's root
     int line;          ///< 1 for the first
     int offset;        ///< of the first byte that is replaced
     QByteArray from;   ///< what is there

@@ -28,7 +28,7 @@ dpkg-deb -x "$package" "$root"
 dpkg-deb -I "$package" control >"$work/control"
 cat "$work/control"
 
-# What it holds, no more and no less, apart from the documents.
+# Its contents, no more and no less, apart from the documents.
 find "$root" -type f -printf '%P\n' | grep -v '^usr/share/doc/' | sort >"$work/files"
 lib=$(sed -n 's,/libab_micro800_ethernet\.so$,,p' "$work/files")
 sort >"$work/expected" <<LIST
@@ -94,7 +94,7 @@ done
 
 [ "$(dpkg-deb -f "$package" Version)" = "$(dpkg-parsechangelog -l "$source/packaging/deb/changelog" -S Version)" ] ||
     fail 'the version of the package is not that of packaging/deb/changelog'
-# The address of the maintainers is to be set by whoever hands the package out.
+# The address of the maintainers is to be set by the distributor of the package.
 command -v lintian >/dev/null || fail 'lintian is not installed'
 lintian --no-cfg --fail-on none "$package" "$client" >"$work/lintian" 2>"$work/lintian.log" || fail 'lintian failed'
 ! grep -vE '^N:|bogus-mail-host' "$work/lintian" || fail 'what lintian says about the package'

@@ -1,7 +1,7 @@
 #!/bin/sh
 # The qmake project builds the plugin from the same sources as CMake does.
 #
-#   qmake_project.sh ROOT BUILD QMAKE      BUILD holds CMake's compile_commands.json
+#   qmake_project.sh ROOT BUILD QMAKE      BUILD contains CMake's compile_commands.json
 set -eu
 root=$1
 build=$2

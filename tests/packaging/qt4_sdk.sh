@@ -1,6 +1,6 @@
 #!/bin/sh
 # The build takes a Qt 4 by its qmake alone: headers, libraries, moc. There is no Qt 4 to build with here, so
-# a folder dressed up as one stands in; it shows how the build finds its way in an SDK, and not that the
+# a folder in the form of one replaces it; it shows how the build finds its way in an SDK, and not that the
 # sources fit Qt 4 (lint.qt47 has the declarations) or that a panel's loader takes the result.
 #
 #   qt4_sdk.sh ROOT CMAKE COMPILER MOC

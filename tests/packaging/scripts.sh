@@ -1,6 +1,6 @@
 #!/bin/sh
 # The scripts where things are not as at their author's: a tree whose path has a blank and an umlaut, a temporary
-# folder with a blank, CDPATH set, no root and no sudo, a sudo that hands no variables on, a signal, a tree that was
+# folder with a blank, CDPATH set, no root and no sudo, a sudo that passes no variables on, a signal, a tree that was
 # moved. What they would start are stand-ins that write down how they were called.
 #
 #   scripts.sh ROOT

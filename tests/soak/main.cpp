@@ -22,7 +22,7 @@ const int kUsualMinutes = 10;
 /// Below that a warm-up of half a minute makes no sense.
 const double kShortRunSeconds = 60;
 
-/// The line that tells how far the run is, where somebody looks at it.
+/// The line that shows the progress of the run to a reader.
 void showProgress(const QString& text) {
     if (isatty(STDERR_FILENO)) {
         std::fprintf(stderr, "\r\033[K%s", qPrintable(text));
@@ -127,7 +127,7 @@ int runSoak(int, char**) {
 }
 
 /// The allocator hands every byte back that the program hands back to it: what it keeps for the
-/// next time is no growth of the driver, and comes in steps that hide a small one. Takes effect in
+/// next time is no growth of the driver, and grows in steps that hide a small one. Takes effect in
 /// the program that is started anew.
 void keepNothingInTheAllocator() {
     setenv("GLIBC_TUNABLES",

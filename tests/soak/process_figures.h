@@ -29,7 +29,7 @@ struct Slope {
 /// fit to all of them would believe itself too much. Needs 20 samples.
 Slope slopeOf(const std::vector<double>& values, double stepSeconds);
 
-/// The same for resident memory, which comes in pages and does not go: a run in which one of its
+/// The same for resident memory, which grows in pages and does not go: a run in which one of its
 /// steps would make the slope is too short to tell, so the uncertainty has the largest step in it.
 Slope slopeOfResident(const std::vector<double>& kilobytes, double stepSeconds);
 

@@ -116,7 +116,7 @@ void SoakRun::warmUp() {
     counted.troubles = counted.restarts = counted.addressChanges = counted.listChanges = 0;
 }
 
-/// One trouble and the quiet after it, with whatever else changes in between.
+/// One trouble and the quiet after it, with all other changes in between.
 bool SoakRun::turn(int number, double seconds) {
     const double start = double(nowMs() - began);
     const auto partOf = [&](double part) { return start + part * seconds * kMs; };

@@ -130,7 +130,7 @@ std::vector<SoakSample> samplesWith(const std::function<double(int)>& residentKb
     return samples;
 }
 
-/// Resident memory comes in pages.
+/// Resident memory grows in pages.
 double pages(double kilobytes) {
     return std::floor(kilobytes / 4) * 4;
 }

@@ -35,7 +35,7 @@ class TimeOracle {
     /// The driver talks to this controller from now on. Its values began to count when the clock
     /// showed `epochMs`. Nothing of an earlier life may be shown any more, unless it `mayLinger`.
     void begin(int controller, int64_t epochMs, bool mayLinger);
-    /// A value of the present life was seen, by whatever way.
+    /// A value of the present life was seen, in any way.
     void sawPresent() { lingers = false; }
     bool previousLingers() const { return lingers; }
 

@@ -53,7 +53,7 @@ class HttpClient {
         }
         return received;
     }
-    /// Reads for so long whatever comes.
+    /// Reads all bytes that arrive for so long.
     const QByteArray& readFor(int ms) {
         QElapsedTimer clock;
         clock.start();

@@ -111,7 +111,7 @@ inline std::set<int> minus(const std::set<int>& all, const std::set<int>& known)
     return rest;
 }
 
-/// An encapsulated message: `length` as it stands in the header, then the bytes of `body`.
+/// An encapsulated message: `length` as in the header, then the bytes of `body`.
 inline std::string message(const std::string& body, int length = -1) {
     const size_t said = length < 0 ? body.size() : static_cast<size_t>(length);
     std::string header(24, '\0');

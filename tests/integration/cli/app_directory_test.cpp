@@ -1,5 +1,5 @@
-// The application directory that the host makes for the driver: which project it holds, and that
-// nothing of it stays behind.
+// The application directory that the host makes for the driver: which project it contains, and that
+// nothing of it remains.
 
 #include <fcntl.h>
 #include <signal.h>
@@ -125,7 +125,7 @@ TEST_F(CliAppDirectory, AProjectThatIsMissingOrBroken) {
     EXPECT_EQ(broken.err, QByteArray("failed to initialize array definition table\n"));
 }
 
-// ---- nothing stays behind; every test checks that at its end
+// ---- nothing remains; every test checks that at its end
 // ---------------------------------------
 
 TEST_F(CliAppDirectory, TheDirectoryIsPrivateWhileItIsThere) {

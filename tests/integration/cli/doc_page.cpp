@@ -37,7 +37,7 @@ QList<PageLine> linesOf(const QString& page) {
     return lines;
 }
 
-/// Whether the page's lines stand for these.
+/// Whether the page's lines match these.
 bool isPrinted(const QStringList& page, const QStringList& printed) {
     QString text;
     for (const QString& line : printed) {

@@ -6,8 +6,8 @@
 #include <functional>
 
 // A page of the documentation whose commands are run. They are in its blocks of kind "console",
-// each behind
-// "$ " and continued after "> ", with what it prints below. There an ellipsis stands for any text;
+// each after
+// "$ " and continued after "> ", with what it prints below. There an ellipsis means any text;
 // alone on its line, for any lines.
 
 /// How the page's world is played.

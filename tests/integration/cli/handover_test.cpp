@@ -1,5 +1,5 @@
 // How the host hands over to its copy in the application directory: that nothing outside can repeat
-// or forge it, and that both are one program to whoever started it.
+// or forge it, and that both are one program to the caller.
 
 #include <signal.h>
 #include <unistd.h>
@@ -176,7 +176,7 @@ TEST_F(CliHandover, AForgedPipeRemovesNothing) {
     EXPECT_TRUE(projectIsThere());
 }
 
-// ---- however it ends, nothing stays behind: every test checks that at its end
+// ---- nothing remains after any end: every test checks that at its end
 // ---------------------
 
 TEST_F(CliHandover, RarerSignalsReachTheCopy) {

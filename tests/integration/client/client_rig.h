@@ -77,7 +77,7 @@ struct FreePlcRead {
 };
 typedef std::unique_ptr<_PLC_Read, FreePlcRead> PlcRead;
 
-/// The error record as it stands after success, and after a reply that does not hold together.
+/// The error record after success, and after a malformed reply.
 const CipError kNoError = {0, 0, 0};
 const CipError kPcccSuccess = {6, 0, 0};
 const CipError kInvalidReply = {0, -20, 0};

@@ -1,4 +1,4 @@
-// PCCC replies that do not hold together, or answer something else. The address sanitizer tells
+// PCCC replies that are malformed, or answer something else. The address sanitizer shows
 // whether anything was read past their end.
 
 #include "integration/client/client_rig.h"

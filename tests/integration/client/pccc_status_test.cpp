@@ -134,7 +134,7 @@ TEST_P(PcccStatuses, BecomeTheirTexts) {
     EXPECT_EQ("Success", lastText());
 }
 
-// The services record F0 without the extended status; who sends a command himself finds it behind
+// The services record F0 without the extended status; a caller that sends a command finds it after
 // the reply's head.
 TEST_P(PcccStatuses, ExtendedBecomeTheirTexts) {
     answerWith(0xF0, 4);

@@ -1,5 +1,5 @@
-// Writes to the data table, each by every way that a command can take. The simulator tells what it
-// holds then.
+// Writes to the data table, each by every way that a command can take. The simulator reports its
+// values then.
 
 #include "integration/client/client_rig.h"
 

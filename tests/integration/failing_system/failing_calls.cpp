@@ -90,7 +90,7 @@ size_t transferred(int fd, size_t length, Mode onPipes, Mode onNetwork) {
     return hasMode(isLocal(fd) ? onPipes : onNetwork) ? 1 : length;
 }
 
-/// Libraries and functions that do not outlive a lack of memory, whoever calls them: they end the
+/// Libraries and functions that do not outlive a lack of memory, for any caller: they end the
 /// process or leave themselves broken. The destructor of a pattern takes memory, too.
 const char* const kFragile[] = {"/ld-",         "libQt5Sql.",   "libqsqlite.",       "libglib-",
                                 "_ZN7QThreadC", "_ZN7QRegExpD", "__nss_database_get"};
@@ -129,7 +129,7 @@ bool memoryFails() {
     return failed;
 }
 
-/// The C library's own function behind the one in this program.
+/// The C library's own function that the one in this program replaces.
 template <class Function>
 Function* next(const char* name) {
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
@@ -297,7 +297,7 @@ REPLACED int sched_getaffinity(pid_t process, size_t size, cpu_set_t* set) noexc
     return fails("sched_getaffinity") ? -1 : real(process, size, set);
 }
 
-/// The descriptor is closed whatever the result says, as Linux does it.
+/// The descriptor is closed for any result, as Linux does it.
 REPLACED int close(int fd) {
     static auto* const real = next<int(int)>("close");
     const bool failing = fails("close");

@@ -11,7 +11,7 @@ namespace failing {
 
 /// A function that can fail and a way in which it does.
 struct Failure {
-    const char* call;  ///< e.g. "recv"; "malloc" stands for all that gives out memory
+    const char* call;  ///< e.g. "recv"; "malloc" means all functions that return memory
     int error;         ///< errno, or what the function returns where it returns its error
 };
 

@@ -1,5 +1,5 @@
 // Whatever the system refuses a driver, once and at any moment of its life: the process lives, the
-// next try works, nothing is left behind, and no value is wrong.
+// next try works, nothing is left, and no value is wrong.
 
 #include <errno.h>
 #include <gtest/gtest.h>
@@ -36,7 +36,7 @@ const int kAtOnce = 6;
 /// MICRO800_ALL_FAILURES there is one for each.
 const long kMostLives = kSanitized ? 12 : 360;
 
-/// What a life's process tells the test.
+/// The report of a life's process to the test.
 struct Report {
     long calls;
     bool failed;

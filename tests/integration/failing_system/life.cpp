@@ -178,7 +178,7 @@ void liveAndThrow(const LifePlace& place, bool mustWork) {
                       " descriptors and " + std::to_string(after.second - before.second) +
                       " threads"};
     }
-    // What a failure has left behind in this process spoils no other driver's life.
+    // The remains of a failure in this process spoil no other driver's life.
     Life next(place, true);
     next.load();
     next.readOnce();

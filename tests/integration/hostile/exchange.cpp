@@ -1,5 +1,5 @@
 // The good answers, written out from the standard (CIP Networks Library Vol. 1, 2-4 and 3-5; Vol.
-// 2, 2-3 and 2-6) byte by byte. What V holds in them, a1 a2 ..., it never holds otherwise: b1 b2
+// 2, 2-3 and 2-6) byte by byte. V has the values a1 a2 ... in them, otherwise b1 b2
 // ...
 
 #include "integration/hostile/exchange.h"

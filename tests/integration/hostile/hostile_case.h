@@ -33,7 +33,7 @@ QList<HostileCase> casesOf(const Exchange& exchange);
 struct Outgoing {
     ScriptedController::Answer answer;
     QByteArray stream;
-    /// The header may come in more than one piece, which no client of this kind takes.
+    /// The header may arrive in more than one piece, which no client of this kind takes.
     bool mayCutHeader;
     /// The next request may meet bytes that are left over, or the end of the connection.
     bool mayDisturb;

@@ -12,7 +12,7 @@ const int kWriteTag = 0x4D;
 const int kReadFragment = 0x52;
 const int kWriteFragment = 0x53;
 
-// Where the message-router request stands in a message.
+// The position of the message-router request in a message.
 const int kUnconnected = 40;
 const int kConnected = 46;
 
@@ -25,7 +25,7 @@ int serviceOf(const QByteArray& request) {
     return request.size() > at ? int(numberAt(request, at, 1)) : 0;
 }
 
-/// What stands behind the path of a tag request.
+/// The bytes after the path of a tag request.
 QByteArray argumentsOf(const QByteArray& request) {
     return request.mid(kConnected + 2 + 2 * int(numberAt(request, kConnected + 1, 1)));
 }

@@ -21,7 +21,7 @@ QByteArray said(const char* what, const QByteArray& value) {
     return QByteArray(what) + " [" + value.toHex() + ']';
 }
 
-/// A write in pieces says behind the reason how far it came.
+/// A write in pieces says after the reason how far it came.
 bool isFor(const QByteArray& shown, const QByteArray& reason) {
     return shown == reason || shown.startsWith(reason + "; 0 to ");
 }

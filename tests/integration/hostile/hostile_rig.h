@@ -53,7 +53,7 @@ class HostileController {
 class HostileRig {
  public:
     /// Time-outs of the device, milliseconds: short ones, and those of a second look, when a value
-    /// did not come in time from a busy machine.
+    /// did not arrive in time from a busy machine.
     static const int kShortTimeoutMs = 100;
     static const int kPatientTimeoutMs = 5000;
 
@@ -72,7 +72,7 @@ class HostileRig {
     struct Seen {
         bool isGood;
         QByteArray value;
-        QByteArray reason;  ///< without the access in front
+        QByteArray reason;  ///< without the access before it
         bool isLate;        ///< a time-out, or nothing within the second that the driver waits
     };
 

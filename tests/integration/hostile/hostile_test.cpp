@@ -1,4 +1,4 @@
-// Whatever a controller answers, in whatever pieces: no crash, an answer or a documented failure in
+// For every answer of a controller, in any pieces: no crash, an answer or a documented failure in
 // time, and never a value that was not sent for that tag.
 //
 // Every test plays all replies of one exchange. A reply that fails is named; to play it alone:

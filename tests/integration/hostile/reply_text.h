@@ -40,7 +40,7 @@ struct ReplyText {
 quint32 numberAt(const QByteArray& bytes, int at, int size);
 QByteArray withNumber(QByteArray bytes, int at, int size, quint32 number);
 
-/// The reply to this request. Echoes behind the end of a cut reply do not count.
+/// The reply to this request. Echoes after the end of a cut reply do not count.
 QByteArray replyTo(const QByteArray& request, QByteArray reply, const QList<Echo>& echoes);
 
 #endif

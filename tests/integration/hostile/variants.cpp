@@ -129,7 +129,7 @@ class Maker {
             tail += kStatusWord;
         }
         add(name, withTail(general, tail));
-        // A good reply has its data behind them.
+        // A good reply has its data after them.
         if (status == 0 || status == 6 || words == 1) {
             add(name + ", then data", withTail(general, tail + good.bytes.mid(general + 2)));
         }

@@ -11,10 +11,10 @@ struct Variant {
     QByteArray name;  ///< says what was done to the good one
     QByteArray bytes;
     QList<Echo> echoes;
-    bool hangsUp;  ///< the controller ends the connection behind it
+    bool hangsUp;  ///< the controller ends the connection after it
 };
 
-/// What can become of the good reply of an exchange, each once: cut behind every byte, every field
+/// What can become of the good reply of an exchange, each once: cut after every byte, every field
 /// that says how much at its limits, statuses with words, more and less data, and what belongs to
 /// other exchanges. The first one is the good reply itself.
 QList<Variant> variantsOf(const Exchange& exchange);

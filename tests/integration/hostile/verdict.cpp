@@ -171,7 +171,7 @@ bool isRefusal(const RouterReply& reply) {
     return reply.status != 0 || reply.words != 0;
 }
 
-/// A value as long as the access asks, zeros behind one that is shorter.
+/// A value as long as the access asks, zeros after one that is shorter.
 Verdict fitted(const Exchange& exchange, QByteArray value) {
     const int wanted = exchange.access.getDataSize();
     value = value.mid(exchange.sliceAt, wanted);

@@ -17,7 +17,7 @@ struct Verdict {
 /// `stream` is all that follows the request on the connection, `request` the message it answers.
 Verdict verdictOf(const Exchange& exchange, const QByteArray& request, const QByteArray& stream);
 
-/// Bytes of the encapsulated message that a stream begins with; -1 when it does not hold all.
+/// Bytes of the encapsulated message that a stream begins with; -1 when it does not contain all.
 int firstMessageSize(const QByteArray& stream);
 
 /// Whether a text is one of those that the documents list for an answer that is refused.

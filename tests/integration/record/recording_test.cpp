@@ -75,7 +75,7 @@ TEST_F(RecordingFrom, AReadAndAWrite) {
     }
 }
 
-/// What a reader sees who has only tshark: the tag of each request, and its status.
+/// The view of a reader with tshark alone: the tag of each request, and its status.
 TEST_F(RecordingFrom, ARefusedTagIsNamedByTshark) {
     Controller simulator({"--tag", "D:DINT=42"});
     TestDevice device(simulator.port(), 400);

@@ -1,4 +1,4 @@
-// Writing from the page, and who may not.
+// Writing from the page, and its refusals.
 
 #include "integration/serve/serve_rig.h"
 

@@ -2,7 +2,7 @@
 #define LINT_QT47_QGLOBAL_H
 
 // Declarations of what the Qt 4.7 reference lists, as far as the product uses it, so that a
-// compiler can tell whether the product keeps to it. Nothing is defined and nothing links.
+// compiler can show whether the product keeps to it. Nothing is defined and nothing links.
 //
 // A call that does not compile against these headers is either one that Qt 4.7 lacks, or one to
 // look up in its reference and to add here.

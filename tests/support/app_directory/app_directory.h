@@ -13,7 +13,7 @@ int runTestsInOwnAppDirectory(int argc, char** argv);
 /// code is that of `body`.
 int runInOwnAppDirectory(int argc, char** argv, int (*body)(int, char**));
 
-/// Writes the project database that the program's application directory holds, with one row in
+/// Writes the project database that the program's application directory contains, with one row in
 /// `custom_tag_table` for every address (connector 1) and the tables LINK and NODE. Replaces an
 /// earlier one. Returns its path.
 QString writeProjectDatabase(const QStringList& addresses, int connectorId = 1);

@@ -148,7 +148,7 @@ TEST(CopyBits, OverlappingAsIfThroughASecondBuffer) {
 }
 
 TEST(CopyBits, ArraysAreCutToWhatBothHold) {
-    // A byte of ones lies after the source's two: it must not come in.
+    // A byte of ones lies after the source's two: it must not enter.
     const QByteArray from = QByteArray::fromRawData("\xFF\xFF\xFF", 2);
     const struct {
         int destinationBit, sourceBit, count;
@@ -189,7 +189,7 @@ TEST(RightShiftNBits, MovesBitsDown) {
         {24, "000000"}, {25, "000000"}, {1000, "000000"}, {0x7FFFFFFF, "000000"},
     };
     for (const auto& row : rows) {
-        QByteArray data = hex("81c3f0ffffff");  // the bytes after the three must not come in
+        QByteArray data = hex("81c3f0ffffff");  // the bytes after the three must not enter
         RightShiftNBits(bytesOf(&data), 3, row.bits);
         EXPECT_STREQ(row.result, data.left(3).toHex().constData()) << row.bits;
         EXPECT_STREQ("ffffff", data.mid(3).toHex().constData()) << row.bits;

@@ -86,7 +86,7 @@ TEST(DataPack, StopsAtAWrongCountAfterWhatWasPacked) {
 }
 
 TEST(DataPack, CountsOfAnySizeAreRefusedBeforeAWrite) {
-    // Each names more than 2^31-1 bytes, some more than any integer holds.
+    // Each names more than 2^31-1 bytes, some more than any integer can express.
     for (const char* format : {"2147483648c", "1073741824v", "536870912N", "4294967296c",
                                "4294967297x", "18446744073709551617c", "18446744073709551616V",
                                "99999999999999999999999999999999X", "9223372036854775807n"}) {

@@ -34,7 +34,7 @@ TEST(ProcessIsRunning, LackOfPermissionMeansRunning) {
     const pid_t child = fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
-        // As nobody, init may not be signalled; the child's status tells what was answered.
+        // As nobody, init may not be signalled; the child's status shows the answer.
         if (setgid(65534) != 0 || setuid(65534) != 0) {
             _exit(3);
         }

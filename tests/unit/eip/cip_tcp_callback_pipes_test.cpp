@@ -334,7 +334,7 @@ TEST(ClientPipe, WaitsASecondAtFirst) {
     EXPECT_LT(watch.ms(), kSoonMs);
 }
 
-/// Answers at once until the pipe's waits begin awake, whatever else this machine is doing.
+/// Answers at once until the pipe's waits begin awake, under any load of this machine.
 void answerQuickly(Transport* transport) {
     for (int i = 0; i < 20; ++i) {
         ASSERT_TRUE(transport->sendAnswer(0, "q\n"));

@@ -30,7 +30,7 @@ void expectError(int type, int number) {
     EXPECT_EQ(0, cip_ext_errno());
 }
 
-/// What the record holds before a call that must not touch it.
+/// The contents of the record before a call that must not touch it.
 void markError() {
     CIPERROR(CIP_ERR_AB, 0x77, 0x88);
 }
@@ -306,7 +306,7 @@ TEST_F(Connected, AwaitsDataAndLeavesIt) {
     EXPECT_EQ(reply, receive(transport, 0));
 }
 
-/// Without time, what goes out at once goes out, and nothing is waited for.
+/// Without time, bytes that can be sent at once are sent, and nothing is waited for.
 TEST_F(Connected, SendsWithoutTimeWhatNeedsNoWaiting) {
     transport.setTxTimeout(0);
     const std::string request = message("abc");
@@ -399,7 +399,7 @@ TEST_F(Connected, PipeThatNobodyReadsEndsTheWaitWithoutARecord) {
     expectErrorUntouched();
 }
 
-/// The body and a command come in one round: the reply is whole, and the command is the next
+/// The body and a command arrive in one round: the reply is whole, and the command is the next
 /// wait's.
 TEST_F(Connected, CommandThatComesWithTheRestOfTheBodyIsLeftForTheNextWait) {
     ASSERT_TRUE(server.send(message("", 4)));  // the header

@@ -136,7 +136,7 @@ TEST(LgxDataCache, SharesNoStorage) {
     QByteArray in("value");
     QString key("A_1");
     cache.insert(key, in);
-    // Written to behind Qt's back: a shared block would show it in the cache.
+    // Written to without Qt's knowledge: a shared block would show it in the cache.
     const_cast<char*>(in.constData())[0] = '#';
     const_cast<QChar*>(key.constData())[0] = QChar('#');
     QByteArray first;

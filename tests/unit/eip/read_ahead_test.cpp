@@ -64,7 +64,7 @@ TEST_F(ReadAheadTest, LeavesInTheSocketWhatDoesNotFit) {
     ahead.receive(ends[0]);
     EXPECT_EQ(1024u, ahead.size());
     std::string got = taken(1000);
-    ahead.receive(ends[0]);  // the first of the rest goes behind the 24 bytes that are left
+    ahead.receive(ends[0]);  // the first of the rest goes after the 24 bytes that are left
     EXPECT_EQ(500u, ahead.size());
     got += taken(2000);
     EXPECT_EQ(bytes, got);

@@ -5,8 +5,8 @@
 #include <cstring>
 
 /// Place of a virtual operation in its class's table, counted from 0; a virtual destructor takes
-/// two places. Itanium C++ ABI, which Linux uses: a pointer to a virtual member function holds
-/// the offset in the table, plus 1 (on ARM the mark stands in the second word instead).
+/// two places. Itanium C++ ABI, which Linux uses: a pointer to a virtual member function contains
+/// the offset in the table, plus 1 (on ARM the mark is in the second word instead).
 template <typename MemberFunction>
 std::ptrdiff_t vtableSlot(MemberFunction function) {
     std::ptrdiff_t word = 0;

@@ -1,4 +1,4 @@
-// Requests with any bytes: whatever arrives, the controller answers with a whole frame or not at
+// Requests with any bytes: for all of them, the controller answers with a whole frame or not at
 // all. The address sanitizer shows whether it read past their end.
 
 #include <random>

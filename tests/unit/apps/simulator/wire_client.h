@@ -28,7 +28,7 @@ class WireClient {
     bool send(const std::string& text);
     /// Sends them one after the other.
     bool sendByteByByte(const std::string& text);
-    /// The next whole frame in hexadecimal. "" when none comes in time, "closed" or "reset" when
+    /// The next whole frame in hexadecimal. "" when none arrives in time, "closed" or "reset" when
     /// the TCP connection ends before it; what came of the frame is in partial().
     std::string receive(int timeoutMs = 10000);
     /// Both.

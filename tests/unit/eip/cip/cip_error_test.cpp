@@ -19,8 +19,8 @@ std::string longText() {
 
 }  // namespace
 
-/// Stands before the C library's: a system whose text for one number is longer than the record
-/// holds.
+/// Replaces that of the C library: a system whose text for one number is longer than the record
+/// contains.
 extern "C" char* strerror(int number) noexcept {
     static const std::string text = longText();
     static thread_local char buffer[128];
@@ -40,7 +40,7 @@ TEST(CipErrorRecord, SuccessIsRecorded) {
 }
 
 /// What is recorded is what was given, also when only the extended number differs from the success
-/// that stands.
+/// already recorded.
 TEST(CipErrorRecord, SuccessWithAnExtendedNumberIsRecorded) {
     CIPERROR(0, 0, 0);
     CIPERROR(0, 0, 7);

@@ -1,5 +1,5 @@
-// Whatever a reply holds, nothing outside it is read, and no value comes out of it that it does not
-// carry. The address sanitizer watches: every reply stands in an allocation of its own size.
+// For every reply, nothing outside it is read, and no value comes out of it that it does not
+// carry. The address sanitizer watches: every reply is in an allocation of its own size.
 
 #include <gtest/gtest.h>
 

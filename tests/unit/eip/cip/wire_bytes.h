@@ -11,7 +11,7 @@
 /// Bytes as on the wire.
 typedef std::vector<unsigned char> Bytes;
 
-/// Bytes from hexadecimal text; blanks separate, '|' may stand between fields.
+/// Bytes from hexadecimal text; blanks separate, '|' may be between fields.
 Bytes bytes(const std::string& hex);
 /// The bytes at any address.
 Bytes bytesAt(const void* at, size_t count);
@@ -39,7 +39,7 @@ Bytes connectedReply(uint32_t sessionHandle, unsigned char sequenceCount,
 /// hands out when the sender's own length was short.
 Bytes cutMessage(const Bytes& whole, size_t size);
 
-/// An entry of the error record; what the calling thread's holds, by lastError().
+/// An entry of the error record; that of the calling thread by lastError().
 struct CipError {
     int32_t type;
     int32_t number;

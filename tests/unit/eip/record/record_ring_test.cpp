@@ -8,7 +8,7 @@ namespace {
 
 typedef std::vector<unsigned char> Bytes;
 
-/// What stands in a copy, a text for each record.
+/// The contents of a copy, a text for each record.
 std::vector<std::string> recordsOf(const RecordRing& ring) {
     Bytes copy;
     copy.reserve(ring.copySize());

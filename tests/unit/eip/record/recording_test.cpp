@@ -13,7 +13,7 @@ const int kSyn = 2;
 const int kPush = 8;
 const int kAck = 16;
 
-/// Records and what they come to, with the monotonic clock 500 s behind the time of day.
+/// Records and their recording, with the monotonic clock 500 s behind the time of day.
 class RecordingOf : public ::testing::Test {
  protected:
     void add(RecordKind kind, const std::string& data, int64_t at, uint16_t connection = 1,

@@ -11,7 +11,7 @@ using sim::Delivery;
 using sim::Exchange;
 using sim::Fault;
 
-// The answer to a connected read of a DINT: where each field stands is in the tests below.
+// The answer to a connected read of a DINT: the tests below name the place of each field.
 const char kReadReply[] =
     "7000 2000 01000000 00000000 0000000000000000 00000000"
     "00000000 0000 0200 A100 0400 0100FE80 B100 0C00 0500"
@@ -34,7 +34,7 @@ const char kDhpReply[] =
     "00000000 0000 0200 A100 0400 0100FE80 B100 1000 0500"
     "0000 0300 0700 0800 4F 00 3412 2A00";
 
-/// What goes out when these faults strike the reply.
+/// The bytes sent when these faults strike the reply.
 class Delivering : public testing::Test {
  protected:
     void readReply(const char* bytes) {

@@ -41,7 +41,7 @@ TEST(SymbolInstances, StopWhereTheReplyIsFull) {
     EXPECT_EQ(480u, data.size());
 }
 
-/// A controller's tags, and what the symbol class tells of them.
+/// A controller's tags, and the symbol class's reports of them.
 class SymbolAttributes : public testing::Test {
  protected:
     SymbolAttributes() {

@@ -79,7 +79,7 @@ TEST_F(ServerTest, ReadsAndWrites) {
 
 TEST_F(ServerTest, ReadsAndWritesInPiecesOnASmallConnection) {
     start({"--tag", "B:DINT[0..4]=1,2,3,4,5", "--connection-size", "27"});
-    // 27 bytes: sequence count, head and type leave 19, which hold four elements.
+    // 27 bytes: sequence count, head and type leave 19, which contain four elements.
     EXPECT_EQ(client->expected(std::string("7000 2C00") + kHead +
                                "0100FE80 B100 1800 0100 CC 00 06 00 C400"
                                "01000000 02000000 03000000 04000000"),

@@ -77,7 +77,7 @@ TEST(FrameText, RepliesOfAController) {
               }));
 }
 
-/// However few bytes there are, and whatever its numbers announce, every byte is shown once.
+/// For any number of bytes, and any announced numbers, every byte is shown once.
 TEST(FrameText, EveryBeginningOfAMessageIsShownWhole) {
     const QByteArray whole = hex(
         "6f003e00 11000000 00000000 0000000000000000 00000000"
