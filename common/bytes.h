@@ -10,7 +10,7 @@
 // here is free of state and may be called from any thread.
 
 /// The value of the first 4 (int) or 2 bytes; bytes that are missing count as zero, bytes that
-/// are too many are not looked at.
+/// are too many are ignored.
 qint32 QByteArrayToInt(const QByteArray& data);
 quint16 QByteArrayToWord(const QByteArray& data);
 qint16 QByteArrayToShort(const QByteArray& data);

@@ -73,7 +73,7 @@ bool nextItem(const char** format, Item* item) {
     return true;
 }
 
-/// A va_list in a record can be handed on by reference on every machine.
+/// A va_list in a record can be passed on by reference on every machine.
 struct Arguments {
     explicit Arguments(va_list from) { va_copy(list, from); }
     ~Arguments() { va_end(list); }

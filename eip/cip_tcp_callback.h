@@ -9,7 +9,7 @@
 class FlightRecorder;
 
 /// The transport of the worker: a TCP connection to the controller, and two local socket pairs
-/// ("pipes" 0 and 1; any index but 0 is pipe 1) by which the driver hands in its commands.
+/// ("pipes" 0 and 1; any index but 0 is pipe 1) by which the driver sends its commands.
 ///
 /// Every wait (connect, send, receive, sleep) also watches the worker's ends of the pipes and
 /// calls serverPipeOnReceive() for a readable one, so that commands get in while the controller
@@ -61,14 +61,14 @@ class CipTcpCallback : public CipCallback {
     QString lastError() const;
     /// Time that one request has to leave; 1000 ms at first.
     void setTxTimeout(unsigned long ms);
-    /// Discards what the controller has sent and nobody read; serves the pipes.
+    /// Discards the bytes of the controller that are unread; serves the pipes.
     void emptyRxBuffer();
     /// Waits up to `ms` and serves the pipes; a command ends the wait. 0 returns at once.
     void sleep(unsigned long ms);
     /// Waits until the controller has sent something, serving the pipes; false when it has not in
     /// time, with the error record as recvData() leaves it.
     bool awaitData(int timeoutMs);
-    /// Who is told about the traffic; null, as at first, for nobody. Not owned. Only while the
+    /// The recorder of the traffic; null, as at first, for none. Not owned. Only while the
     /// worker thread does not run.
     void setRecorder(FlightRecorder* recorder);
 

@@ -1,4 +1,4 @@
-// The transport's connection: how it is made, looked at and given up.
+// The transport's connection: how it is made, checked and closed.
 
 #include <arpa/inet.h>
 #include <errno.h>

@@ -69,7 +69,7 @@ class CipTcpCallback::Impl {
     /// Throws away what was read ahead.
     void dropAhead();
 
-    // What the recorder is told, if there is one.
+    // The events for the recorder, if there is one.
     void noteConnecting(const char* host, unsigned short port);
     void noteConnected(bool connected);
     QString errnoText() const;

@@ -17,7 +17,7 @@ const unsigned long kFirstClientTimeoutMs = 1000;
 const unsigned int kFirstTxTimeoutMs = 1000;
 const unsigned long kMicros = 1000;  // of a millisecond
 
-/// The largest line is read, and thrown away, in one piece.
+/// The largest line is read, and discarded, in one piece.
 const size_t kDiscardPiece = 4096;
 
 /// Length of the text up to and including its first line feed, 0 without one.

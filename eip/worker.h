@@ -68,7 +68,7 @@ class EipWorker : public QThread {
     /// Connects, registers a session and opens the connection. On failure the error is set and
     /// nothing stays open.
     bool openConnection();
-    /// Closes connection, session and socket, telling the controller where it still listens.
+    /// Closes connection, session and socket, informing a controller that still listens.
     void closeConnection();
     /// True only while both the session record and the connection record exist.
     bool connectionIsOpened() const;
@@ -80,7 +80,7 @@ class EipWorker : public QThread {
 
     /// Replaces the receiver; only before the thread starts.
     void setCPDC(CipPlcDriverCallback* receiver);
-    /// Who is told what the worker and its transport do; null, as at first, for nobody. Not owned.
+    /// The recorder of the worker and its transport; null, as at first, for none. Not owned.
     /// Only before the thread starts.
     void setRecorder(FlightRecorder* recorder);
     /// Waits through the transport, which keeps serving the pipes; a command cuts it short, and

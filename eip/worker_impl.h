@@ -25,7 +25,7 @@ struct EipWorker::Impl {
 
     // constant while the thread runs
     CipPlcDriverCallback* receiver;
-    FlightRecorder* recorder;     ///< null: nobody is told
+    FlightRecorder* recorder;     ///< null: no recorder
     const unsigned long timeout;  ///< milliseconds
     const std::vector<unsigned char> routePath;
 

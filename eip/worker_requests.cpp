@@ -33,7 +33,7 @@ bool EipWorker::finishFailedRequest(const QString& cacheKey, bool* broken) {
     const bool neverSent = type == CIP_ERR_INTERNAL && cip_errno() == CIP_INTERNAL_BUFFER_TOO_SMALL;
     const bool lost = type != CIP_ERR_AB && !neverSent;
     // The flag makes other requests wait until the polling has the connection again; without
-    // polling the next one has to try. A value that nobody can decode is the tag's trouble alone.
+    // polling the next one has to try. A value that nobody can decode is that tag's error alone.
     const bool undecodable = type == CIP_ERR_INTERNAL && cip_errno() == CIP_INTERNAL_BAD_DATA;
     const bool outage = lost && !undecodable;
     d->setErrText(QString::fromLocal8Bit(cip_err_msg()), outage && !d->sessionHash.isEmpty());

@@ -41,7 +41,7 @@ class DriverABMicro800Eth : public QObject, public DriverInterface {
     /// handler that exit() runs, even when other objects are already destroyed.
     virtual ~DriverABMicro800Eth();
 
-    /// The object that the plugin loader hands out, a new one when the last was deleted; null when
+    /// The object that the plugin loader returns, a new one when the last was deleted; null when
     /// there is no memory for it.
     static QObject* pluginInstance();
 

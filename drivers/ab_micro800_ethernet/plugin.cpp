@@ -18,7 +18,7 @@ extern "C" Q_DECL_EXPORT const char* qt_plugin_query_verification_data() {
 }
 
 #if !MICRO800_QT_WRITES_PLUGIN_INSTANCE
-/// The instance that the plugin loader hands out; a new one when the last was deleted.
+/// The instance that the plugin loader returns; a new one when the last was deleted.
 extern "C" Q_DECL_EXPORT QObject* qt_plugin_instance() {
     return DriverABMicro800Eth::pluginInstance();
 }

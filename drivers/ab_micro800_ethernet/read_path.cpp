@@ -85,7 +85,7 @@ bool DriverABMicro800Eth::prepare(AbstractDeviceInterface* device, const char* v
         return false;
     }
     const bool isFirst = !worker;
-    // A list that the worker did not take is handed over again, and delays no later access.
+    // A list that the worker did not take is sent again, and delays no later access.
     const bool isReady = (!isFirst && pendingSessionCommands.isEmpty()) || initWorker(device);
     if (isFirst && !isReady) {
         const QString reason = worker ? worker->errStr() : lastError;
@@ -270,7 +270,7 @@ bool DriverABMicro800Eth::sendToWorker(const char* line, int length) {
 }
 
 /// After a late answer was taken for a failed attempt, the answer to that attempt itself is still
-/// to come. It is waited for and thrown away, or every later exchange would be one answer behind.
+/// to come. The driver waits for it and discards it, or every later exchange would lag by one.
 void DriverABMicro800Eth::awaitOutstandingAnswer() {
     while (answerOutstanding) {
         resetRspBuf();

@@ -34,7 +34,7 @@ void DriverABMicro800Eth::setSessionCommand(QList<CommunicatorCommand> list) {
         return;
     }
     if (worker && worker->isRunning()) {
-        pendingSessionCommands.clear();  // what was not handed over yet is out of date
+        pendingSessionCommands.clear();  // commands not sent yet are out of date
         withoutThrowing(false, [&] { return sendSetSessionCmd(list); });
     } else {
         pendingSessionCommands = list;

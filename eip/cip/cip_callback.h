@@ -5,7 +5,7 @@ struct _Encap_Header;
 
 /// The transport under the CIP client: carries whole encapsulated messages.
 ///
-/// The client library owns no socket and no clock; it hands every request to an object of this
+/// The client library owns no socket and no clock; it passes every request to an object of this
 /// class. Used by one thread at a time. The slot order is part of the contract.
 class CipCallback {
  public:

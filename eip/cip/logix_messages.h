@@ -71,7 +71,7 @@ int32_t _GetLGXStatusWord(const _MR_Reply* reply);
 /// The signed 16-bit extended status when the status word is 0x01FF, else 0.
 int32_t _GetExtendedStatus(const _MR_Reply* reply);
 
-/// The data type of a Read Tag reply that _GetService_Reply handed out. 0 on failure: (0, -20, 0)
+/// The data type of a Read Tag reply that _GetService_Reply returned. 0 on failure: (0, -20, 0)
 /// for null, (5, status word, extended status) for a refusal, (0, -24, 0) for another service.
 int32_t _GetLGXDataType(const _MR_Reply* reply);
 /// Start of the data of such a reply, after the type. Null on failure: as above, and (0, -24, 0)

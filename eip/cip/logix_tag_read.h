@@ -51,7 +51,7 @@ class LgxTagRead {
     const uint16_t count;
     cip::MallocPtr<_LGX_Read> value;
     int32_t received;   ///< bytes of a value in pieces
-    bool isInPieces;    ///< the first reply held a part
+    bool isInPieces;    ///< the first reply contained a part
     bool hasFragments;  ///< a fragment has come
     bool isWhole;
 };

@@ -9,7 +9,7 @@
 namespace cip {
 
 /// The one reply to Read Tag or Write Tag. No reply for what _GetService_Reply refuses, and with
-/// (0, -20, 0) for one inside a Multiple Service Packet, which nobody asked for.
+/// (0, -20, 0) for one inside a Multiple Service Packet, which the client did not request.
 MRView singleReply(const _Eip_Item* item);
 
 /// The reply to a fragmented service; none with (0, -20, 0) when the item contains no whole reply

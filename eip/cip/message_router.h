@@ -22,7 +22,7 @@ extern unsigned char DHPB_PROXY_PATH[6];      ///< class 0xA6, instance 2 (DH+ c
 const unsigned char kReplyServiceBit = 0x80;
 
 /// Head of a message-router reply; additional status words, then the reply data follow it.
-/// Wherever this library hands one out, head and additional status lie inside the reply.
+/// Wherever this library returns one, head and additional status lie inside the reply.
 struct _MR_Reply {
     unsigned char service;  ///< request service | 0x80
     unsigned char reserved;
@@ -39,7 +39,7 @@ unsigned char* _BuildMRRequest(uint8_t service, const void* path, int pathLength
                                int dataLength, int* size);
 
 /// Sends a message-router request unconnected and returns the whole encapsulated reply, to be freed
-/// with free(), or null. Nothing in the reply has been looked at.
+/// with free(), or null. The contents are not checked.
 _Encap_Header* _ExSendMRRequest(_Eip_Session* session, const void* request, int requestLength);
 
 /// Sends an unconnected request and returns a copy of the message-router reply, to be freed with
@@ -62,7 +62,7 @@ int _GetMRReplySize(const _Encap_Header* reply);
 /// Bytes of its data, after head and additional status; 0 when there is no reply.
 int _GetMRDataSize(const _Encap_Header* reply);
 
-/// The data of a message-router reply that this library handed out: after head and additional
+/// The data of a message-router reply that this library returned: after head and additional
 /// status. Null for null.
 const unsigned char* _GetMRData(const _MR_Reply* reply);
 /// -1 for null; the signed 16-bit additional status when it is one word, the 32-bit one when it is

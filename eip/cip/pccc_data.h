@@ -33,7 +33,7 @@ const unsigned char* _GetPLCReadData(const _PLC_Read* read);
 void _FreePLCRead(_PLC_Read* read);
 
 /// Decodes the reply to a typed read: a type/data parameter, or one for an array and one for its
-/// elements, then the data, which must fill the reply. The status byte is not looked at. Null with
+/// elements, then the data, which must fill the reply. The status byte is ignored. Null with
 /// (0, -20, 0) when the `length` bytes are malformed, with (1, errno, 0) without memory.
 _PLC_Read* _DecodePCCC(const _PCCC_Reply* reply, int length);
 

@@ -189,7 +189,7 @@ cip::MallocPtr<_PCCC_Reply> sendOverDhp(const _PCCC_Target* target, const void* 
                     replySize);
 }
 
-/// Traces the end of an exchange and hands the reply out.
+/// Traces the end of an exchange and returns the reply.
 _PCCC_Reply* finish(cip::MallocPtr<_PCCC_Reply> reply, int size, const char* name) {
     if (!reply) {
         LogCip(kTraceCalls, "!Exiting %s with error : %s\n", name, cip_err_msg());

@@ -33,7 +33,7 @@ struct _PCCC_Target {
 
 /// Sends a PCCC request (as pccc_requests.h builds it) and returns the PCCC reply, to be freed with
 /// free(), with its size in bytes (at least 4; `replySize` may be null). Its status byte is not
-/// looked at. Null: (0, -8, 0) without a request; (0, -1, 0) without what the way needs;
+/// checked. Null: (0, -8, 0) without a request; (0, -1, 0) without what the way needs;
 /// (0, -22, 0) for an unconnected request to a DH+ node; a general status other than 0, as
 /// (3, general status, extended status); (0, -7, 0) for a reply to another requestor, command or
 /// transaction; (0, -20, 0) for a malformed reply; otherwise as _ConnectedSend,

@@ -10,7 +10,7 @@
 // A name that no controller could have gives a path that it will refuse; only a part that exceeds a
 // segment fails.
 
-/// The path of a whole name such as Udt.Member[3,70000].Low. A missing ']' counts as standing at
+/// The path of a whole name such as Udt.Member[3,70000].Low. A missing ']' counts as being at
 /// the end. An empty name gives 0 bytes. -1 with (0, -31, 0) for a name with a part that
 /// _BuildIOIString refuses; the buffer then contains the segments before that part.
 int _BuildIOI(unsigned char* buffer, const char* tagName);
@@ -22,7 +22,7 @@ int _BuildIOI(unsigned char* buffer, const char* tagName);
 int _BuildIOIString(unsigned char* buffer, const char* name, int maxLength);
 
 /// Element segments for the comma-separated decimal numbers in the first `length` bytes of `text`.
-/// A number is read as strtol does, but is held within 32 bits; an empty place adds nothing.
+/// A number is read as strtol does, but is limited to 32 bits; an empty place adds nothing.
 int _BuildIOIArray(unsigned char* buffer, const char* text, int length);
 
 /// One element segment. Below 256: 0x28 and the low byte (negative values too); below 65536: 0x29,

@@ -15,7 +15,7 @@ const char kOpenFailedWhy[] = "connect-failed";
 const unsigned long kEndMs = 1000;
 
 /// A writer that the disk did not let go, and what it uses. Both must outlive its thread, whose end
-/// nobody waits for: they are kept as long as the process.
+/// no thread waits for: they are kept as long as the process.
 struct LeftWriter {
     RecordLog* log;
     RecordWriter* writer;

@@ -17,7 +17,7 @@ struct LiveFigures {
     uint64_t connectFailures;      ///< attempts that failed
     uint64_t opens;                ///< class 3 connections opened; all but the first are reconnects
     uint64_t losses;               ///< failures that cost the connection
-    uint64_t errorTexts;           ///< failures told to the host
+    uint64_t errorTexts;           ///< failures reported to the host
     uint64_t hostCalls;            ///< reads and writes that had to ask the worker
     uint64_t longestHostWait;      ///< of those
     uint64_t passes;               ///< polling passes over the whole session list

@@ -25,7 +25,7 @@ class RecordFolder {
     bool finish(time_t when, const std::string& why, std::string* problem);
 
     /// True once for each file `dump` that was put into the folder; it is removed. Each object
-    /// gets to know of a file that another one of this process has removed.
+    /// sees a file that another object of this process has removed.
     bool dumpAsked();
 
     /// At most so many recordings stay, and so many bytes of them.

@@ -41,7 +41,7 @@ class Recording {
     int64_t timeOf(const RecordTime& time) const;
 
     const int64_t offset;  ///< from the monotonic clock to the time of day, microseconds
-    int64_t shownStep;     ///< how far the time of day was off, as last told
+    int64_t shownStep;     ///< how far the time of day was off, as last reported
     uint16_t connection;   ///< that the two numbers below belong to
     uint32_t panelSequence;
     uint32_t controllerSequence;
