@@ -27,7 +27,7 @@ const int kDhpHeaderSize = 2 + 2 + 2 + 2;
 /// Command, status, transaction number: what a reply is compared with.
 const int kComparedHead = 1 + 1 + 2;
 
-/// A message being put together, and its size; the bytes of the header come first.
+/// A message being put together, and its size; its head comes first.
 struct Message {
     unsigned char bytes[kEncapMaxRequestBody];
     int size;

@@ -127,7 +127,7 @@ int runSoak(int, char**) {
 }
 
 /// The allocator hands every byte back that the program hands back to it: what it keeps for the
-/// next time is no growth of the driver, and grows in steps that hide a small one. Takes effect in
+/// next time is no growth of the driver, and comes in steps that hide a small one. Takes effect in
 /// the program that is started anew.
 void keepNothingInTheAllocator() {
     setenv("GLIBC_TUNABLES",
