@@ -18,12 +18,6 @@
 #include <atomic>
 #include <new>
 
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define MICRO800_ADDRESS_SANITIZER 1
-#endif
-#endif
-
 namespace failing {
 namespace {
 
@@ -190,34 +184,24 @@ DriverScope::~DriverScope() {
 
 using namespace failing;  // NOLINT: for the functions below
 
-#ifdef MICRO800_ADDRESS_SANITIZER
-#define REAL_MEMORY(name) __interceptor_##name
-#else
-#define REAL_MEMORY(name) __libc_##name
-#endif
-
 extern "C" {
 
-void* REAL_MEMORY(malloc)(size_t);
-void* REAL_MEMORY(calloc)(size_t, size_t);
-void* REAL_MEMORY(realloc)(void*, size_t);
-
-#ifdef MICRO800_ADDRESS_SANITIZER
-int __interceptor_pthread_create(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
-#endif
+void* __libc_malloc(size_t);
+void* __libc_calloc(size_t, size_t);
+void* __libc_realloc(void*, size_t);
 
 #define REPLACED __attribute__((visibility("default")))
 
 REPLACED void* malloc(size_t size) noexcept {
-    return memoryFails() ? nullptr : REAL_MEMORY(malloc)(size);
+    return memoryFails() ? nullptr : __libc_malloc(size);
 }
 
 REPLACED void* calloc(size_t count, size_t size) noexcept {
-    return memoryFails() ? nullptr : REAL_MEMORY(calloc)(count, size);
+    return memoryFails() ? nullptr : __libc_calloc(count, size);
 }
 
 REPLACED void* realloc(void* block, size_t size) noexcept {
-    return memoryFails() ? nullptr : REAL_MEMORY(realloc)(block, size);
+    return memoryFails() ? nullptr : __libc_realloc(block, size);
 }
 
 REPLACED int socket(int domain, int type, int protocol) noexcept {
@@ -394,19 +378,15 @@ REPLACED void* mmap64(void* at, size_t length, int protection, int flags, int fd
 
 REPLACED int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
                             void* (*begin)(void*), void* argument) noexcept {
-#ifdef MICRO800_ADDRESS_SANITIZER
-    static auto* const real = __interceptor_pthread_create;
-#else
     static auto* const real =
         next<int(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*)>("pthread_create");
-#endif
     if (inDriver == 0) {
         return real(thread, attributes, begin, argument);
     }
     if (fails("pthread_create")) {
         return armedError;
     }
-    ThreadStart* const start = static_cast<ThreadStart*>(REAL_MEMORY(malloc)(sizeof(ThreadStart)));
+    ThreadStart* const start = static_cast<ThreadStart*>(__libc_malloc(sizeof(ThreadStart)));
     start->begin = begin;
     start->argument = argument;
     const int result = real(thread, attributes, beginInDriver, start);

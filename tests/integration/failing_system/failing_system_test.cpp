@@ -18,14 +18,6 @@
 #include "integration/failing_system/failing_calls.h"
 #include "integration/failing_system/life.h"
 #include "support/app_directory/app_directory.h"
-#include "support/sanitizer.h"
-
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#include <sanitizer/lsan_interface.h>
-#define MICRO800_CHECKS_LEAKS 1
-#endif
-#endif
 
 namespace {
 
@@ -34,7 +26,7 @@ const unsigned kLongestLifeSeconds = 100;
 const int kAtOnce = 6;
 /// Lives for one call; where it is made more often, they are spread over all its moments. With
 /// MICRO800_ALL_FAILURES there is one for each.
-const long kMostLives = kSanitized ? 12 : 360;
+const long kMostLives = 360;
 
 /// The report of a life's process to the test.
 struct Report {
@@ -74,11 +66,6 @@ class FailingSystem : public ::testing::Test {
             report.calls = failing::count();
             report.failed = failing::hasFailed();
             snprintf(report.problem, sizeof report.problem, "%s", problem.c_str());
-#ifdef MICRO800_CHECKS_LEAKS
-            if (problem.empty() && __lsan_do_recoverable_leak_check() != 0) {
-                snprintf(report.problem, sizeof report.problem, "memory leaked");
-            }
-#endif
             _exit(0);
         }
         return child;
