@@ -1,6 +1,8 @@
 #ifndef DRIVERS_AB_MICRO800_ETHERNET_AB_MICRO800_ETHERNET_H
 #define DRIVERS_AB_MICRO800_ETHERNET_AB_MICRO800_ETHERNET_H
 
+#include <sys/types.h>
+
 #include <QByteArray>
 #include <QHash>
 #include <QList>
@@ -38,7 +40,8 @@ class DriverABMicro800Eth : public QObject, public DriverInterface {
     DriverABMicro800Eth();
     /// Stops the worker and waits for its thread, without a limit: at most one connect or one
     /// request with its time-outs. Then waits up to a second for the last recording. Also safe in a
-    /// handler that exit() runs, even when other objects are already destroyed.
+    /// handler that exit() runs, even when other objects are already destroyed, and in a process
+    /// that was forked: what its parent has running is left alone.
     virtual ~DriverABMicro800Eth();
 
     /// The object that the plugin loader returns, a new one when the last was deleted; null when
@@ -194,6 +197,7 @@ class DriverABMicro800Eth : public QObject, public DriverInterface {
     static void endLivingDrivers();
     void becomeLiving();
     void stopBeingLiving();
+    void stopWorker();
     void closeDatabase();
 
     void clearCommError();
@@ -248,16 +252,17 @@ class DriverABMicro800Eth : public QObject, public DriverInterface {
     unsigned short sentId;   ///< of the last line on pipe 0
     bool answerOutstanding;  ///< a late answer came in place of the one to that line
     std::unique_ptr<Micro800Worker> worker;
+    pid_t workerProcess;  ///< the process that started it
     std::vector<char> cmdBuf;
     std::vector<char> rspBuf;
     unsigned short transactionIds[2];
     QMutex sessionMutex;
     QString pendingIP;
     unsigned short pendingPort;
-    const QString noMemory;                          ///< a text that is there when it is needed
-    const std::unique_ptr<FlightRecorder> recorder;  ///< outlives the worker
-    bool recorderStarted;                            ///< its writer thread was asked for
-    const CommunicatorCommand* access;               ///< of the call that is under way
+    const QString noMemory;                    ///< a text that is there when it is needed
+    std::unique_ptr<FlightRecorder> recorder;  ///< outlives the worker
+    bool recorderStarted;                      ///< its writer thread was asked for
+    const CommunicatorCommand* access;         ///< of the call that is under way
     const char* accessVerb;
     qint64 askedAt;  ///< when it asked the worker, monotonic microseconds; 0: it did not
 };

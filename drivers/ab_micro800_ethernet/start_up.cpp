@@ -95,6 +95,7 @@ DriverABMicro800Eth::DriverABMicro800Eth()
       rspLength(0),
       sentId(0),
       answerOutstanding(false),
+      workerProcess(0),
       cmdBuf(kBufferSize, 0),
       rspBuf(kBufferSize, 0),
       pendingPort(0),
@@ -126,17 +127,27 @@ QObject* DriverABMicro800Eth::pluginInstance() {
 }
 
 DriverABMicro800Eth::~DriverABMicro800Eth() {
-    if (worker) {
-        worker->stop();
-        worker->wait(ULONG_MAX);
-        worker.reset();  // which still records the closing of the connection
-    }
+    stopWorker();
     // Only where the declarations could not be read is the database still open, and never after
     // endLivingDrivers(): Qt's list of connections may be gone by then.
     if (connectionListed) {
         closeDatabase();
     }
     stopBeingLiving();
+}
+
+void DriverABMicro800Eth::stopWorker() {
+    if (worker && workerProcess != getpid()) {
+        // A forked process has a copy of the objects and none of their threads: the wait would
+        // never end, a lock can be one that nobody opens any more, and the controller is the
+        // parent's.
+        worker.release();
+        recorder.release();
+    } else if (worker) {
+        worker->stop();
+        worker->wait(ULONG_MAX);
+        worker.reset();  // which still records the closing of the connection
+    }
 }
 
 /// Enters the list with a connection name of its own. Qt keeps connections by name for the whole
@@ -204,6 +215,7 @@ bool DriverABMicro800Eth::initWorker(AbstractDeviceInterface* device) {
             return false;
         }
         worker = std::move(started);
+        workerProcess = getpid();
         endBeforeTheThread();
     }
     if (pendingSessionCommands.isEmpty()) {

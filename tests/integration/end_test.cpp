@@ -117,6 +117,25 @@ TEST_F(End, LoadUseUnloadThreeTimes) {
     }
 }
 
+/// A process that the runtime forks to start a program, and that ends with exit() because it
+/// cannot, destroys its copy of the drivers. The threads and the controller are those of the
+/// parent.
+TEST_F(End, ForkedProcessEndsAndLeavesTheParentsWorker) {
+    globalDriver = createDriver();
+    use(globalDriver.get());
+    const pid_t child = fork();
+    if (child == 0) {
+        globalController.release();  // the parent ends it
+        alarm(60);                   // a wait that nothing ends ends here
+        exit(HasFailure() ? 1 : 0);
+    }
+    int status = 0;
+    ASSERT_EQ(child, waitpid(child, &status, 0));
+    EXPECT_EQ(0, status);
+    EXPECT_EQ(43, readDint(globalDriver.get(), globalDevice.get(), "E"));
+    EXPECT_EQ(1, globalController->connectionsOpened());
+}
+
 /// However many drivers there are: they stop beside each other. The handlers run in a child, whose
 /// end is timed.
 TEST_F(End, ManyDriversWaitTogether) {
