@@ -60,7 +60,7 @@ qint64 width(const LgxArrayDef::Bounds& bounds) {
 const char kConnectOptions[] = "QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=400";
 
 /// More rows than any project has, and longer than any address that a request could carry: the name
-/// in it has up to 255 characters.
+/// in it has up to 255 characters. Of a longer one only its beginning is searched.
 const int kMostRows = 100000;
 const int kLongestAddress = 512;
 
@@ -97,7 +97,7 @@ DeclarationRows::DeclarationRows(const QString& connection, int connectorId)
             .arg(connectorId);
     // Cut by SQLite: a text of hundreds of megabytes ends the process where it becomes a QString.
     query.exec(QString::fromLatin1("SELECT substr(address, 1, %1) FROM (%2)")
-                   .arg(QString::number(kLongestAddress + 1), statement));
+                   .arg(QString::number(kLongestAddress), statement));
     if (!query.isActive()) {
         fail(QString());
     }
@@ -124,10 +124,6 @@ bool DeclarationRows::next(QString* address) {
         return error.isValid() && fail(error.databaseText());
     }
     *address = query.value(0).toString();
-    if (address->size() > kLongestAddress) {
-        return fail(
-            QString::fromLatin1("an address has more than %1 characters").arg(kLongestAddress));
-    }
     return ++rows <= kMostRows || fail(QString::fromLatin1("more than %1 rows").arg(kMostRows));
 }
 
@@ -180,6 +176,9 @@ bool DriverABMicro800Eth::createDBConnection() {
 bool DriverABMicro800Eth::readDB(AbstractDeviceInterface* device) {
     if (arrayDefsLoaded) {
         return true;
+    }
+    if (dbOpen && !QSqlDatabase::database(connectionName, false).isValid()) {
+        closeDatabase();  // Qt gives a connection to no thread but the one that made it
     }
     if (!dbOpen) {
         dbOpen = createDBConnection();
