@@ -70,7 +70,9 @@ class SummingReporter : public benchmark::BenchmarkReporter {
                 figure("polling pass, 100 tags", "of_limit_%"),
             "%", ">= 98");
         row("polling pass, of its limit", figure("polling pass, 100 tags", "of_limit_%"), "%",
-            ">= 90");
+            ">= 95");
+        row("the same, of a bare socket that pauses as well",
+            figure("polling pass, 100 tags", "of_paused_%"), "%", "");
         row("extra wait in a pass, controller reads",
             figure("request during a pass", "extra_reads"), "", "<= 1");
         row("refresh of DINT[1000], of 1000 single reads",

@@ -30,11 +30,15 @@ int linesOf(const QString& path, const char* text = "\n") {
     return file.open(QIODevice::ReadOnly) ? file.readAll().count(text) : 0;
 }
 
-/// Round trip of a bare socket to this simulator, in seconds: the median of some hundred.
-double roundTrip(quint16 port) {
+/// Round trip of a bare socket to this simulator, in seconds: the median of some hundred, with a
+/// pause before each one or without.
+double roundTrip(quint16 port, unsigned pauseMicros) {
     RawClient client(port);
     Latencies latencies;
     for (int i = 0; i < 500; ++i) {
+        if (pauseMicros > 0) {
+            usleep(pauseMicros);
+        }
         const Clock::time_point start = Clock::now();
         client.readTag("T0");
         latencies.add(Clock::now() - start);
@@ -47,7 +51,8 @@ void pollingPass(benchmark::State& state) {
     const RecorderIn recorder(state.range(0) != 0 ? dir.filePath("record") : QString());
     const QString log = dir.filePath("requests");
     Simulator simulator(dintTags(kTags) << "--log" << log);
-    const double trip = roundTrip(simulator.port());
+    const double trip = roundTrip(simulator.port(), 0);
+    const double pausedTrip = roundTrip(simulator.port(), 1000);
     LoopbackDevice device(simulator.port());
     const std::unique_ptr<DriverInterface> driver = newDriver();
     driver->setSessionCommand(hundredCommands());
@@ -61,6 +66,7 @@ void pollingPass(benchmark::State& state) {
         state.counters["reads_per_s"] = rate;
         state.counters["limit_per_s"] = 1 / (0.001 + trip);
         state.counters["of_limit_%"] = 100 * rate * (0.001 + trip);
+        state.counters["of_paused_%"] = 100 * rate * (0.001 + pausedTrip);
     }
 }
 BENCHMARK(pollingPass)

@@ -181,24 +181,15 @@ bool CipTcpCallback::Impl::pauseOnce(timeval time) {
     return ready != 0;
 }
 
-/// As long as `micros`, and hardly longer.
+/// As long as `micros` on average.
 void CipTcpCallback::Impl::pauseShortly(long micros) {
     const QuickAnswer::Clock::time_point start = QuickAnswer::Clock::now();
-    long took = 0;
-    while (took < micros) {
-        const long asked = took == 0 ? shortPause.toAskFor(micros) : micros - took;
-        timeval time = timeval();
-        time.tv_usec = asked;
-        if (pauseOnce(time)) {
-            return;
-        }
-        const long before = took;
-        took =
-            std::chrono::duration_cast<std::chrono::microseconds>(QuickAnswer::Clock::now() - start)
-                .count();
-        if (before == 0) {
-            shortPause.note(asked, took);
-        }
+    timeval time = timeval();
+    time.tv_usec = shortPause.toAskFor(micros);
+    if (!pauseOnce(time)) {
+        const auto took = QuickAnswer::Clock::now() - start;
+        shortPause.note(micros,
+                        std::chrono::duration_cast<std::chrono::microseconds>(took).count());
     }
 }
 

@@ -3,36 +3,31 @@
 
 #include <algorithm>
 
-/// How long to ask for, so that a pause of a few milliseconds takes its time and not much more. The
-/// system ends a wait some microseconds late, and tens of them on a processor that has fallen
-/// asleep; in a pause of one millisecond that counts. So it is asked for less, by what it was
-/// late before. A wait that ends too early has to be followed by another one for the rest.
+/// Makes pauses of a few milliseconds take their time on average. The system ends a wait some
+/// microseconds late, and tens of them on a processor that has fallen asleep; in a pause of one
+/// millisecond that counts. So what one pause took too long, the next one takes less.
 ///
 /// All times in microseconds. One thread.
 class ShortPause {
  public:
     /// Longer ones are asked for as they are.
     static constexpr unsigned long kLongest = 5000;
-    /// More lateness than that is the work of other programs, and comes and goes.
-    static constexpr long kMostLate = 100;
+    /// A pause is never shorter by more than that. More lateness is the work of other programs,
+    /// and is not made up for.
+    static constexpr long kMostShorter = 100;
 
-    ShortPause() : usual(0) {}
+    ShortPause() : tooLong(0) {}
 
     /// What to ask for when a pause is to take `pause`.
-    long toAskFor(long pause) const { return pause - usual; }
+    long toAskFor(long pause) const { return pause - tooLong; }
 
-    /// Notes that a wait for `asked` took `took`. A longer lateness is believed little by little,
-    /// a shorter one at once.
-    void note(long asked, long took) {
-        const long late = std::min<long>(std::max(took - asked, 0L), kMostLate);
-        usual = late < usual ? std::max(late - kMargin, 0L) : usual + (late - usual) / kInertia;
+    /// Notes that a wait that was to be a pause of `pause` took `took`.
+    void note(long pause, long took) {
+        tooLong = std::min<long>(std::max(tooLong + took - pause, 0L), kMostShorter);
     }
 
  private:
-    static constexpr long kMargin = 3;
-    static constexpr long kInertia = 8;
-
-    long usual;  ///< what a wait is late, or less
+    long tooLong;  ///< what the pauses so far took longer than they should
 };
 
 #endif
