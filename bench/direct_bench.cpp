@@ -3,10 +3,16 @@
 
 #include <benchmark/benchmark.h>
 
+#include <sys/socket.h>
+#include <unistd.h>
+
 #include <QTemporaryDir>
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <limits>
+#include <thread>
 
 #include "bench/bench_rig.h"
 #include "bench/raw_client.h"
@@ -15,25 +21,68 @@ namespace {
 
 typedef std::chrono::steady_clock Clock;
 
-/// Reads of a bare socket and operations of the driver, a block of each in turn and all against one
-/// simulator, so that where the scheduler has put whom moves both alike.
+/// The bare socket in a thread of its own, to which a socket pair leads: two hops, as the driver's
+/// worker needs them, and no more work than that.
+class ThreadedRawClient {
+ public:
+    explicit ThreadedRawClient(quint16 port) : client(port, 2), ends{-1, -1} {
+        if (socketpair(AF_UNIX, SOCK_STREAM, 0, ends) != 0) {
+            std::perror("socketpair");
+            std::exit(1);
+        }
+        thread = std::thread([this] {
+            char request = 0;
+            while (recv(ends[1], &request, 1, 0) == 1) {
+                const char answer = client.readTag("T0") ? 1 : 0;
+                send(ends[1], &answer, 1, MSG_NOSIGNAL);
+            }
+        });
+    }
+    ~ThreadedRawClient() {
+        shutdown(ends[0], SHUT_RDWR);
+        thread.join();
+        close(ends[0]);
+        close(ends[1]);
+    }
+    ThreadedRawClient(const ThreadedRawClient&) = delete;
+    ThreadedRawClient& operator=(const ThreadedRawClient&) = delete;
+
+    bool readTag() {
+        char byte = 0;
+        return send(ends[0], &byte, 1, MSG_NOSIGNAL) == 1 && recv(ends[0], &byte, 1, 0) == 1 &&
+               byte == 1;
+    }
+
+ private:
+    RawClient client;
+    int ends[2];
+    std::thread thread;
+};
+
+/// Reads of the bare sockets and operations of the driver, a block of each in turn and all against
+/// one simulator, so that where the scheduler has put whom moves all alike.
 template <typename Operation>
 void measureBesideFloor(benchmark::State& state, Operation operation, bool recording = false) {
     QTemporaryDir dir;
     const RecorderIn recorder(recording ? dir.path() : QString());
     Simulator simulator(dintTags(1));
     RawClient client(simulator.port());
+    ThreadedRawClient threaded(simulator.port());
     LoopbackDevice device(simulator.port());
     const std::unique_ptr<DriverInterface> driver = newDriver();
     const CommunicatorCommand command = dintCommand("T0");
     driver->read(&device, command);
     const int kBlock = 50;
     Latencies floor;
+    Latencies threadedFloor;
     Latencies latencies;
     while (state.KeepRunningBatch(kBlock)) {
         bool ok = true;
         for (int i = 0; i < kBlock; ++i) {
             floor.time([&] { ok = client.readTag("T0") && ok; });
+        }
+        for (int i = 0; i < kBlock; ++i) {
+            threadedFloor.time([&] { ok = threaded.readTag() && ok; });
         }
         for (int i = 0; i < kBlock; ++i) {
             latencies.time([&] { ok = operation(driver.get(), &device, command) && ok; });
@@ -46,6 +95,8 @@ void measureBesideFloor(benchmark::State& state, Operation operation, bool recor
     state.counters["floor_us"] = floor.percentile(0.5) / 1000;
     state.counters["p50_us"] = latencies.percentile(0.5) / 1000;
     state.counters["of_floor"] = latencies.percentile(0.5) / floor.percentile(0.5);
+    state.counters["threaded_us"] = threadedFloor.percentile(0.5) / 1000;
+    state.counters["of_threaded"] = latencies.percentile(0.5) / threadedFloor.percentile(0.5);
 }
 
 void directRead(benchmark::State& state) {
