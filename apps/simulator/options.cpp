@@ -72,7 +72,7 @@ void addOptions(QCommandLineParser& parser) {
         {"fault", "Distorts answers, see below. May be given again.", "FAULT"},
         {"log", "Appends one JSON line per request to FILE.", "FILE"},
         {"stdin", "Takes commands from standard input; its end ends the program."},
-        {"udp", "Answers ListIdentity on the UDP port of the same number as well."},
+        {"udp", "Answers the list commands on the UDP port of the same number as well."},
     });
     parser.addOption({{"h", "help"}, "Shows this page."});
     // Qt programs list it; here there is nothing more to show.

@@ -17,8 +17,10 @@ const uint8_t kTransportClassMask = 0x0F;
 const uint8_t kTransportClass3 = 3;
 /// Multipliers 4 << 0 to 4 << 7; greater ones are reserved.
 const uint8_t kMaxTimeoutMultiplier = 7;
-/// The size in the network connection parameters (Vol. 1, 3-5.5.1.1).
+/// Fields of the network connection parameters (Vol. 1, 3-5.5.1.1).
 const uint16_t kSizeMask = kLargestConnectionSize;
+const uint16_t kOwnerAndTypeMask = 0xE000;
+const uint16_t kPointToPoint = 0x4000;
 
 bool takeTriad(ByteReader& reader, ConnectionTriad* triad) {
     return reader.take16(&triad->serial) && reader.take16(&triad->vendor) &&
@@ -79,6 +81,11 @@ size_t sizeOf(uint16_t parameters) {
     return parameters & kSizeMask;
 }
 
+/// What a connection of class 3 is in both directions, and of one owner.
+bool isPointToPoint(uint16_t parameters) {
+    return (parameters & kOwnerAndTypeMask) == kPointToPoint;
+}
+
 CipStatus checkOpen(const OpenRequest& request, bool isPathKnown) {
     if ((request.transport & kTransportClassMask) != kTransportClass3) {
         return CipStatus(kConnectionFailure, kTransportNotSupported);
@@ -86,12 +93,16 @@ CipStatus checkOpen(const OpenRequest& request, bool isPathKnown) {
     if (!isPathKnown) {
         return CipStatus(kConnectionFailure, kPortNotAvailable);
     }
-    if (request.multiplier > kMaxTimeoutMultiplier) {
+    if (request.multiplier > kMaxTimeoutMultiplier || !isPointToPoint(request.toTargetParameters) ||
+        !isPointToPoint(request.toOriginatorParameters)) {
         return CipStatus(kConnectionFailure, kInvalidParameters);
     }
     if (sizeOf(request.toTargetParameters) < kLeastConnectionSize ||
         sizeOf(request.toOriginatorParameters) < kLeastConnectionSize) {
         return CipStatus(kConnectionFailure, kInvalidConnectionSize);
+    }
+    if (request.toTargetRpiUs == 0 || request.toOriginatorRpiUs == 0) {
+        return CipStatus(kConnectionFailure, kIntervalNotSupported);
     }
     return kSuccess;
 }

@@ -31,6 +31,21 @@ bool isKnownService(uint8_t service, const RequestPath& path) {
            service == kExecutePccc;
 }
 
+/// Whether the path names a tag or one of the objects that there are.
+bool leadsToAnObject(const RequestPath& path) {
+    switch (path.classId) {
+        case 0:
+        case kIdentityClass:
+        case kMessageRouterClass:
+        case kConnectionManagerClass:
+        case kPcccClass:
+        case kSymbolClass:
+            return true;
+        default:
+            return false;
+    }
+}
+
 bool isConnectionManager(const RequestPath& path) {
     return path.classId == kConnectionManagerClass && path.instanceId == 1;
 }
@@ -46,6 +61,9 @@ size_t roomBehind(size_t head, size_t room) {
 /// Reads the path of a request for a service that there is.
 CipStatus readPath(const CipRequest& request, RequestPath* path) {
     const bool readable = !request.pathTooLong && parseRequestPath(request.path, path);
+    if (readable && !leadsToAnObject(*path)) {
+        return kPathDestinationUnknown;
+    }
     if (!isKnownService(request.service, *path)) {
         return kServiceNotSupported;
     }

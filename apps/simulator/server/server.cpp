@@ -14,6 +14,11 @@ const int kBacklog = 128;
 /// How long no connection is taken after one could not be: nothing shows when one can be again.
 const int kFullMs = 100;
 
+/// The commands that need no session and no stream (Vol. 2, 2-4).
+bool isAnsweredByUdp(uint16_t command) {
+    return command == kListServices || command == kListIdentity || command == kListInterfaces;
+}
+
 }  // namespace
 
 Server::Server(Controller& controller, RequestLog& log) {
@@ -111,8 +116,8 @@ void Server::answerDatagrams() {
         const QByteArray bytes = datagram.data();
         const ByteView frame(reinterpret_cast<const uint8_t*>(bytes.constData()),
                              size_t(bytes.size()));
-        if (get16(frame, 0) != kListIdentity || get16(frame, kEncapLengthAt) != 0 ||
-            frame.size() != kEncapHeaderSize) {
+        if (frame.size() != kEncapHeaderSize || !isAnsweredByUdp(get16(frame, 0)) ||
+            get16(frame, kEncapLengthAt) != 0) {
             continue;
         }
         EncapSession none;
@@ -120,6 +125,9 @@ void Server::answerDatagrams() {
         none.port = boundPort;
         context.controller->serve(none, frame, exchange);
         context.log->write("udp", exchange, nullptr);
+        if (exchange.reply.empty()) {
+            continue;
+        }
         // From the address that it listens on; a reply made from the datagram leaves that to the
         // route.
         discovery.writeDatagram(QByteArray(reinterpret_cast<const char*>(exchange.reply.data()),

@@ -27,7 +27,8 @@ class Server : private QTcpServer {
 
     /// Port 0 takes any free one. False with the reason in `problem`.
     bool start(const QHostAddress& address, quint16 port, QString* problem);
-    /// Answers ListIdentity on the UDP port of the same number. False with the reason in `problem`.
+    /// Answers the list commands on the UDP port of the same number. False with the reason in
+    /// `problem`.
     bool startDiscovery(QString* problem);
     quint16 port() const { return boundPort; }
 

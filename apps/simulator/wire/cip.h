@@ -63,6 +63,7 @@ enum ConnectionStatus : uint16_t {
     kTargetConnectionNotFound = 0x0107,
     kInvalidParameters = 0x0108,
     kInvalidConnectionSize = 0x0109,
+    kIntervalNotSupported = 0x0111,
     kOutOfConnections = 0x0113,
     kPortNotAvailable = 0x0311,
 };

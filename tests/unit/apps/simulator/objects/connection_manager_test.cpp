@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "unit/apps/simulator/hex.h"
 
 namespace {
@@ -188,6 +190,33 @@ TEST(ForwardOpen, RefusesReservedMultipliers) {
     EXPECT_EQ("01/0108", open(manager, data));
     data[18] = 7;
     EXPECT_EQ("00", open(manager, data));
+}
+
+TEST(ForwardOpen, RefusesConnectionsThatAreNotPointToPointWithOneOwner) {
+    for (const size_t at : {size_t(27), size_t(33)}) {
+        // Null, multicast, reserved; with the bit of a redundant owner.
+        for (const uint8_t high : {0x03, 0x23, 0x63, 0xC3}) {
+            ConnectionManager manager(settings(16, 0));
+            Bytes data = openData();
+            data[at] = high;
+            EXPECT_EQ("01/0108", open(manager, data)) << at << " " << int(high);
+        }
+        ConnectionManager manager(settings(16, 0));
+        Bytes data = openData();
+        data[at] = 0x4D;  // of fixed size, urgent
+        EXPECT_EQ("00", open(manager, data)) << at;
+    }
+}
+
+TEST(ForwardOpen, RefusesIntervalsOfNoTime) {
+    for (const size_t at : {size_t(22), size_t(28)}) {
+        ConnectionManager manager(settings(16, 0));
+        Bytes data = openData();
+        std::fill(data.begin() + long(at), data.begin() + long(at) + 4, uint8_t(0));
+        EXPECT_EQ("01/0111", open(manager, data)) << at;
+        data[at] = 1;
+        EXPECT_EQ("00", open(manager, data)) << at;
+    }
 }
 
 TEST(ForwardOpen, ChecksItsLength) {

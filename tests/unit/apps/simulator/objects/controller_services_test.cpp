@@ -95,6 +95,28 @@ TEST_F(ControllerServices, RefusesToExecute) {
               answer(std::string(kExecute) + "0F 00 3412 68 0000 0100 06 0B 00 0100"));
 }
 
+/// What is missing decides the status: the object, or the service of an object that there is.
+TEST_F(ControllerServices, RefusesWhatThereIsNot) {
+    registerSession();
+    const struct {
+        const char* why;
+        const char* request;
+        const char* reply;
+    } rows[] = {
+        {"Get_Attributes_All of the TCP/IP object", "01 02 20F52401", "81000500"},
+        {"Get_Attribute_Single of the Ethernet Link object", "0E 03 20F624013003", "8E000500"},
+        {"an unknown service of an unknown class", "3F 03 21002C012401", "BF000500"},
+        {"Get_Attributes_All of the message router", "01 02 20022401", "81000800"},
+        {"Get_Attribute_Single of the connection manager", "0E 03 200624013001", "8E000800"},
+        {"Multiple Service Packet", "0A 02 20022401 0100 0400 0E0320012401 3001", "8A000800"},
+        {"Reset of the identity object", "05 02 20012401", "85000800"},
+        {"an unknown service of a tag", "3F 02 91014100", "BF000800"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(hexText(row.reply), answer(row.request)) << row.why;
+    }
+}
+
 TEST_F(ControllerServices, ListsTheInstancesOfTheSymbolClass) {
     registerSession();
     addTag("B:INT");

@@ -381,7 +381,7 @@ TEST_F(ServerTest, RampCountsUp) {
     EXPECT_LE(42u, sim::get32(hex(first), 0));
 }
 
-TEST_F(ServerTest, AnswersListIdentityByUdp) {
+TEST_F(ServerTest, AnswersTheListCommandsByUdp) {
     start({"--udp"});
     const int udp = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     sockaddr_in to = {};
@@ -390,18 +390,29 @@ TEST_F(ServerTest, AnswersListIdentityByUdp) {
     to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     const auto* address = reinterpret_cast<const sockaddr*>(&to);
     const sim::Bytes torn = hex("6300");
-    const sim::Bytes other = hex("6400 0000 00000000 00000000 0102030405060708 00000000");
-    const sim::Bytes list = hex("6300 0000 00000000 00000000 0102030405060708 00000000");
-    sendto(udp, torn.data(), torn.size(), 0, address, sizeof to);
-    sendto(udp, other.data(), other.size(), 0, address, sizeof to);
-    sendto(udp, list.data(), list.size(), 0, address, sizeof to);
-    pollfd ready = {udp, POLLIN, 0};
-    ASSERT_EQ(1, poll(&ready, 1, 10000));
-    sim::Bytes reply(512);
-    const ssize_t got = recv(udp, reply.data(), reply.size(), 0);
+    const sim::Bytes other = hex("6500 0400 00000000 00000000 0102030405060708 00000000 01000000");
+    const sim::Bytes options = hex("6300 0000 00000000 00000000 0102030405060708 01000000");
+    for (const sim::Bytes* unanswered : {&torn, &other, &options}) {
+        sendto(udp, unanswered->data(), unanswered->size(), 0, address, sizeof to);
+    }
+    const auto ask = [&](const char* request) {
+        const sim::Bytes bytes = hex(request);
+        sendto(udp, bytes.data(), bytes.size(), 0, address, sizeof to);
+        pollfd ready = {udp, POLLIN, 0};
+        sim::Bytes reply(512);
+        const ssize_t got =
+            poll(&ready, 1, 10000) == 1 ? recv(udp, reply.data(), reply.size(), 0) : 0;
+        reply.resize(got > 0 ? size_t(got) : 0);
+        return reply;
+    };
+    EXPECT_EQ(hexText("6400 0200 00000000 00000000 0102030405060708 00000000 0000"),
+              hexOf(ask("6400 0000 00000000 00000000 0102030405060708 00000000")));
+    EXPECT_EQ(hexText("0400 1A00 00000000 00000000 0102030405060708 00000000 0100 0001 1400 0100"
+                      "2000 436F6D6D756E69636174696F6E730000"),
+              hexOf(ask("0400 0000 00000000 00000000 0102030405060708 00000000")));
+    const sim::Bytes reply = ask("6300 0000 00000000 00000000 0102030405060708 00000000");
     close(udp);
-    ASSERT_EQ(24 + 0x37, got);
-    reply.resize(size_t(got));
+    ASSERT_EQ(24u + 0x37, reply.size());
     EXPECT_EQ(hexText("6300 3700 00000000 00000000 0102030405060708 00000000 0100 0C00"),
               hexOf(sim::ByteView(reply.data(), 28)));
     // Behind the item, its version and the address family: the port, high byte first.
