@@ -11,14 +11,42 @@
 // Linux's number, for C libraries before 2.9.
 #define SOCK_CLOEXEC 02000000
 #endif
+#ifndef F_DUPFD_CLOEXEC
+// Linux's number since 2.6.24, for C libraries before 2.7.
+#define F_DUPFD_CLOEXEC 1030
+#endif
 
 namespace {
+
+/// A socket on the number of a closed standard output or error would get what the host prints
+/// there, and one on that of standard input what the host reads. False with errno, and all closed,
+/// when there are no further descriptors.
+bool moveAboveStandardError(int* fds, int count) {
+    bool moved = true;
+    for (int i = 0; i < count; ++i) {
+        if (fds[i] <= STDERR_FILENO) {
+            const int higher = fcntl(fds[i], F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+            const int reason = errno;
+            close(fds[i]);
+            errno = reason;
+            fds[i] = higher;
+            moved = moved && higher >= 0;
+        }
+    }
+    for (int i = 0; !moved && i < count; ++i) {
+        const int reason = errno;
+        close(fds[i]);
+        errno = reason;
+        fds[i] = -1;
+    }
+    return moved;
+}
 
 /// What opens the descriptors, given its type with or without SOCK_CLOEXEC: 0, or -1 with errno.
 template <class Open>
 int openCloseOnExec(const Open& open, int* fds, int count) {
     if (open(SOCK_STREAM | SOCK_CLOEXEC) == 0) {
-        return 0;
+        return moveAboveStandardError(fds, count) ? 0 : -1;
     }
     // Linux before 2.6.27 does not know the flag. There a program that another thread starts
     // between the two calls still inherits the descriptor: that kernel has no way to prevent it.
@@ -28,7 +56,7 @@ int openCloseOnExec(const Open& open, int* fds, int count) {
     for (int i = 0; i < count; ++i) {
         fcntl(fds[i], F_SETFD, FD_CLOEXEC);
     }
-    return 0;
+    return moveAboveStandardError(fds, count) ? 0 : -1;
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <string.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -130,6 +131,39 @@ TEST(KCreateSocketPair, IsAConnectedLocalStreamClosedOnExec) {
     char byte = 0;
     EXPECT_EQ(1, recv(pair.fds[0], &byte, 1, 0));
     EXPECT_EQ('x', byte);
+}
+
+/// Of a process without standard input, output and error the first descriptors would be those.
+TEST(SocketsDeathTest, LeaveTheNumbersOfTheStandardStreams) {
+    const auto areAbove = [] {
+        for (int fd = 0; fd <= STDERR_FILENO; ++fd) {
+            close(fd);
+        }
+        int fds[3] = {-1, -1, KCreateTcpSocket(IPPROTO_TCP)};
+        bool above = KCreateSocketPair(fds) == 0;
+        for (const int fd : fds) {
+            above = above && fd > STDERR_FILENO && (fcntl(fd, F_GETFD) & FD_CLOEXEC) != 0;
+        }
+        above = above && send(fds[0], "x", 1, MSG_NOSIGNAL) == 1;
+        char byte = 0;
+        above = above && recv(fds[1], &byte, 1, 0) == 1 && byte == 'x';
+        return above && fcntl(STDERR_FILENO, F_GETFD) < 0;
+    };
+    EXPECT_EXIT(_exit(areAbove() ? 0 : 1), ::testing::ExitedWithCode(0), "");
+}
+
+TEST(SocketsDeathTest, WithoutADescriptorAboveTheStandardStreamsThereIsNone) {
+    const auto areRefused = [] {
+        for (int fd = 0; fd <= STDERR_FILENO; ++fd) {
+            close(fd);
+        }
+        const rlimit three = {3, 3};
+        int fds[2] = {-1, -1};
+        return setrlimit(RLIMIT_NOFILE, &three) == 0 && KCreateSocketPair(fds) == -1 &&
+               fds[0] == -1 && fds[1] == -1 && KCreateTcpSocket(IPPROTO_TCP) == -1 &&
+               fcntl(0, F_GETFD) < 0 && fcntl(1, F_GETFD) < 0;
+    };
+    EXPECT_EXIT(_exit(areRefused() ? 0 : 1), ::testing::ExitedWithCode(0), "");
 }
 
 TEST(KSetNonBlockingMode, KeepsTheOtherFlags) {
