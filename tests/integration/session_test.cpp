@@ -217,6 +217,19 @@ TEST_F(Session, ListTooLongForALineChangesNothing) {
     EXPECT_EQ(1, readDint(driver.get(), device.get(), "A"));
 }
 
+/// What the runtime asks for several times goes into the line once.
+TEST_F(Session, TagThatIsListedOftenIsSentOnce) {
+    start({"--tag", "A:DINT=1", "--tag", "B:DINT=2"});
+    Commands list;
+    for (int i = 0; i < 5000; ++i) {
+        list << dint("A");
+    }
+    driver->setSessionCommand(list << dint("B"));
+    EXPECT_EQ(2, readDint(driver.get(), device.get(), "B"));
+    EXPECT_TRUE(polled("A"));
+    EXPECT_TRUE(polled("B"));
+}
+
 TEST_F(Session, BiggestListThatFitsIsPolledWhole) {
     // "01\tTTTT" is 7 characters, an entry "\tTnnn\t1" 7, the line feed 1: 584 entries are 4096.
     const int kEntries = (4096 - 7 - 1) / 7;
