@@ -1,6 +1,7 @@
 #include "common/process.h"
 
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -9,6 +10,18 @@ namespace {
 TEST(ProcessIsRunning, ThisProcessAndItsParent) {
     EXPECT_TRUE(ProcessIsRunning(getpid()));
     EXPECT_TRUE(ProcessIsRunning(getppid()));
+}
+
+TEST(ProcessIsRunning, SendsTheProcessNoSignal) {
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    ASSERT_EQ(0, sigprocmask(SIG_SETMASK, &all, &before));
+    EXPECT_TRUE(ProcessIsRunning(getpid()));
+    sigset_t pending;
+    ASSERT_EQ(0, sigpending(&pending));
+    EXPECT_TRUE(sigisemptyset(&pending));
+    ASSERT_EQ(0, sigprocmask(SIG_SETMASK, &before, nullptr));
 }
 
 TEST(ProcessIsRunning, InitCountsWithoutPermissionToo) {

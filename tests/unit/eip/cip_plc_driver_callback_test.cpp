@@ -494,6 +494,50 @@ TEST_F(Receiver, TellsAnAnswerThatCouldNotBeSent) {
     EXPECT_TRUE(receiver.sendDriverReadRsp(1, 1, QByteArray(2000, 'x')));
 }
 
+// ---- memory that runs out ------------------------------------------------------------------
+
+TEST_F(Receiver, FailsNothingWhenNoLineCame) {
+    receiver.failUnanswered();
+    EXPECT_EQ("", client.answer(0));
+    EXPECT_EQ("", client.answer(1));
+}
+
+TEST_F(Receiver, FailsTheLineOfEachPipeThatHasNoAnswerYet) {
+    serve("02\t1A2B\tA\t1\n");
+    client.send("01\t00C4\tA\t1\n", 1);
+    ASSERT_TRUE(receiver.recvCmd(1));
+    receiver.failUnanswered();
+    EXPECT_EQ("82\t1A2B\tnot enough memory\n", client.answer(0));
+    EXPECT_EQ("81\t00C4\n", client.answer(1)) << "a list has no text";
+    EXPECT_FALSE(receiver.hasDriverReadCmd()) << "not to be carried out later";
+    receiver.failUnanswered();
+    EXPECT_EQ("", client.answer(0)) << "and only once";
+    EXPECT_EQ("", client.answer(1));
+}
+
+TEST_F(Receiver, FailsNoLineThatHasItsAnswer) {
+    serve("02\t0001\tA\t1\n");
+    EXPECT_TRUE(receiver.sendDriverReadRsp(0, 1, QByteArray(1, '\x01')));
+    serve("01\t0002\tA\t1\n", 1);
+    EXPECT_NE("", client.answer(0));
+    EXPECT_EQ("01\t0002\n", client.answer(1));
+    receiver.failUnanswered();
+    EXPECT_EQ("", client.answer(0));
+    EXPECT_EQ("", client.answer(1));
+}
+
+TEST_F(Receiver, FailsNoListThatWantsNoAnswer) {
+    client.send("01\t0000\tA\t1\n", 1);
+    ASSERT_TRUE(receiver.recvCmd(1));
+    receiver.failUnanswered();
+    EXPECT_EQ("", client.answer(1));
+}
+
+TEST_F(Receiver, TellsAnAnswerThatDoesNotFitItsLine) {
+    EXPECT_FALSE(receiver.sendDriverReadRsp(0, 1, QByteArray(5000, 'x')));
+    EXPECT_EQ("", client.answer(0));
+}
+
 // ---- cache ---------------------------------------------------------------------------------
 
 TEST_F(Receiver, ForwardsToItsCache) {

@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "eip/cip/cpf_view.h"
 #include "unit/eip/cip/request_buffer.h"
 #include "unit/eip/cip/scripted_transport.h"
 
@@ -40,6 +41,15 @@ TEST(CommonPacket, UnknownTypesHaveNoSize) {
     }
     EXPECT_EQ(0, _GetItemSize(nullptr));
     EXPECT_EQ((CipError{0, -20, 0}), lastError());
+}
+
+TEST(CommonPacket, AReplyOfNothingButACountIsLookedAt) {
+    const Bytes none = message(0x63, 0, 0, bytes("00 00"));
+    EXPECT_FALSE(cip::viewItems(reinterpret_cast<const _Encap_Header*>(none.data())).broken);
+    const Bytes one = message(0x63, 0, 0, bytes("01 00"));
+    const cip::CpfView view = cip::viewItems(reinterpret_cast<const _Encap_Header*>(one.data()));
+    EXPECT_EQ(1, view.count);
+    EXPECT_TRUE(view.broken) << "the item that it announces is not there";
 }
 
 TEST(CommonPacket, AddItemCountsItsFixedPart) {
