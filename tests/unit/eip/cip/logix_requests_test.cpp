@@ -124,6 +124,7 @@ TEST(LogixRequests, ReadTagFragmented) {
     EXPECT_EQ("52 02 91 01 41 00 E8 03 EC 01 00 00", readFragment("A", 1000, 492));
     EXPECT_EQ("52 03 91 01 41 00 28 03 FF FF 00 00 00 00", readFragment("A[3]", 0xFFFF, 0));
     EXPECT_EQ("52 02 91 01 41 00 FF FF 78 56 34 12", readFragment("A", 0xFFFF, 0x12345678));
+    EXPECT_EQ("52 00 01 00 00 00 00 00", readFragment("", 1, 0));
 }
 
 TEST(LogixRequests, WriteTagFragmented) {
