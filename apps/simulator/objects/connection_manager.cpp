@@ -6,6 +6,10 @@ namespace sim {
 
 namespace {
 
+/// What a connection has at least until its first message (Vol. 1, 3-4.5.2): its originator may
+/// need longer for that than for all later ones.
+const int64_t kLeastFirstTimeoutMs = 10000;
+
 /// The connection path that always leads somewhere: the message router, class 2, instance 1.
 const uint8_t kRouterPath[] = {0x20, 0x02, 0x24, 0x01};
 /// What a path to a DH+ proxy ends with: class A6, an instance for channel A and one for B,
@@ -156,6 +160,9 @@ CipStatus ConnectionManager::forwardOpen(uint64_t owner, ByteView data, int64_t 
     connection.owner = owner;
     connection.timeoutMs = settings.timeoutMs > 0 ? settings.timeoutMs : timeoutOf(request);
     connection.lastMs = nowMs;
+    connection.limitMs = settings.timeoutMs > 0
+                             ? settings.timeoutMs
+                             : std::max(connection.timeoutMs, kLeastFirstTimeoutMs);
     connection.toDhpProxy = leadsToDhpProxy(request.path);
     connections.push_back(connection);
 
@@ -200,6 +207,7 @@ const CipConnection* ConnectionManager::use(uint32_t toTargetId, uint64_t owner,
     for (CipConnection& connection : connections) {
         if (connection.toTargetId == toTargetId && connection.owner == owner) {
             connection.lastMs = nowMs;
+            connection.limitMs = connection.timeoutMs;
             return &connection;
         }
     }
@@ -234,7 +242,7 @@ size_t ConnectionManager::count(int64_t nowMs) {
 void ConnectionManager::dropExpired(int64_t nowMs) {
     connections.erase(std::remove_if(connections.begin(), connections.end(),
                                      [nowMs](const CipConnection& one) {
-                                         return nowMs - one.lastMs > one.timeoutMs;
+                                         return nowMs - one.lastMs > one.limitMs;
                                      }),
                       connections.end());
 }

@@ -28,8 +28,9 @@ struct CipConnection {
     size_t toTargetSize = 0;
     size_t toOriginatorSize = 0;
     uint64_t owner = 0;       ///< number of the TCP connection it was opened on
-    int64_t timeoutMs = 0;    ///< without traffic
+    int64_t timeoutMs = 0;    ///< without traffic, once there was some
     int64_t lastMs = 0;       ///< of the latest traffic
+    int64_t limitMs = 0;      ///< what may pass since then
     bool toDhpProxy = false;  ///< carries PCCC commands for a DH+ link, no requests
 };
 

@@ -285,12 +285,30 @@ TEST(Connection, IsDroppedAfterFourTimesTwoToTheMultiplierIntervals) {
     EXPECT_EQ("01/0107", close(manager, closeData(), 1000 + 96001));
 }
 
+TEST(Connection, HasTenSecondsForItsFirstMessage) {
+    ConnectionManager manager(settings(16, 0));
+    Bytes data = openData();
+    sim::set32(data, 22, 10000);  // 10 ms, so 40 ms with this multiplier
+    data[18] = 0;
+    Bytes reply;
+    ASSERT_TRUE(manager.forwardOpen(kOwner, data, 0, &reply).ok());
+    const uint32_t id = sim::get32(reply, 0);
+    EXPECT_TRUE(manager.use(id, kOwner, 10000));
+    EXPECT_TRUE(manager.use(id, kOwner, 10040));
+    EXPECT_FALSE(manager.use(id, kOwner, 10081));
+    ASSERT_TRUE(manager.forwardOpen(kOwner, data, 20000, &reply).ok());
+    EXPECT_EQ(1u, manager.count(30000));
+    EXPECT_EQ(0u, manager.count(30001));
+}
+
 TEST(Connection, TimesOutAsItsMultiplierSays) {
     for (uint8_t multiplier = 0; multiplier < 8; ++multiplier) {
         ConnectionManager manager(settings(16, 0));
         Bytes data = openData();
         data[18] = multiplier;
-        EXPECT_EQ("00", open(manager, data));
+        Bytes reply;
+        ASSERT_TRUE(manager.forwardOpen(kOwner, data, 0, &reply).ok());
+        ASSERT_TRUE(manager.use(sim::get32(reply, 0), kOwner, 0));
         const int64_t limit = int64_t(8000) << multiplier;
         EXPECT_EQ(1u, manager.count(limit)) << int(multiplier);
         EXPECT_EQ(0u, manager.count(limit + 1)) << int(multiplier);
