@@ -7,6 +7,7 @@
 #include <netdb.h>
 #include <pthread.h>
 #include <stdarg.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/mman.h>
@@ -123,10 +124,14 @@ bool memoryFails() {
     return failed;
 }
 
-/// The C library's own function that the one in this program replaces.
+/// The function that the one in this program replaces: the sanitizer's where it has one, else the C
+/// library's.
 template <class Function>
 Function* next(const char* name) {
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+    char sanitizers[64];
+    snprintf(sanitizers, sizeof sanitizers, "__interceptor_%s", name);
+    void* const found = dlsym(RTLD_DEFAULT, sanitizers);
+    return reinterpret_cast<Function*>(found ? found : dlsym(RTLD_NEXT, name));
 }
 
 struct ThreadStart {
@@ -186,22 +191,32 @@ using namespace failing;  // NOLINT: for the functions below
 
 extern "C" {
 
-void* __libc_malloc(size_t);
-void* __libc_calloc(size_t, size_t);
-void* __libc_realloc(void*, size_t);
+// They are called before dlsym() can be: named for the linker.
+#ifdef MICRO800_ASAN
+#define MALLOC __interceptor_malloc
+#define CALLOC __interceptor_calloc
+#define REALLOC __interceptor_realloc
+#else
+#define MALLOC __libc_malloc
+#define CALLOC __libc_calloc
+#define REALLOC __libc_realloc
+#endif
+void* MALLOC(size_t);
+void* CALLOC(size_t, size_t);
+void* REALLOC(void*, size_t);
 
 #define REPLACED __attribute__((visibility("default")))
 
 REPLACED void* malloc(size_t size) noexcept {
-    return memoryFails() ? nullptr : __libc_malloc(size);
+    return memoryFails() ? nullptr : MALLOC(size);
 }
 
 REPLACED void* calloc(size_t count, size_t size) noexcept {
-    return memoryFails() ? nullptr : __libc_calloc(count, size);
+    return memoryFails() ? nullptr : CALLOC(count, size);
 }
 
 REPLACED void* realloc(void* block, size_t size) noexcept {
-    return memoryFails() ? nullptr : __libc_realloc(block, size);
+    return memoryFails() ? nullptr : REALLOC(block, size);
 }
 
 REPLACED int socket(int domain, int type, int protocol) noexcept {
@@ -386,7 +401,7 @@ REPLACED int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
     if (fails("pthread_create")) {
         return armedError;
     }
-    ThreadStart* const start = static_cast<ThreadStart*>(__libc_malloc(sizeof(ThreadStart)));
+    ThreadStart* const start = static_cast<ThreadStart*>(MALLOC(sizeof(ThreadStart)));
     start->begin = begin;
     start->argument = argument;
     const int result = real(thread, attributes, beginInDriver, start);

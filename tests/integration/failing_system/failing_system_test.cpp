@@ -12,21 +12,22 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <map>
+#include <thread>
 
 #include "integration/driver_rig.h"
 #include "integration/failing_system/failing_calls.h"
 #include "integration/failing_system/life.h"
 #include "support/app_directory/app_directory.h"
+#include "support/sanitizer.h"
 
 namespace {
 
 /// A life that lasts longer hangs.
 const unsigned kLongestLifeSeconds = 100;
-const int kAtOnce = 6;
+const int kAtOnce = kLifeSlots;
 /// Lives for one call; where it is made more often, they are spread over all its moments. With
 /// MICRO800_ALL_FAILURES there is one for each.
-const long kMostLives = 360;
+const long kMostLives = kSanitized ? 48 : 360;
 
 /// The report of a life's process to the test.
 struct Report {
@@ -119,6 +120,20 @@ class FailingSystem : public ::testing::Test {
     int failures = 0;  ///< calls that really failed
 };
 
+#ifdef MICRO800_ASAN
+/// A look for leaks that sees none would let every life pass.
+TEST(LeavingMemory, IsSeen) {
+    EXPECT_EXIT(_exit(leavesMemory() ? 1 : 0), ::testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(
+        {
+            // On a thread whose stack is gone afterwards.
+            std::thread([] { memset(malloc(77), 1, 77); }).join();
+            _exit(leavesMemory() ? 1 : 0);
+        },
+        ::testing::ExitedWithCode(1), "77 byte");
+}
+#endif
+
 struct Call {
     const char* name;
     std::vector<int> errors;
@@ -138,8 +153,9 @@ TEST_P(FailingCall, FailsOnceAtAnyMoment) {
     const long limit = all ? calls : kMostLives / static_cast<long>(call.errors.size());
     const long step = std::max((calls + limit - 1) / limit, 1L);
     std::vector<Lot> lots;
+    long first = 0;  // another one for each error
     for (const int error : call.errors) {
-        for (long number = 1; number <= calls; number += step) {
+        for (long number = 1 + first++ % step; number <= calls; number += step) {
             lots.push_back(Lot{{call.name, error}, number, failing::kPlain, true});
         }
     }

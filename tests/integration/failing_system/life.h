@@ -29,4 +29,8 @@ const int kLifeSlots = 12;
 /// `mustWork` false: only the calls themselves are looked at, not whether they succeed.
 std::string liveOnce(const LifePlace& place, bool mustWork);
 
+/// Whether this process has memory that nothing points to any more, which is printed. Only the
+/// build with the address sanitizer can tell; false in others.
+bool leavesMemory();
+
 #endif
