@@ -83,12 +83,12 @@ RecordingsMade FlightRecorder::recordings() const {
 
 void FlightRecorder::start() {
     if (writer && !started) {
-        started = true;
-        writer->start(QThread::InheritPriority);
+        started = writer->begin();
     }
 }
 
 void FlightRecorder::end(unsigned long ms) {
+    started = true;
     if (writer && writer->isRunning()) {
         log->end();
         writer->wait(ms);
@@ -129,7 +129,8 @@ void FlightRecorder::answered(const char* verb, const QString& address, int byte
     // there was no memory for it
 }
 
-/// A text that only repeats why the connection was lost, with an address before it, is no news.
+/// A text that only repeats why the connection was lost, with an address before it, is no news. At
+/// each new text a writer that found no thread tries again: now there is something to write.
 void FlightRecorder::errorText(const QString& text) try {
     counters.noteErrorText();
     if (!log) {
@@ -140,6 +141,9 @@ void FlightRecorder::errorText(const QString& text) try {
     const bool knownLoss = behind >= 0 && seen.knows(plain(text.mid(behind + 2)), now);
     const bool known = seen.note(plain(text), now);
     event(titled("error text", text));
+    if (!known) {
+        start();
+    }
     if (!known && !knownLoss) {
         log->trigger(kErrorTextWhy, plain(text));
     }

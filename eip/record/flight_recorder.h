@@ -31,7 +31,8 @@ class FlightRecorder {
 
     // ---- host thread ----------------------------------------------------------------------
 
-    /// Starts the writer thread when the recorder is on and it does not run yet.
+    /// Starts the writer thread when the recorder is on and it was not started yet. When the system
+    /// has no thread, the log of the runtime says so, and the next new error text tries again.
     void start();
     /// Has the writer write what is not written yet, and waits up to `ms` for its end. Afterwards
     /// nothing is written any more.
@@ -89,7 +90,7 @@ class FlightRecorder {
     SeenTexts seen;
 
     // host thread
-    bool started;
+    bool started;  ///< the writer thread, or it is to be started no more
 
     // worker thread
     QString target;  ///< of the connect that is under way

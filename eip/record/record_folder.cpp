@@ -1,5 +1,6 @@
 #include "eip/record/record_folder.h"
 
+#include <dirent.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <string.h>
@@ -12,13 +13,13 @@
 #include <QStringList>
 #include <atomic>
 #include <cstdio>
+#include <memory>
 #include <mutex>
 
 #include "common/process.h"
 
 namespace {
 
-const char kPartFilter[] = ".micro800-*.part";
 const mode_t kFileMode = 0644;
 const int kMostSuffixes = 100;
 
@@ -32,6 +33,18 @@ QString text(const std::string& name) {
 std::string systemText(int error) {
     char buffer[256];
     return strerror_r(error, buffer, sizeof buffer);
+}
+
+/// The names of all entries of a folder, in order. Qt's own list loses its descriptor when it finds
+/// no memory.
+QStringList namesIn(const std::string& path) {
+    const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(path.c_str()), closedir);
+    QStringList names;
+    while (const dirent64* entry = folder ? readdir64(folder.get()) : nullptr) {
+        names << QFile::decodeName(entry->d_name);
+    }
+    names.sort();
+    return names;
 }
 
 /// Gives a file another name that no file has yet. Returns 0 or errno; EEXIST for a name in use.
@@ -141,9 +154,7 @@ void RecordFolder::giveUp() {
 /// Files that processes had begun which are no more.
 void RecordFolder::removeLeftovers() const {
     const QDir folder(text(path));
-    const QStringList names =
-        folder.entryList(QStringList(QLatin1String(kPartFilter)),
-                         QDir::Filters(QDir::Files) | QDir::Hidden, QDir::Name);
+    const QStringList names = namesIn(path);
     for (int i = 0; i < names.size(); ++i) {
         QRegExp pattern(QLatin1String("\\.micro800-(\\d+)-\\d+\\.part"));
         if (pattern.exactMatch(names.at(i)) && !ProcessIsRunning(pattern.cap(1).toLongLong())) {
@@ -156,13 +167,14 @@ void RecordFolder::removeLeftovers() const {
 void RecordFolder::makeRoom(const std::string& newest) const {
     const QDir folder(text(path));
     const QRegExp pattern(QLatin1String("\\d{8}-\\d{6}-[a-z0-9-]+\\.pcapng"));
-    const QStringList names = folder.entryList(QDir::Files, QDir::Name);
+    const QStringList names = namesIn(path);
     QStringList others;
     long long bytes = QFileInfo(folder.filePath(text(newest))).size();
     for (int i = 0; i < names.size(); ++i) {
-        if (pattern.exactMatch(names.at(i)) && names.at(i) != text(newest)) {
+        const QFileInfo file(folder.filePath(names.at(i)));
+        if (pattern.exactMatch(names.at(i)) && names.at(i) != text(newest) && file.isFile()) {
             others << names.at(i);
-            bytes += QFileInfo(folder.filePath(names.at(i))).size();
+            bytes += file.size();
         }
     }
     for (int i = 0; i < others.size(); ++i) {

@@ -46,6 +46,15 @@ RecordWriter::~RecordWriter() {
     ended.load(std::memory_order_acquire);
 }
 
+bool RecordWriter::begin() {
+    start(QThread::InheritPriority);
+    if (isRunning()) {
+        return true;
+    }
+    note(false, "can not start the thread that writes recordings");
+    return false;
+}
+
 void RecordWriter::run() {
     keepSignalsAway();
     setpriority(PRIO_PROCESS, 0, kLowestPriority);  // 0: this thread, on Linux

@@ -27,6 +27,10 @@ class RecordWriter : public QThread {
     /// The thread must have ended.
     ~RecordWriter();
 
+    /// Starts the thread, once. False when the system has none, which counts as a recording that
+    /// failed; then it may be called again. One thread at a time.
+    bool begin();
+
     /// Any thread.
     RecordingsMade made() const;
 

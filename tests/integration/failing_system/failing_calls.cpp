@@ -1,5 +1,6 @@
 #include "integration/failing_system/failing_calls.h"
 
+#include <dirent.h>
 #include <dlfcn.h>
 #include <errno.h>
 #include <execinfo.h>
@@ -11,11 +12,13 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/select.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <new>
 
@@ -23,6 +26,7 @@ namespace failing {
 namespace {
 
 const size_t kHeaderSize = 24;
+const size_t kShortWrite = 100;
 
 // What arm() has set. Constant while the driver's threads run, but for the counters.
 const char* armedCall = "";
@@ -75,6 +79,15 @@ bool isLocal(int fd) {
     sockaddr address;
     socklen_t size = sizeof address;
     return getsockname(fd, &address, &size) == 0 && address.sa_family == AF_UNIX;
+}
+
+/// Whether the mode is one that refuses each such call; errno is set then.
+bool isRefused(Mode mode, int error) {
+    if (!hasMode(mode)) {
+        return false;
+    }
+    errno = error;
+    return true;
 }
 
 /// How many bytes of so many a transfer is about.
@@ -309,13 +322,25 @@ REPLACED int close(int fd) {
     return result;
 }
 
-REPLACED int open64(const char* path, int flags, ...) {
-    static auto* const real = next<int(const char*, int, ...)>("open64");
+int openWith(const char* name, const char* path, int flags, mode_t mode) {
+    auto* const real = next<int(const char*, int, ...)>(name);
+    return fails("open") || isInterruptedOpening() ? -1 : real(path, flags, mode);
+}
+
+REPLACED int open(const char* path, int flags, ...) {
     va_list arguments;
     va_start(arguments, flags);
     const mode_t mode = flags & (O_CREAT | O_TMPFILE) ? va_arg(arguments, mode_t) : 0;
     va_end(arguments);
-    return fails("open") || isInterruptedOpening() ? -1 : real(path, flags, mode);
+    return openWith("open", path, flags, mode);
+}
+
+REPLACED int open64(const char* path, int flags, ...) {
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = flags & (O_CREAT | O_TMPFILE) ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    return openWith("open64", path, flags, mode);
 }
 
 int fcntlWith(const char* name, int fd, int command, void* argument) {
@@ -378,6 +403,49 @@ REPLACED char* getcwd(char* path, size_t size) noexcept {
 REPLACED ssize_t read(int fd, void* bytes, size_t length) {
     static auto* const real = next<ssize_t(int, void*, size_t)>("read");
     return fails("read") || isInterruptedOpening() ? -1 : real(fd, bytes, length);
+}
+
+REPLACED ssize_t write(int fd, const void* bytes, size_t length) {
+    static auto* const real = next<ssize_t(int, const void*, size_t)>("write");
+    if (fails("write") || isRefused(kFullDisk, ENOSPC)) {
+        return -1;
+    }
+    return real(fd, bytes, hasMode(kShortWrites) ? std::min(length, kShortWrite) : length);
+}
+
+REPLACED int fsync(int fd) {
+    static auto* const real = next<int(int)>("fsync");
+    return fails("fsync") ? -1 : real(fd);
+}
+
+REPLACED int link(const char* from, const char* to) noexcept {
+    static auto* const real = next<int(const char*, const char*)>("link");
+    return fails("link") || isRefused(kNoLinks, EPERM) ? -1 : real(from, to);
+}
+
+REPLACED int rename(const char* from, const char* to) noexcept {
+    static auto* const real = next<int(const char*, const char*)>("rename");
+    return fails("rename") ? -1 : real(from, to);
+}
+
+REPLACED int unlink(const char* path) noexcept {
+    static auto* const real = next<int(const char*)>("unlink");
+    return fails("unlink") ? -1 : real(path);
+}
+
+REPLACED int mkdir(const char* path, mode_t mode) noexcept {
+    static auto* const real = next<int(const char*, mode_t)>("mkdir");
+    return fails("mkdir") ? -1 : real(path, mode);
+}
+
+REPLACED DIR* opendir(const char* path) {
+    static auto* const real = next<DIR*(const char*)>("opendir");
+    return fails("opendir") ? nullptr : real(path);
+}
+
+REPLACED int setpriority(__priority_which_t which, id_t who, int value) noexcept {
+    static auto* const real = next<int(__priority_which_t, id_t, int)>("setpriority");
+    return fails("setpriority") ? -1 : real(which, who, value);
 }
 
 REPLACED ssize_t pread64(int fd, void* bytes, size_t length, off64_t offset) {

@@ -18,14 +18,17 @@ struct Failure {
 /// How all calls behave, beside the one that fails.
 enum Mode {
     kPlain,
-    kShortPipeReceives,   ///< each recv from a local socket gives one byte
-    kShortPipeSends,      ///< each send to a local socket takes one byte
-    kShortReceives,       ///< each recv from the network gives at most a message's header
-    kOneByteReceives,     ///< each recv from the network gives one byte
-    kOneByteSends,        ///< each send to the network takes one byte
-    kInterruptedSecond,   ///< every second recv, send, select and connect returns EINTR
-    kInterruptedThird,    ///< every third one
-    kInterruptedOpenings  ///< every second open, read and connect returns EINTR
+    kShortPipeReceives,    ///< each recv from a local socket gives one byte
+    kShortPipeSends,       ///< each send to a local socket takes one byte
+    kShortReceives,        ///< each recv from the network gives at most a message's header
+    kOneByteReceives,      ///< each recv from the network gives one byte
+    kOneByteSends,         ///< each send to the network takes one byte
+    kInterruptedSecond,    ///< every second recv, send, select and connect returns EINTR
+    kInterruptedThird,     ///< every third one
+    kInterruptedOpenings,  ///< every second open, read and connect returns EINTR
+    kShortWrites,          ///< each write to a file takes 100 bytes at most
+    kFullDisk,             ///< each write to a file returns ENOSPC
+    kNoLinks               ///< each link to a file returns EPERM
 };
 
 /// From now on the `number`th such call fails, once. 0: none does.

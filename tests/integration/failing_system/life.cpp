@@ -2,13 +2,19 @@
 
 #include <dirent.h>
 
+#include <string.h>
+
 #include <QCoreApplication>
+#include <QDir>
 #include <QLibrary>
+#include <QVariant>
+#include <atomic>
 #include <exception>
 #include <set>
 
 #include "integration/driver_rig.h"
 #include "integration/failing_system/failing_calls.h"
+#include "support/capture_file.h"
 
 // The address sanitizer's search for memory that nothing points to, which prints what it finds. Not
 // there in other builds.
@@ -63,6 +69,9 @@ class Life {
 
     void load();
     void use();
+    /// The least that makes two recordings: of a refusal, and of the end.
+    void record();
+    bool hasRecorded() const;
     /// The least that shows that it works.
     void readOnce();
     void end();
@@ -136,7 +145,7 @@ void Life::use() {
         driver->name();
         driver->getVersionNumber();
     }
-    until("read of a constant", [&] { return readsDint("C", kConstant, kConstant); });
+    readOnce();
     until("read of a polled tag", [&] { return readsDint("D", kFirst, kFirst); });
     until("read of a polled array's element",
           [&] { return reads("DINT0:ARR[2]", 1, element, element); });
@@ -165,6 +174,25 @@ void Life::use() {
     driver->clearSessionCommand();
 }
 
+void Life::record() {
+    readOnce();
+    // The recorder takes a text that it knows for no news: each refusal is of another tag.
+    int refusals = 0;
+    until("recording of a refusal", [&] {
+        const QString unknown = QString("NOPE%1").arg(++refusals);
+        reads(("DINT0:" + unknown).toLatin1().constData(), 1, QByteArray(), QByteArray());
+        return waitFor([&] { return hasRecorded(); }, kStepMs / 10);
+    });
+    readOnce();
+}
+
+/// Whether a recording is written or lost.
+bool Life::hasRecorded() const {
+    const QVariantMap counters = driver->getThisObject()->property("counters").toMap();
+    const QVariantMap made = counters.value("recording").toMap();
+    return made.value("written").toInt() + made.value("failed").toInt() > 0;
+}
+
 void Life::end() {
     const failing::DriverScope scope;
     delete driver;
@@ -173,7 +201,7 @@ void Life::end() {
 }
 
 void Life::readOnce() {
-    until("read in a later life", [&] { return readsDint("C", kConstant, kConstant); });
+    until("read of a constant", [&] { return readsDint("C", kConstant, kConstant); });
 }
 
 /// Descriptors and threads, to be compared.
@@ -181,11 +209,47 @@ std::pair<std::set<int>, int> belongings() {
     return std::make_pair(openDescriptors(), countThreads());
 }
 
-void liveAndThrow(const LifePlace& place, bool mustWork) {
+/// The recorder's lines in the runtime's log. Takes no memory: that is refused to the recorder.
+std::atomic<int> linesTold(0);
+char lastLine[sizeof(RecordingsLeft::line)];
+
+void takeLine(QtMsgType, const QMessageLogContext&, const QString& line) {
+    if (!line.startsWith(QLatin1String("micro800 recorder: "))) {
+        return;
+    }
+    const int size = qMin(line.size(), int(sizeof lastLine) - 1);
+    for (int i = 0; i < size; ++i) {
+        lastLine[i] = line.at(i).toLatin1();
+    }
+    lastLine[size] = '\0';
+    ++linesTold;
+}
+
+/// How many recordings there are. Every one has to be whole, whatever failed.
+int countRecordings(const QString& path) {
+    const QDir folder(path);
+    const QStringList names = folder.entryList(QStringList("*.pcapng"), QDir::Files);
+    for (const QString& name : names) {
+        CaptureFile file;
+        QString problem;
+        if (!file.read(folder.filePath(name), &problem) || file.packets.isEmpty()) {
+            throw Problem{"recording " + name.toStdString() + " is not whole"};
+        }
+    }
+    return names.size();
+}
+
+void liveAndThrow(const LifePlace& place, bool mustWork, RecordingsLeft* left) {
+    const bool records = !place.recordings.isEmpty();
+    if (records) {
+        setenv("MICRO800_RECORD", place.recordings.toLocal8Bit().constData(), 1);
+        setenv("MICRO800_RECORD_SIZE", "100,64K", 1);
+        qInstallMessageHandler(takeLine);
+    }
     const auto before = belongings();
     Life life(place, mustWork);
     life.load();
-    life.use();
+    records ? life.record() : life.use();
     life.end();
     failing::disarm();
     // The system lists a thread for a moment after it was joined.
@@ -196,11 +260,21 @@ void liveAndThrow(const LifePlace& place, bool mustWork) {
                       " descriptors and " + std::to_string(after.second - before.second) +
                       " threads"};
     }
+    if (records) {
+        // All is written: the recorder's thread has ended.
+        left->files = countRecordings(place.recordings);
+        left->told = linesTold;
+        memcpy(left->line, lastLine, sizeof lastLine);
+    }
     // The remains of a failure in this process spoil no other driver's life.
     Life next(place, true);
     next.load();
     next.readOnce();
     next.end();
+    if (records &&
+        !waitFor([&] { return countRecordings(place.recordings) > left->files; }, kStepMs)) {
+        throw Problem{"the next life is not recorded"};
+    }
 }
 
 }  // namespace
@@ -209,9 +283,9 @@ bool leavesMemory() {
     return __lsan_do_recoverable_leak_check && __lsan_do_recoverable_leak_check() != 0;
 }
 
-std::string liveOnce(const LifePlace& place, bool mustWork) {
+std::string liveOnce(const LifePlace& place, bool mustWork, RecordingsLeft* left) {
     try {
-        liveAndThrow(place, mustWork);
+        liveAndThrow(place, mustWork, left);
         if (leavesMemory()) {
             return "left memory that nothing points to";
         }
