@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <QElapsedTimer>
+#include <QThread>
+#include <QVariant>
 
 #include "integration/driver_rig.h"
 #include "support/app_directory/app_directory.h"
@@ -81,6 +83,19 @@ TEST_F(Recovery, IdleConnectionThatTheControllerDropped) {
     EXPECT_TRUE(waitFor([&] { return driver->read(&device, dint("D")) == dintBytes(42); }));
     EXPECT_FALSE(driver->hasError());
     EXPECT_EQ(42, readDint(driver.get(), &device, "D"));
+}
+
+/// The controller keeps it for 32 s.
+TEST_F(Recovery, ConnectionIsKeptOverAPause) {
+    Controller simulator({"--tag", "D:DINT=42"});
+    TestDevice device(simulator.port(), 300, 1);
+    const std::unique_ptr<DriverInterface> driver = createDriver();
+    EXPECT_EQ(42, readDint(driver.get(), &device, "D"));
+    QThread::msleep(600);
+    EXPECT_EQ(42, readDint(driver.get(), &device, "D"));
+    const QVariantMap counters = driver->getThisObject()->property("counters").toMap();
+    EXPECT_EQ(1, counters.value("connects").toInt());
+    EXPECT_EQ(1, counters.value("opens").toInt());
 }
 
 /// One answer comes after the driver gave its wait up; later reads give their own values.

@@ -80,6 +80,14 @@ TEST(TcpConnect, TakesHostNames) {
     EXPECT_EQ(1, transport.connect("localhost", server.port(), kSoonMs));
 }
 
+/// The lookup refuses it; the older way to read an address does not.
+TEST(TcpConnect, TakesAnAddressWithABlankBehindIt) {
+    LoopbackServer server;
+    CipTcpCallback transport;
+    EXPECT_EQ(1, transport.connect("127.0.0.1 ", server.port(), kSoonMs));
+    EXPECT_TRUE(server.accept());
+}
+
 TEST(TcpConnect, RefusesWhatIsNoHost) {
     for (const char* host : {static_cast<const char*>(nullptr), "", "not a host"}) {
         CipTcpCallback transport;

@@ -13,6 +13,7 @@ TEST(TagAddress, NameStartsBehindTheFirstSymbolEnd) {
     EXPECT_EQ(4, driver.findNamePos("DINT0:COUNTER"));
     EXPECT_EQ(3, driver.findNamePos("INT0:A0:B"));
     EXPECT_EQ(QString("A0:B"), driver.parseVarName("INT0:A0:B"));
+    EXPECT_EQ(QString("COUNTER"), driver.parseVarName("0:COUNTER"));
     EXPECT_TRUE(driver.parseVarName("COUNTER").isNull());
 }
 
