@@ -30,7 +30,7 @@ struct Exchange {
     PcccCommand pccc;
     uint32_t encapStatus = kEncapSuccess;
     CipStatus status;
-    const char* note = nullptr;  ///< why there is no answer
+    const char* note = nullptr;  ///< why there is no answer, or one that was given before
 
     bool faultsSelected = false;
     std::vector<const Fault*> faults;

@@ -204,14 +204,21 @@ CipStatus ConnectionManager::forwardClose(ByteView data, int64_t nowMs, Bytes* r
 
 const CipConnection* ConnectionManager::use(uint32_t toTargetId, uint64_t owner, int64_t nowMs) {
     dropExpired(nowMs);
-    for (CipConnection& connection : connections) {
-        if (connection.toTargetId == toTargetId && connection.owner == owner) {
-            connection.lastMs = nowMs;
-            connection.limitMs = connection.timeoutMs;
-            return &connection;
-        }
+    CipConnection* connection = find(toTargetId);
+    if (!connection || connection->owner != owner) {
+        return nullptr;
     }
-    return nullptr;
+    connection->lastMs = nowMs;
+    connection->limitMs = connection->timeoutMs;
+    return connection;
+}
+
+void ConnectionManager::remember(uint32_t toTargetId, uint16_t sequence, ByteView answer) {
+    if (CipConnection* connection = find(toTargetId)) {
+        connection->lastSequence = sequence;
+        connection->lastAnswer.clear();
+        putBytes(connection->lastAnswer, answer);
+    }
 }
 
 size_t ConnectionManager::granted(uint16_t parameters) const {
@@ -245,6 +252,15 @@ void ConnectionManager::dropExpired(int64_t nowMs) {
                                          return nowMs - one.lastMs > one.limitMs;
                                      }),
                       connections.end());
+}
+
+CipConnection* ConnectionManager::find(uint32_t toTargetId) {
+    for (CipConnection& connection : connections) {
+        if (connection.toTargetId == toTargetId) {
+            return &connection;
+        }
+    }
+    return nullptr;
 }
 
 const CipConnection* ConnectionManager::find(const ConnectionTriad& triad) const {

@@ -27,11 +27,13 @@ struct CipConnection {
     /// Bytes that a message may have in each direction, its sequence count included.
     size_t toTargetSize = 0;
     size_t toOriginatorSize = 0;
-    uint64_t owner = 0;       ///< number of the TCP connection it was opened on
-    int64_t timeoutMs = 0;    ///< without traffic, once there was some
-    int64_t lastMs = 0;       ///< of the latest traffic
-    int64_t limitMs = 0;      ///< what may pass since then
-    bool toDhpProxy = false;  ///< carries PCCC commands for a DH+ link, no requests
+    uint64_t owner = 0;         ///< number of the TCP connection it was opened on
+    int64_t timeoutMs = 0;      ///< without traffic, once there was some
+    int64_t lastMs = 0;         ///< of the latest traffic
+    int64_t limitMs = 0;        ///< what may pass since then
+    bool toDhpProxy = false;    ///< carries PCCC commands for a DH+ link, no requests
+    uint16_t lastSequence = 0;  ///< of the latest message
+    Bytes lastAnswer;           ///< to it, after the encapsulation header; empty before the first
 };
 
 /// What the size of a connection counts: the sequence count, the head of a reply, and a value
@@ -68,6 +70,9 @@ class ConnectionManager {
     /// none, when it has timed out, or when it belongs to another TCP connection.
     const CipConnection* use(uint32_t toTargetId, uint64_t owner, int64_t nowMs);
 
+    /// Keeps what a message was answered with, as long as its connection exists.
+    void remember(uint32_t toTargetId, uint16_t sequence, ByteView answer);
+
     /// A TCP connection has ended: its connections go with it, unless the settings keep them. They
     /// are of no use to anybody then, but count until they time out or are closed.
     void release(uint64_t owner);
@@ -79,6 +84,7 @@ class ConnectionManager {
  private:
     size_t granted(uint16_t parameters) const;
     void dropExpired(int64_t nowMs);
+    CipConnection* find(uint32_t toTargetId);
     const CipConnection* find(const ConnectionTriad& triad) const;
 
     const ConnectionSettings settings;

@@ -197,6 +197,14 @@ void Controller::sendUnitData(const EncapSession& session, ByteView body, Exchan
         return;
     }
     exchange.connected = true;
+    if (!connection->lastAnswer.empty() && sequence == connection->lastSequence) {
+        // A message that came twice is not carried out again (Vol. 1, 3-4.4): class 3 answers it
+        // with what it has answered.
+        putBytes(exchange.reply, ByteView(connection->lastAnswer));
+        exchange.note = "sequence count of the message before";
+        return;
+    }
+    const uint32_t id = connection->toTargetId;
     addressItem.clear();
     put32(addressItem, connection->toOriginatorId);
     exchange.room = roomOf(*connection);
@@ -204,6 +212,9 @@ void Controller::sendUnitData(const EncapSession& session, ByteView body, Exchan
         answerDhp(packet, addressItem, sequence, data.rest(), exchange);
     } else {
         answerCip(session, packet, addressItem, &sequence, data.rest(), exchange);
+    }
+    if (exchange.dataItemAt != 0) {
+        connections.remember(id, sequence, ByteView(exchange.reply).from(kEncapHeaderSize));
     }
 }
 

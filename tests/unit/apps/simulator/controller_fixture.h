@@ -36,6 +36,9 @@ const char kWriteA[] =
 /// A controller without sockets and with a clock that the test moves.
 class ControllerTest : public testing::Test {
  protected:
+    /// Where the sequence count is in a message and in the answer to it.
+    static constexpr size_t kSequenceAt = 24 + 6 + 2 + 4 + 4 + 4;
+
     ControllerTest() {
         settings.connections.limit = 2;
         session.owner = 1;
@@ -73,11 +76,29 @@ class ControllerTest : public testing::Test {
     }
 
     /// The reply in hexadecimal, empty for none. The bytes must stay as long as exchange is
-    /// used.
+    /// used. A message on a connection goes out with a sequence count that none had before, and
+    /// comes back with that of the text.
     std::string serve(const std::string& text) {
         request = frame(text);
-        return serveBytes(request);
+        if (!isConnectedMessage(request)) {
+            return serveBytes(request);
+        }
+        const uint16_t given = sim::get16(request, kSequenceAt);
+        countUp(&request);
+        serveBytes(request);
+        sim::Bytes reply = exchange.reply;
+        if (reply.size() >= kSequenceAt + 2) {
+            EXPECT_EQ(lastSequence, sim::get16(reply, kSequenceAt));
+            sim::set16(reply, kSequenceAt, given);
+        }
+        return hexOf(reply);
     }
+
+    static bool isConnectedMessage(const sim::Bytes& bytes) {
+        return bytes.size() >= kSequenceAt + 2 && sim::get16(bytes, 0) == sim::kSendUnitData;
+    }
+
+    void countUp(sim::Bytes* bytes) { sim::set16(*bytes, kSequenceAt, ++lastSequence); }
 
     std::string serveBytes(const sim::Bytes& bytes) {
         controller->serve(session, bytes, exchange);
@@ -108,6 +129,7 @@ class ControllerTest : public testing::Test {
     sim::EncapSession session;
     sim::Exchange exchange;
     uint32_t connection = 0;
+    uint16_t lastSequence = 0x8000;
     sim::Bytes request;  ///< what exchange looks into
 
  private:

@@ -77,7 +77,10 @@ class HostileRequests : public ControllerTest {
     /// Serves an exact copy of the bytes, so that a read past their end is a read past a heap
     /// block.
     void serveAndCheck(const sim::Bytes& bytes) {
-        const sim::Bytes exact(bytes.begin(), bytes.end());
+        sim::Bytes exact(bytes.begin(), bytes.end());
+        if (isConnectedMessage(exact)) {
+            countUp(&exact);
+        }
         serveBytes(exact);
         const sim::Bytes& reply = exchange.reply;
         if (!reply.empty()) {

@@ -323,6 +323,38 @@ TEST_F(ControllerTest, RefusesByFaultWithoutTakingEffect) {
     EXPECT_EQ("cd000000", hexOf(sim::ByteView(exchange.reply).from(46)));
 }
 
+TEST_F(ControllerTest, DoesNotCarryOutAMessageTwice) {
+    openConnection();
+    const sim::Bytes write = frame(kWriteA);
+    const std::string answer = serveBytes(write);
+    EXPECT_EQ(expected("7000 1A00 SSSSSSSS 00000000 0000000000000000 00000000"
+                       "00000000 0000 0200 A100 0400 0100FE80 B100 0600 0200 CD000000"),
+              answer);
+    // The same sequence count again: the same answer, whatever is asked now, in a message of its
+    // own.
+    sim::Bytes other = frame(kWriteA);
+    other[other.size() - 4] = 9;
+    other[12] = 0xC1;  // sender context
+    EXPECT_EQ(answer.substr(0, 24) + "c1" + answer.substr(26), serveBytes(other));
+    EXPECT_STREQ("sequence count of the message before", exchange.note);
+    sim::Bytes read = frame(kReadA);
+    EXPECT_EQ("07000000", serveBytes(read).substr(2 * 52));
+    EXPECT_FALSE(exchange.note);
+    // And after another message it is a new one.
+    serveBytes(other);
+    EXPECT_FALSE(exchange.note);
+    sim::set16(read, kSequenceAt, 3);
+    EXPECT_EQ("09000000", serveBytes(read).substr(2 * 52));
+}
+
+TEST_F(ControllerTest, TakesAnySequenceCountFirst) {
+    openConnection();
+    sim::Bytes read = frame(kReadA);
+    sim::set16(read, kSequenceAt, 0);
+    EXPECT_EQ("2a000000", serveBytes(read).substr(2 * 52));
+    EXPECT_FALSE(exchange.note);
+}
+
 TEST_F(ControllerTest, CountsFaultsOnceARequest) {
     openConnection();
     addFault("silence@2x1@tag=A");
