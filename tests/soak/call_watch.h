@@ -2,35 +2,9 @@
 #define TESTS_SOAK_CALL_WATCH_H
 
 #include <QString>
-#include <atomic>
 #include <cstdint>
-#include <thread>
 
-/// How late a thread of this process comes that wants to run: a machine with other work makes every
-/// call longer by that. Measured by a thread that sleeps.
-class LatenessMeter {
- public:
-    LatenessMeter();
-    ~LatenessMeter();
-    LatenessMeter(const LatenessMeter&) = delete;
-    LatenessMeter& operator=(const LatenessMeter&) = delete;
-
-    /// Forgets what was.
-    void reset() { worst = 0; }
-    /// The longest lateness since, in milliseconds.
-    int64_t worstMs() const;
-    /// The mean of the last two seconds, in microseconds.
-    int64_t meanUs() const { return mean; }
-
- private:
-    void run();
-
-    std::atomic<bool> ended{false};
-    std::atomic<int64_t> worst{0};
-    std::atomic<int64_t> mean{0};
-    std::atomic<int64_t> woke;
-    std::thread thread;
-};
+#include "support/lateness_meter.h"
 
 /// Holds the calls of a host against how long each may take: one second an attempt, two after a
 /// late answer.

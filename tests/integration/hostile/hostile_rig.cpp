@@ -6,12 +6,20 @@
 #include <chrono>
 #include <thread>
 
+#include "support/sanitizer.h"
+
 namespace {
 
 /// How often a good answer may come too late before that is a failure.
 const int kLateAnswers = 20;
 /// How often a case is played again that failed for want of time.
 const int kPatientTries = 5;
+/// How much longer than its time-out an access may take. A sanitizer makes all that the program
+/// does several times as long.
+const int kSlackMs = kSanitized ? 200 : 50;
+/// How often an access may meet the worst lateness: the worker takes it, the time-out ends its wait
+/// for the controller, and the host takes the answer.
+const int kWakes = 3;
 /// How long a polled value may take to come back.
 const int kRecoveryMs = 20000;
 /// The driver waits so long for its worker.
@@ -35,11 +43,18 @@ bool isTimeout(const QByteArray& reason) {
 }  // namespace
 
 HostileRig::HostileRig(const Exchange& of)
-    : exchange(of), controller(of), wasLate(false), taken(false), longest(0) {
+    : exchange(of),
+      controller(of),
+      wasLate(false),
+      taken(false),
+      longest(0),
+      longestOver(0),
+      deadline(0) {
     start(kShortTimeoutMs);
 }
 
 void HostileRig::start(int timeoutMs) {
+    deadline = timeoutMs;
     device.reset(new TestDevice(controller.port(), timeoutMs));
     driver = createDriver();
     if (exchange.isPolled) {
@@ -57,11 +72,20 @@ QByteArray HostileRig::play(const HostileCase& hostile) {
         longest = 0;
         start(kShortTimeoutMs);
     }
+    // A machine that came late in a way that nobody measured is not late every time.
+    for (int tries = 0; problem.isEmpty() && longestOver > kSlackMs && tries < kPatientTries;
+         ++tries) {
+        problem = playOnce(hostile);
+    }
+    if (problem.isEmpty() && longestOver > kSlackMs) {
+        problem = "an access took " + QByteArray::number(longestOver) + " ms longer than it may";
+    }
     return problem;
 }
 
 QByteArray HostileRig::playOnce(const HostileCase& hostile) {
     wasLate = false;
+    longestOver = 0;
     const QByteArray problem = exchange.isPolled ? playPolled(hostile) : playDirect(hostile);
     return problem.isEmpty() ? afterwards() : problem;
 }
@@ -76,6 +100,7 @@ QByteArray HostileRig::goodValue() const {
 }
 
 HostileRig::Seen HostileRig::access(const CommunicatorCommand& command, const QByteArray& toWrite) {
+    machine.reset();
     QElapsedTimer timer;
     timer.start();
     Seen seen = Seen();
@@ -87,6 +112,8 @@ HostileRig::Seen HostileRig::access(const CommunicatorCommand& command, const QB
     }
     const int ms = int(timer.elapsed());
     longest = qMax(longest, ms);
+    const int late = int(qMax<int64_t>(machine.worstMs(), 0));
+    longestOver = qMax(longestOver, ms - deadline - kWakes * late);
     if (driver->hasError()) {
         const QByteArray text = driver->getLastError().toLatin1();
         const QByteArray front = (toWrite.isEmpty() ? QByteArray("read ") : QByteArray("write ")) +

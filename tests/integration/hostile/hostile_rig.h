@@ -10,6 +10,7 @@
 #include "integration/hostile/hostile_case.h"
 #include "integration/hostile/verdict.h"
 #include "integration/scripted_controller.h"
+#include "support/lateness_meter.h"
 
 /// The controller of the hostile replies: it has the tags V and OTHER and answers well, but for the
 /// one message that it was armed for. All operations may be called while it serves.
@@ -93,6 +94,9 @@ class HostileRig {
     bool wasLate;  ///< something of the last case came to nothing for want of time
     bool taken;
     int longest;
+    int longestOver;  ///< by how much one of them outlasted the time-out and the machine's lateness
+    int deadline;     ///< of an access, milliseconds
+    LatenessMeter machine;
 };
 
 #endif

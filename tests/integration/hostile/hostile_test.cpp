@@ -25,8 +25,6 @@ namespace {
 const int kRigs = 6;
 /// Failures that are worth a line each.
 const int kShown = 20;
-/// An access answers within a second of waiting; a loaded machine gets much more.
-const int kGenerousMs = 30000;
 
 std::string text(const QByteArray& bytes) {
     return bytes.toStdString();
@@ -93,7 +91,6 @@ TEST_P(HostileReplies, AreRefusedOrTakenForWhatTheyAre) {
     for (const QByteArray& problem : problems.mid(0, kShown)) {
         ADD_FAILURE() << text(problem);
     }
-    EXPECT_LT(longestMs, kGenerousMs) << text(longestName);
 }
 
 INSTANTIATE_TEST_SUITE_P(To, HostileReplies, ::testing::ValuesIn(exchanges()), nameOf);
