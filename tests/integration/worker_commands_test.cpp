@@ -103,6 +103,15 @@ TEST_F(WorkerCommands, ReadThatDoesNotParseGetsNoAnswer) {
     EXPECT_FALSE(open());
 }
 
+TEST_F(WorkerCommands, AnAnswerThatDoesNotComeHasNoBytes) {
+    start({});
+    worker->receiver()->setClientPipeRxTimeout(0, 20);
+    char line[16];
+    int received = 7;
+    EXPECT_FALSE(worker->recvRsp(0, line, sizeof line, &received));
+    EXPECT_EQ(0, received);
+}
+
 TEST_F(WorkerCommands, OutParametersMayBeNull) {
     start({"--tag", "D:DINT=42", "--tag", "A:DINT[0..2]=1,2,3"});
     take("02\t0007\tD\t1\n");
