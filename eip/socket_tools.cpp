@@ -19,25 +19,24 @@
 namespace {
 
 /// A socket on the number of a closed standard output or error would get what the host prints
-/// there, and one on that of standard input what the host reads. False with errno, and all closed,
+/// there, and one on that of standard input what the host reads. False with EMFILE, and all closed,
 /// when there are no further descriptors.
 bool moveAboveStandardError(int* fds, int count) {
     bool moved = true;
     for (int i = 0; i < count; ++i) {
         if (fds[i] <= STDERR_FILENO) {
             const int higher = fcntl(fds[i], F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-            const int reason = errno;
             close(fds[i]);
-            errno = reason;
             fds[i] = higher;
             moved = moved && higher >= 0;
         }
     }
     for (int i = 0; !moved && i < count; ++i) {
-        const int reason = errno;
         close(fds[i]);
-        errno = reason;
         fds[i] = -1;
+    }
+    if (!moved) {
+        errno = EMFILE;  // which the system reports as EINVAL where the limit is three
     }
     return moved;
 }

@@ -133,37 +133,80 @@ TEST(KCreateSocketPair, IsAConnectedLocalStreamClosedOnExec) {
     EXPECT_EQ('x', byte);
 }
 
-/// Of a process without standard input, output and error the first descriptors would be those.
-TEST(SocketsDeathTest, LeaveTheNumbersOfTheStandardStreams) {
-    const auto areAbove = [] {
+/// A process without standard input, output and error, as long as it exists: the numbers that the
+/// system gives first are theirs. Nothing may be printed meanwhile.
+class NoStandardStreams {
+ public:
+    NoStandardStreams() {
         for (int fd = 0; fd <= STDERR_FILENO; ++fd) {
+            saved[fd] = fcntl(fd, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
             close(fd);
         }
-        int fds[3] = {-1, -1, KCreateTcpSocket(IPPROTO_TCP)};
-        bool above = KCreateSocketPair(fds) == 0;
-        for (const int fd : fds) {
-            above = above && fd > STDERR_FILENO && (fcntl(fd, F_GETFD) & FD_CLOEXEC) != 0;
+    }
+    ~NoStandardStreams() {
+        for (int fd = 0; fd <= STDERR_FILENO; ++fd) {
+            dup2(saved[fd], fd);
+            close(saved[fd]);
         }
-        above = above && send(fds[0], "x", 1, MSG_NOSIGNAL) == 1;
-        char byte = 0;
-        above = above && recv(fds[1], &byte, 1, 0) == 1 && byte == 'x';
-        return above && fcntl(STDERR_FILENO, F_GETFD) < 0;
-    };
-    EXPECT_EXIT(_exit(areAbove() ? 0 : 1), ::testing::ExitedWithCode(0), "");
+    }
+
+ private:
+    int saved[STDERR_FILENO + 1];
+};
+
+bool isOpen(int fd) {
+    return fcntl(fd, F_GETFD) >= 0;
 }
 
-TEST(SocketsDeathTest, WithoutADescriptorAboveTheStandardStreamsThereIsNone) {
-    const auto areRefused = [] {
-        for (int fd = 0; fd <= STDERR_FILENO; ++fd) {
-            close(fd);
-        }
-        const rlimit three = {3, 3};
-        int fds[2] = {-1, -1};
-        return setrlimit(RLIMIT_NOFILE, &three) == 0 && KCreateSocketPair(fds) == -1 &&
-               fds[0] == -1 && fds[1] == -1 && KCreateTcpSocket(IPPROTO_TCP) == -1 &&
-               fcntl(0, F_GETFD) < 0 && fcntl(1, F_GETFD) < 0;
-    };
-    EXPECT_EXIT(_exit(areRefused() ? 0 : 1), ::testing::ExitedWithCode(0), "");
+TEST(Sockets, LeaveTheNumbersOfTheStandardStreams) {
+    int fds[3] = {-1, -1, -1};
+    int result = -1;
+    bool taken = true;
+    {
+        const NoStandardStreams none;
+        fds[2] = KCreateTcpSocket(IPPROTO_TCP);
+        result = KCreateSocketPair(fds);
+        taken = isOpen(0) || isOpen(1) || isOpen(2);
+    }
+    EXPECT_EQ(0, result);
+    EXPECT_FALSE(taken);
+    for (const int fd : fds) {
+        EXPECT_LT(STDERR_FILENO, fd);
+        EXPECT_TRUE(fcntl(fd, F_GETFD) & FD_CLOEXEC) << fd;
+    }
+    EXPECT_EQ(1, send(fds[0], "x", 1, MSG_NOSIGNAL));
+    char byte = 0;
+    EXPECT_EQ(1, recv(fds[1], &byte, 1, 0));
+    EXPECT_EQ('x', byte);
+    for (const int fd : fds) {
+        KCloseSocket(fd);
+    }
+}
+
+TEST(Sockets, WithoutADescriptorAboveTheStandardStreamsThereIsNone) {
+    rlimit usual = {};
+    ASSERT_EQ(0, getrlimit(RLIMIT_NOFILE, &usual));
+    int fds[2] = {0, 0};
+    int pairResult = 0;
+    int pairError = 0;
+    int tcpSocket = 0;
+    bool taken = true;
+    {
+        const NoStandardStreams none;
+        const rlimit three = {STDERR_FILENO + 1, usual.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &three);
+        pairResult = KCreateSocketPair(fds);
+        pairError = errno;
+        tcpSocket = KCreateTcpSocket(IPPROTO_TCP);
+        taken = isOpen(0) || isOpen(1) || isOpen(2);
+        setrlimit(RLIMIT_NOFILE, &usual);
+    }
+    EXPECT_EQ(-1, pairResult);
+    EXPECT_EQ(-1, fds[0]);
+    EXPECT_EQ(-1, fds[1]);
+    EXPECT_EQ(EMFILE, pairError);
+    EXPECT_EQ(-1, tcpSocket);
+    EXPECT_FALSE(taken);
 }
 
 TEST(KSetNonBlockingMode, KeepsTheOtherFlags) {
