@@ -1,7 +1,7 @@
 // A project database that is damaged or made up: what the driver takes from it as declarations.
 //
 // Input: the file. It is written to the place where the driver looks for it, below the folder of
-// this program, so that one of these runs at a time.
+// this program, so that one of these runs at a time. scripts/fuzz lays that place into memory.
 
 #include <QCoreApplication>
 #include <QDir>
@@ -36,27 +36,34 @@ class Device : public AbstractDeviceInterface {
 struct Program {
     Program() : count(1), application(count, names) {
         QDir(QCoreApplication::applicationDirPath()).mkpath(QLatin1String("compile/database"));
+        file.setFileName(GetDatabaseName());
+        if (!file.open(QFile::ReadWrite | QFile::Unbuffered)) {
+            __builtin_trap();
+        }
+    }
+
+    void store(const uint8_t* data, size_t size) {
+        if (!file.seek(0) || !file.resize(qint64(size)) ||
+            file.write(reinterpret_cast<const char*>(data), qint64(size)) != qint64(size)) {
+            __builtin_trap();
+        }
     }
 
     int count;
     char name[14] = "fuzz_database";
     char* names[2] = {name, nullptr};
     QCoreApplication application;
+    QFile file;  ///< stays open: to open and close it again takes as long as to write it
+    Device device;
 };
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static Program program;
-    QFile file(GetDatabaseName());
-    if (!file.open(QFile::WriteOnly | QFile::Truncate) ||
-        file.write(reinterpret_cast<const char*>(data), qint64(size)) != qint64(size)) {
-        __builtin_trap();
-    }
-    file.close();
-    Device device;
+    program.store(data, size);
     DriverABMicro800Eth driver;
-    const bool isRead = driver.readDB(&device);
+    const bool isRead = driver.readDB(&program.device);
     if (isRead == driver.hasError() || (!isRead && driver.getLastError().isEmpty())) {
         __builtin_trap();
     }

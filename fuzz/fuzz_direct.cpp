@@ -58,13 +58,27 @@ void listFrom(const QByteArray& bytes) {
     }
 }
 
-/// However a message is cut, every byte of it is shown once.
-void showWhole(const QByteArray& bytes, bool isReply) {
+/// How many words the hex column of a line has.
+int bytesIn(const QString& line) {
     const int kHexAt = 33;
     const int kHexWidth = 24;
+    const int end = qMin(line.size(), kHexAt + kHexWidth);
+    int words = 0;
+    bool inWord = false;
+    for (int i = kHexAt; i < end; ++i) {
+        const bool isBlank = line.at(i) == QLatin1Char(' ');
+        words += !isBlank && !inWord ? 1 : 0;
+        inWord = !isBlank;
+    }
+    return words;
+}
+
+/// However a message is cut, every byte of it is shown once.
+void showWhole(const QByteArray& bytes, bool isReply) {
+    const QStringList lines = frameText(bytes, isReply);
     int shown = 0;
-    for (const QString& line : frameText(bytes, isReply).mid(1)) {
-        shown += line.mid(kHexAt, kHexWidth).split(QLatin1Char(' '), Qt::SkipEmptyParts).size();
+    for (int i = 1; i < lines.size(); ++i) {
+        shown += bytesIn(lines.at(i));
     }
     demand(shown == bytes.size());
 }

@@ -15,26 +15,28 @@ void demand(bool holds) {
 
 /// Nothing that ends a line, that a terminal obeys, or that is half a character.
 bool isHarmless(const QString& text) {
+    const QChar* const units = text.constData();
     for (int i = 0; i < text.size(); ++i) {
-        const QChar unit = text.at(i);
-        const bool startsPair =
-            unit.isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate();
-        if (unit < QLatin1Char(' ') || (unit >= QChar(0x7F) && unit <= QChar(0x9F)) ||
-            (unit.isSurrogate() && !startsPair)) {
+        const ushort unit = units[i].unicode();
+        if (unit < ' ' || (unit >= 0x7F && unit <= 0x9F)) {
             return false;
         }
-        i += startsPair ? 1 : 0;
+        if (QChar::isSurrogate(unit)) {
+            // The terminating zero is no second half.
+            if (!QChar::isHighSurrogate(unit) || !units[i + 1].isLowSurrogate()) {
+                return false;
+            }
+            ++i;
+        }
     }
     return true;
 }
 
 /// Whether every quote and backslash is half of one of the pairs \" \\ or begins another escape.
-bool staysInItsQuotes(const QString& inside) {
-    for (int i = 0; i < inside.size(); ++i) {
-        if (inside.at(i) == QLatin1Char('"')) {
-            return false;
-        }
-        if (inside.at(i) == QLatin1Char('\\') && ++i == inside.size()) {
+bool staysInItsQuotes(const QChar* inside, int size) {
+    for (int i = 0; i < size; ++i) {
+        const ushort unit = inside[i].unicode();
+        if (unit == '"' || (unit == '\\' && ++i == size)) {
             return false;
         }
     }
@@ -44,7 +46,7 @@ bool staysInItsQuotes(const QString& inside) {
 void checkQuoted(const QString& quoted) {
     demand(quoted.size() >= 2 && quoted.startsWith(QLatin1Char('"')) &&
            quoted.endsWith(QLatin1Char('"')));
-    demand(isHarmless(quoted) && staysInItsQuotes(quoted.mid(1, quoted.size() - 2)));
+    demand(isHarmless(quoted) && staysInItsQuotes(quoted.constData() + 1, quoted.size() - 2));
 }
 
 void checkJson(const QString& text, bool isWhole) {
@@ -79,8 +81,8 @@ void checkHtml(QString html) {
 }
 
 void checkAll(const QString& text, bool isWhole) {
-    demand(isHarmless(terminalText(text)));
-    demand(terminalText(terminalText(text)) == terminalText(text));
+    const QString shown = terminalText(text);
+    demand(isHarmless(shown) && terminalText(shown) == shown);
     checkQuoted(quotedText(text));
     checkJson(text, isWhole);
     checkCsv(csvField(text));
@@ -92,8 +94,12 @@ void checkAll(const QString& text, bool isWhole) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const char* bytes = reinterpret_cast<const char*>(data);
-    checkAll(QString::fromLatin1(bytes, int(size)), true);
-    checkAll(QString::fromUtf8(bytes, int(size)), true);
+    const QString latin1 = QString::fromLatin1(bytes, int(size));
+    const QString utf8 = QString::fromUtf8(bytes, int(size));
+    checkAll(latin1, true);
+    if (utf8 != latin1) {
+        checkAll(utf8, true);
+    }
     // Halves of surrogate pairs included, which no document can contain.
     checkAll(QString(reinterpret_cast<const QChar*>(
                          QByteArray(bytes, int(size & ~size_t(1))).constData()),

@@ -29,6 +29,9 @@ void receive(CipPlcDriverCallback& receiver, const uint8_t* data, size_t size) {
     receiver.clearDriverReadCmd();
     receiver.clearDriverReadArrayElementCmd();
     receiver.clearDriverSetSessionCmd();
+    // The polled names of the last list go too: what is then left is left by mistake, and the leak
+    // check, which takes milliseconds, runs for that only.
+    (void)receiver.driverSetSessionCmd2(&ok);
     receiver.clearDriverIpSettingChangedCmd();
     receiver.discardClientPipe(0);
     receiver.discardClientPipe(1);
