@@ -103,13 +103,16 @@ TEST_F(WorkerCommands, ReadThatDoesNotParseGetsNoAnswer) {
     EXPECT_FALSE(open());
 }
 
-TEST_F(WorkerCommands, AnAnswerThatDoesNotComeHasNoBytes) {
+TEST_F(WorkerCommands, TellsHowManyBytesOfAnAnswerCame) {
     start({});
     worker->receiver()->setClientPipeRxTimeout(0, 20);
     char line[16];
     int received = 7;
     EXPECT_FALSE(worker->recvRsp(0, line, sizeof line, &received));
     EXPECT_EQ(0, received);
+    ASSERT_EQ(1, worker->receiver()->sendServerPipe(0, "\n", 1));
+    EXPECT_TRUE(worker->recvRsp(0, line, sizeof line, &received));
+    EXPECT_EQ(1, received);
 }
 
 TEST_F(WorkerCommands, OutParametersMayBeNull) {
