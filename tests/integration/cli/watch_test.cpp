@@ -143,8 +143,9 @@ TEST_F(CliWatch, TellsALossOnceAndTheReturn) {
 }
 
 TEST_F(CliWatch, JsonIsOneObjectAChange) {
+    // Twelve rounds last at least half a second, in which the value changes five times.
     startController({"--tag", "T:DINT=0", "--ramp", "100"});
-    const CliResult result = runWith("watch", {"--json", "--duration", "1", "--interval", "50",
+    const CliResult result = runWith("watch", {"--json", "--count", "12", "--interval", "50",
                                                "--retry", "0", "DINT0:T", "DINT0:GONE"});
     EXPECT_EQ(result.exitCode, 1);
     int values = 0;

@@ -179,6 +179,7 @@ TEST_F(RecordingFrom, TwoDriversInOneProcess) {
 TEST_F(RecordingFrom, AProcessThatIsKilled) {
     Controller simulator({"--tag", "D:DINT=42"});
     for (int round = 0; round < 10; ++round) {
+        const QStringList before = recordings();
         const pid_t child = fork();
         if (child == 0) {
             TestDevice device(simulator.port(), 400);
@@ -189,8 +190,7 @@ TEST_F(RecordingFrom, AProcessThatIsKilled) {
                 }
             }
         }
-        const int before = recordings().size();
-        waitFor([&] { return recordings().size() > before || recordings().size() == 10; });
+        EXPECT_TRUE(waitFor([&] { return recordings() != before; }, 20000));
         usleep(static_cast<useconds_t>(1000 + 3000 * round));
         kill(child, SIGKILL);
         waitpid(child, nullptr, 0);
