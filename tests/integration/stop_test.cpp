@@ -16,6 +16,7 @@
 
 #include "integration/driver_rig.h"
 #include "support/app_directory/app_directory.h"
+#include "support/lateness_meter.h"
 
 namespace {
 
@@ -207,10 +208,13 @@ TEST_F(Stop, FarewellThatNobodyAnswers) {
         Controller simulator({"--tag", "D:DINT=42", "--fault", fault});
         TestDevice device(simulator.port(), 3000);
         qint64 best = kSlackMs;
+        LatenessMeter machine;
         for (int i = 0; i < 5; ++i) {
             std::unique_ptr<DriverInterface> driver = createDriver();
             EXPECT_EQ(42, readDint(driver.get(), &device, "D"));
-            best = qMin(best, stopTime(std::move(driver)));
+            machine.reset();
+            const qint64 took = stopTime(std::move(driver));
+            best = qMin(best, took - machine.worstMs());
         }
         EXPECT_LT(best, kPauseMs + kFarewellMs + kSchedulingMs) << fault;
         EXPECT_EQ(5, countRequests(simulator, "service", "ForwardClose")) << fault;
