@@ -20,6 +20,11 @@ const int kConnectionIdSize = 4;
 /// Zero bytes after the copied item.
 const int kItemCopySlack = 2;
 
+/// Bytes of the body before the message-router request.
+const int kConnectedHead = cip::kCommandPrefixSize + cip::kItemCountSize + kItemHeadSize +
+                           kConnectionIdSize + kItemHeadSize + kSequenceCountSize;
+const int kLargestRequest = kEncapMaxRequestBody - kConnectedHead;
+
 /// Sends the request in a SendUnitData message and waits for the reply.
 //  0  4  0x00A1, length 4
 //  4  4  O->T connection id
@@ -73,7 +78,7 @@ bool isSendable(const _Eip_Session* session, const _Eip_Connection* connection, 
         return false;
     }
     // What a connection does not carry the target drops without a word.
-    if (requestLength < 0 || requestLength > kEncapMaxRequestBody ||
+    if (requestLength < 0 || requestLength > kLargestRequest ||
         requestLength > _GetConnectedRequestLimit(connection)) {
         CIPERROR(CIP_ERR_INTERNAL, CIP_INTERNAL_BUFFER_TOO_SMALL, 0);
         return false;

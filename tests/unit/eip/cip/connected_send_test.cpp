@@ -77,7 +77,9 @@ TEST_F(ConnectedSend, BadArguments) {
         EXPECT_EQ((CipError{0, -31, 0}), lastError()) << length;
     }
     EXPECT_TRUE(transport.requests.empty());
+    EXPECT_EQ(0, connection.sequenceCount);
     EXPECT_EQ(nullptr, _ConnectedSend(session, &connection, request.data(), 978));
+    EXPECT_EQ(1, connection.sequenceCount);
     EXPECT_EQ(1024u, transport.requests.at(0).size());
 }
 
