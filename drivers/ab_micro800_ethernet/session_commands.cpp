@@ -91,7 +91,7 @@ bool DriverABMicro800Eth::deliverSession(const QList<LgxReadCmd>& entries) {
         id = nextTID(kSessionPipe);  // the worker never answers a session list with id 0
     }
     // One byte more than is sent or received stays zero: the answer is read as a text.
-    std::vector<char> line(kLineSize + 1, 0);
+    std::vector<char> line(kLineSize + 1);
     const int length = LgxDriverPackSetSessionCmd(line.data(), kLineSize, id, entries);
     if (length < 1) {
         pendingSessionCommands.clear();  // it will never fit

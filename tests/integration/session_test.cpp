@@ -177,6 +177,22 @@ TEST_F(Session, DeclaredStringArrayIsPolledByElement) {
     EXPECT_EQ(0, simulator->countRequests("NAMES"));
 }
 
+/// The cache serves as many characters as it has; a command for more goes to the controller.
+TEST_F(Session, PolledStringElementIsServedWhileItIsLongEnough) {
+    start({"--tag", "NAMES:STRING[0..2]=one,two,three"});
+    driver->setSessionCommand(Commands() << CommunicatorCommand(kUnitBlock, 5, "STRING0:NAMES[2]"));
+    EXPECT_EQ(QByteArray("three"), read("STRING0:NAMES[2]", kUnitBlock, 5));
+    ASSERT_TRUE(polled("NAMES[2]"));
+    const int kReads = 20000;
+    for (int i = 0; i < kReads; ++i) {
+        ASSERT_EQ(QByteArray("thr"), read("STRING0:NAMES[2]", kUnitBlock, 3));
+    }
+    // Only the polling pass asked the controller meanwhile.
+    EXPECT_LT(simulator->countRequests("NAMES[2]"), kReads / 4);
+    EXPECT_EQ(QByteArray("three\0\0", 7), read("STRING0:NAMES[2]", kUnitBlock, 7));
+    EXPECT_FALSE(driver->hasError());
+}
+
 TEST_F(Session, AddressThatNamesNoTagIsSkipped) {
     start({"--tag", "X:DINT=1", "--tag", "A:DINT=2"});
     driver->setSessionCommand(Commands()

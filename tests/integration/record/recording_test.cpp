@@ -75,6 +75,20 @@ TEST_F(RecordingFrom, AReadAndAWrite) {
     }
 }
 
+/// One access of the host's, however often the driver tries.
+TEST_F(RecordingFrom, AReadThatIsRepeated) {
+    Controller simulator({"--tag", "D:DINT=42"});
+    TestDevice device(simulator.port(), 400, 2);
+    {
+        const std::unique_ptr<DriverInterface> driver = createDriver();
+        EXPECT_TRUE(driver->read(&device, dint("NOPE")).isEmpty());
+    }
+    EXPECT_EQ(3, simulator.countRequests("NOPE"));
+    const CaptureFile file = read(waitForRecording("error-text"));
+    EXPECT_EQ(QStringList("read asked: DINT0:NOPE"), file.comments().filter("asked"));
+    EXPECT_EQ(1, file.comments().filter("read answered: DINT0:NOPE: no value after ").size());
+}
+
 /// The view of a reader with tshark alone: the tag of each request, and its status.
 TEST_F(RecordingFrom, ARefusedTagIsNamedByTshark) {
     Controller simulator({"--tag", "D:DINT=42"});

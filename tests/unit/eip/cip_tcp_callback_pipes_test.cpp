@@ -3,11 +3,16 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <signal.h>
 #include <string.h>
 #include <sys/resource.h>
 #include <sys/select.h>
+#include <time.h>
+#include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <climits>
 #include <functional>
 #include <string>
@@ -287,6 +292,27 @@ TEST(ServerPipe, ClosedClientDoesNotMakeWaitsSpin) {
     }
 }
 
+/// Another library of the host's process closes what is not its own.
+TEST(ServerPipe, DescriptorThatIsGoneDoesNotMakeWaitsSpin) {
+    const std::set<int> before = openDescriptors();
+    Transport transport;
+    // client 0, server 0, client 1, server 1
+    const std::vector<int> made = madeSince(before);
+    ASSERT_EQ(4u, made.size());
+    ASSERT_EQ(0, close(made.at(1)));
+    char line[8];
+    EXPECT_EQ(0, transport.recvServerPipe(0, line, sizeof line));
+    EXPECT_EQ(EBADF, errno);
+    const Stopwatch watch;
+    transport.sleep(60);
+    EXPECT_GE(watch.ms(), 60);
+    // The other pipe is served as before.
+    ASSERT_TRUE(transport.sendCommand(1, "b\n"));
+    transport.sleep(kSoonMs);
+    EXPECT_EQ(std::vector<int>({1}), transport.served);
+    EXPECT_EQ("b\n", transport.taken);
+}
+
 // ---- client ends ---------------------------------------------------------------------------
 
 TEST(ClientPipe, DescriptorsAreClosedOnExecAndOnlyTheServerEndsDoNotBlock) {
@@ -487,29 +513,129 @@ TEST(ClientPipe, SignalDoesNotCostTheAnswer) {
     EXPECT_TRUE(gotLF);
 }
 
+TEST(ClientPipe, SignalDoesNotEndAWaitWithoutATimeout) {
+    Transport transport;
+    ASSERT_EQ(1, transport.setClientPipeRxTimeout(0, 0));
+    bool gotLF = false;
+    BlockingCall driver([&] {
+        char line[8];
+        transport.recvClientPipeUntilLF(0, line, sizeof line, &gotLF);
+    });
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_TRUE(driver.isAsleep());
+        driver.signal();
+    }
+    EXPECT_TRUE(transport.sendAnswer(0, "ok\n"));
+    driver.join();
+    EXPECT_TRUE(gotLF);
+}
+
+/// A thread that shares its only processor with the worker has nothing to gain awake.
+TEST(ClientPipe, TalksOnOneProcessor) {
+    std::thread pinned([] {
+        cpu_set_t all;
+        ASSERT_EQ(0, sched_getaffinity(0, sizeof all, &all));
+        cpu_set_t one;
+        CPU_ZERO(&one);
+        size_t first = 0;
+        while (!CPU_ISSET(first, &all)) {
+            ++first;
+        }
+        CPU_SET(first, &one);
+        ASSERT_EQ(0, sched_setaffinity(0, sizeof one, &one));
+        Transport transport;
+        answerQuickly(&transport);
+        ASSERT_EQ(1, transport.setClientPipeRxTimeout(0, 60));
+        // Of 60 ms asleep no processor time is spent on the wait.
+        timespec before = timespec();
+        timespec after = timespec();
+        char line[8];
+        ASSERT_EQ(0, clock_gettime(CLOCK_THREAD_CPUTIME_ID, &before));
+        EXPECT_EQ(0, transport.recvClientPipeUntilLF(0, line, sizeof line, nullptr));
+        ASSERT_EQ(0, clock_gettime(CLOCK_THREAD_CPUTIME_ID, &after));
+        const long spent =
+            (after.tv_sec - before.tv_sec) * 1000000000 + after.tv_nsec - before.tv_nsec;
+        EXPECT_LT(spent, 1000000);
+    });
+    pinned.join();
+}
+
+std::atomic<int> signalsTaken(0);
+
+/// The system's timer interrupts the thread that makes one every few milliseconds, however loaded
+/// the machine is.
+class TimerSignals {
+ public:
+    TimerSignals() {
+        signalsTaken = 0;
+        struct sigaction action = {};
+        action.sa_handler = [](int) { ++signalsTaken; };  // no SA_RESTART: waits return EINTR
+        sigaction(SIGUSR1, &action, &old);
+        sigevent event = sigevent();
+        event.sigev_notify = SIGEV_THREAD_ID;
+        event.sigev_signo = SIGUSR1;
+        event._sigev_un._tid = gettid();
+        EXPECT_EQ(0, timer_create(CLOCK_MONOTONIC, &event, &timer));
+        const long kEveryNs = 5000000;
+        const itimerspec times = {{0, kEveryNs}, {0, kEveryNs}};
+        EXPECT_EQ(0, timer_settime(timer, 0, &times, nullptr));
+    }
+    ~TimerSignals() {
+        timer_delete(timer);
+        sigaction(SIGUSR1, &old, nullptr);
+    }
+    /// Any thread.
+    void stop() {
+        const itimerspec none = itimerspec();
+        timer_settime(timer, 0, &none, nullptr);
+    }
+
+ private:
+    timer_t timer;
+    struct sigaction old;
+};
+
+/// How long a wait of 50 ms lasts under signals; kSoonMs when only the end of the signals ends it.
+long waitUnderSignals(Transport* transport) {
+    std::atomic<TimerSignals*> signals(nullptr);
+    std::atomic<long> waited(-1);
+    std::atomic<bool> done(false);
+    std::thread driver([&] {
+        TimerSignals own;
+        const Stopwatch watch;
+        signals = &own;
+        char line[8];
+        EXPECT_EQ(0, transport->recvClientPipeUntilLF(0, line, sizeof line, nullptr));
+        waited = watch.ms();
+        while (!done) {
+            std::this_thread::yield();
+        }
+    });
+    const Stopwatch all;
+    while (waited < 0 && all.ms() < kSoonMs) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    while (!signals) {
+        std::this_thread::yield();
+    }
+    signals.load()->stop();
+    done = true;
+    driver.join();
+    return waited;
+}
+
 TEST(ClientPipe, SignalsDoNotMakeTheWaitEndless) {
     Transport transport;
     transport.setClientPipeRxTimeout(0, 50);
     // A loaded machine can let the whole time pass before the second signal, and wake the driver
     // late.
-    int signals = 0;
     long waited = kSoonMs;
     const Stopwatch all;
-    while ((signals < 2 || waited >= 990) && all.ms() < kSoonMs) {
-        const Stopwatch watch;
-        BlockingCall driver([&] {
-            char line[8];
-            EXPECT_EQ(0, transport.recvClientPipeUntilLF(0, line, sizeof line, nullptr));
-        });
-        signals = 0;
-        while (driver.isAsleep() && watch.ms() < kSoonMs) {
-            driver.signal();
-            ++signals;
-        }
-        waited = watch.ms();
+    while ((signalsTaken < 2 || waited >= 990) && all.ms() < kSoonMs) {
+        waited = waitUnderSignals(&transport);
         EXPECT_GE(waited, 49);
     }
-    EXPECT_GT(signals, 1);
+    EXPECT_GT(signalsTaken, 1);
     EXPECT_LT(waited, 990);  // its own time-out, not the first one of a second
 }
 
