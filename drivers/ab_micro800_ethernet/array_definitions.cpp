@@ -144,7 +144,8 @@ int LgxArrayDef::size() const {
     }
     qint64 elements = 1;
     for (int i = 0; i < dims && i < kMaxDims; ++i) {
-        if (__builtin_mul_overflow(elements, width(bounds[i]), &elements) || elements > INT_MAX) {
+        elements *= width(bounds[i]);  // at most 2^31 by 2^32
+        if (elements > INT_MAX) {
             return INT_MAX;
         }
     }

@@ -47,7 +47,7 @@ void RecordLog::appendLocked(RecordKind kind, const RecordTime& time, const void
                              size_t size) {
     ring.append(kind, connection, time, data, size);
     unwritten = true;
-    if (wanted && state == kEmpty) {
+    if (wanted) {
         makeCopy(pending);
         pending = Reason();
     }
