@@ -394,6 +394,16 @@ TEST(LargeArray, IsPolledReadByElementAndWrittenInBlocks) {
     for (int index = 0; index < kSize; ++index) {
         ASSERT_EQ(7000 + index, readDint(driver.get(), &device, address(index)));
     }
+    // In four more spellings: more addresses than a driver keeps.
+    for (const QString& spelling : {QString("dint0:RECIPE"), QString("Dint0:RECIPE"),
+                                    QString("DINT0:recipe"), QString("DINT0:Recipe")}) {
+        for (int index = 0; index < kSize; ++index) {
+            const QString address = QString("%1[%2]").arg(spelling).arg(index);
+            ASSERT_EQ(elements(7000 + index, 1),
+                      driver->read(&device, CommunicatorCommand(kUnitDoubleWord, 1, address)))
+                << address.toStdString();
+        }
+    }
     ASSERT_EQ("ok", simulator.command("set RECIPE[999]=-1"));
     EXPECT_TRUE(waitFor([&] { return readDint(driver.get(), &device, address(999)) == -1; }));
     EXPECT_EQ(1, simulator.connectionsOpened());

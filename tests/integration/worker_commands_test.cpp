@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "integration/scripted_controller.h"
 #include "integration/worker_rig.h"
 #include "support/reserved_port.h"
 
@@ -229,6 +230,110 @@ TEST_F(WorkerCommands, CacheIsFilledByUpdatesOnly) {
     EXPECT_TRUE(worker->updateCache("A", 2, &broken));
     EXPECT_TRUE(worker->cacheValue("A_2", value));
     EXPECT_EQ(QByteArray::fromHex("0100000002000000"), value);
+}
+
+/// A tag whose polled value is shorter than the elements that are asked for.
+TEST_F(WorkerCommands, ShorterValueOfAPolledElementIsNotServed) {
+    start({"--tag", "A:DINT[0..4]=1,2,3,4,5"});
+    worker->receiver()->cacheInsert("A[3]_2", QByteArray::fromHex("09000000"));
+    const Outcome outcome = readElements("04\t0030\tA\t[3]\tC4\t2\t5\t12\n");
+    EXPECT_TRUE(outcome.served);
+    EXPECT_EQ(QByteArray("04\t0030\t0400000005000000\n"), outcome.answer);
+}
+
+TEST_F(WorkerCommands, PolledElementIsRefreshedByItsRead) {
+    start({"--tag", "A:DINT[0..4]=1,2,3,4,5"});
+    poll("01\t0001\tA[4]\t1\n");
+    const Outcome outcome = readElements("04\t0031\tA\t[4]\tC4\t1\t5\t16\n");
+    EXPECT_TRUE(outcome.served);
+    EXPECT_EQ(QString("A[4]"), outcome.name);
+    EXPECT_EQ(QByteArray("04\t0031\t05000000\n"), outcome.answer);
+    EXPECT_EQ("05000000", cached("A[4]_1"));
+    EXPECT_EQ(1, simulator->countRequests("A[4]"));
+}
+
+TEST_F(WorkerCommands, BrokenUpdateNeedsNobodyToHearOfIt) {
+    start({"--tag", "D:DINT=42", "--fault", "resetx1@tag=D"});
+    ASSERT_TRUE(worker->openConnection());
+    EXPECT_FALSE(worker->updateCache("D", 1, nullptr));
+    EXPECT_FALSE(open());
+    EXPECT_EQ(QString("Internal: receive error"), worker->errStr());
+}
+
+// ---- opening and stopping ----------------------------------------------------------------------
+
+/// The records of a connection whose socket is gone are not those of the next one.
+TEST_F(WorkerCommands, OpeningAfterAResetTakesThePlaceOfTheOneBefore) {
+    start({"--tag", "D:DINT=42"});
+    ASSERT_TRUE(worker->openConnection());
+    ASSERT_EQ("ok", simulator->command("reset-peers"));
+    EXPECT_TRUE(worker->openConnection()) << worker->errStr().toStdString();
+    EXPECT_TRUE(open());
+    EXPECT_EQ(2, simulator->connectionsOpened());
+    EXPECT_EQ(QByteArray("02\t0040\t2a000000\n"), read("02\t0040\tD\t1\n").answer);
+}
+
+TEST_F(WorkerCommands, StoppedWorkerOpensNothing) {
+    start({"--tag", "D:DINT=42"});
+    worker->stop();
+    EXPECT_FALSE(worker->openConnection());
+    EXPECT_FALSE(open());
+    EXPECT_EQ(QByteArray(), worker->errStr().toLatin1()) << "a stop is no failure";
+    EXPECT_TRUE(simulator->log().isEmpty());
+}
+
+/// The answer to a command that a stop overtakes is not awaited.
+TEST_F(WorkerCommands, StoppedWorkerRefreshesNothing) {
+    start({"--tag", "D:DINT=42"});
+    ASSERT_TRUE(worker->openConnection());
+    worker->receiver()->cacheInsert("D_1", QByteArray::fromHex("07000000"));
+    worker->stop();
+    bool broken = true;
+    EXPECT_FALSE(worker->updateCache("D", 1, &broken));
+    EXPECT_FALSE(broken);
+    EXPECT_TRUE(worker->readFromPLC("D", 1, &broken).isEmpty());
+    EXPECT_EQ("07000000", cached("D_1"));
+    EXPECT_TRUE(worker->errStr().isEmpty());
+    EXPECT_TRUE(simulator->requests().isEmpty());
+}
+
+/// A controller in slot 0 of a rack, behind a bridge: port segment 01 00 before the path of the
+/// message router, 20 02 24 01.
+TEST(WorkerRoute, GoesBeforeThePathOfTheMessageRouter) {
+    QByteArray open;
+    ScriptedController bridge(ScriptedController::Script{[&open](const QByteArray& request) {
+        // Encapsulation command, then the service behind header, prefix, item count and items.
+        const int command = request.at(0);
+        if (command == 0x6F && request.size() > 40 && request.at(40) == 0x54) {
+            open = request.mid(40);
+        }
+        ScriptedController::Answer answer;
+        if (command == 0x65) {
+            answer.pieces << QByteArray::fromHex(
+                "65000400 01000000 00000000 0000000000000000 00000000 01000000");
+        } else {
+            answer.hangsUp = true;
+        }
+        return answer;
+    }});
+    CipPlcDriverCallback receiver;
+    EipWorker worker(&receiver, "127.0.0.1", bridge.port(), 400, {0x01, 0x00});
+    EXPECT_FALSE(worker.openConnection());
+    ASSERT_FALSE(open.isEmpty());
+    // Path size in words, then the path, at the end of the request.
+    EXPECT_EQ(QByteArray("03010020022401"), open.right(7).toHex());
+}
+
+TEST_F(WorkerCommands, SessionListThatDoesNotParseChangesNothing) {
+    start({"--tag", "D:DINT=42"});
+    poll("01\t0001\tD\t1\n");
+    take("01\t0002\tE\tmany\n", 1);
+    worker->receiver()->cacheInsert("D_1", QByteArray::fromHex("07000000"));
+    EXPECT_FALSE(worker->takeSessionList());
+    EXPECT_EQ("07000000", cached("D_1"));
+    worker->pollSession();
+    EXPECT_EQ("2a000000", cached("D_1"));
+    EXPECT_EQ(0, simulator->countRequests("E"));
 }
 
 // ---- writes ------------------------------------------------------------------------------------

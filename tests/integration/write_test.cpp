@@ -91,6 +91,13 @@ TEST_F(Write, StringGoesOutAsItIs) {
     EXPECT_EQ(QByteArray("another name"), read("STRING0:NAME", kUnitBlock, 12));
 }
 
+TEST_F(Write, ElementOfAStringArrayGoesOutAsItIs) {
+    start({"--tag", "NAMES:STRING[0..2]=one,two,three"});
+    EXPECT_TRUE(write("STRING0:NAMES[1]", "second"));
+    EXPECT_EQ(QByteArray("second"), read("STRING0:NAMES[1]", kUnitBlock, 6));
+    EXPECT_EQ(QByteArray("three"), read("STRING0:NAMES[2]", kUnitBlock, 5));
+}
+
 TEST_F(Write, StringLongerThanItsLengthByteIsRefused) {
     start({"--tag", "NAME:STRING=old"});
     EXPECT_FALSE(write("STRING0:NAME", QByteArray(256, 'x')));

@@ -12,6 +12,7 @@
 #include "eip/byte_stream_device.h"
 #include "eip/cip/cip_error.h"
 #include "eip/cip/encap_header.h"
+#include "unit/eip/failing_malloc.h"
 
 namespace {
 
@@ -132,6 +133,16 @@ TEST_F(Direct, ShortBodyFailsTheReplyWithoutASecondRead) {
         EXPECT_EQ(Calls({"read 24", "read 5"}), device.calls);
         device.reads.clear();
     }
+}
+
+TEST_F(Direct, ReplyWithoutMemoryForItIsAFailure) {
+    const FailingMalloc noMemory;
+    device.willRead(header(5));
+    device.willRead("abcde");
+    EXPECT_EQ("", receive());
+    EXPECT_TRUE(noMemory.hasFailed());
+    expectError(CIP_ERR_SYSTEM, ENOMEM, 0);
+    EXPECT_EQ(Calls({"read 24"}), device.calls);
 }
 
 TEST_F(Direct, ReceivesWholeMessages) {

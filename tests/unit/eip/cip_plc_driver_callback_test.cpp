@@ -32,6 +32,36 @@ class Receiver : public ::testing::Test {
     PipeClient client;
 };
 
+// ---- memory runs out -----------------------------------------------------------------------
+
+TEST_F(Receiver, FailsWhatIsNotAnswered) {
+    for (const char* line :
+         {"02\t0001\tA\t1\n", "04\t0001\tARR\t[1]\tC4\t1\t10\t4\n", "05\t0001\t10.0.0.1\t1\n"}) {
+        serve(line);
+        ASSERT_TRUE(hasAny()) << line;
+        receiver.failUnanswered();
+        EXPECT_FALSE(hasAny()) << line;
+        EXPECT_EQ(std::string("8") + line[1] + "\t0001\tnot enough memory\n", client.answer(0));
+        receiver.failUnanswered();
+        EXPECT_EQ("", client.answer(0)) << "an answer once only";
+    }
+}
+
+TEST_F(Receiver, FailsASessionListOnItsPipe) {
+    client.send("01\t0007\tA\t1\n", 1);
+    ASSERT_TRUE(receiver.recvCmd(1));
+    receiver.failUnanswered();
+    EXPECT_EQ("81\t0007\n", client.answer(1));
+    EXPECT_EQ("", client.answer(0));
+}
+
+TEST_F(Receiver, FailsASessionListWithoutAnIdWithoutAnAnswer) {
+    client.send("01\t0000\tA\t1\n", 1);
+    ASSERT_TRUE(receiver.recvCmd(1));
+    receiver.failUnanswered();
+    EXPECT_EQ("", client.answer(1));
+}
+
 // ---- receiving a line ----------------------------------------------------------------------
 
 TEST_F(Receiver, HasNothingPendingAtFirst) {

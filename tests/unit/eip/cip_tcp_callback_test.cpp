@@ -126,6 +126,25 @@ TEST_F(Connected, EmptiesPieceByPiece) {
     EXPECT_EQ(message("fresh"), receive(transport));
 }
 
+/// A peer that never stops sending keeps the worker for a bounded time.
+TEST_F(Connected, EmptyingEndsWhenThePeerNeverDoes) {
+    std::atomic<bool> stop(false);
+    std::thread flood([&] {
+        const std::string much(256 * 1024, 's');
+        while (!stop && server.send(much)) {
+        }
+    });
+    const Stopwatch watch;
+    for (int i = 0; i < 20; ++i) {
+        transport.emptyRxBuffer();
+    }
+    EXPECT_LT(watch.ms(), kSoonMs);
+    EXPECT_TRUE(transport.isConnected());
+    stop = true;
+    transport.disconnect();  // ends a send that waits
+    flood.join();
+}
+
 TEST_F(Connected, EmptyingServesThePipes) {
     transport.emptyRxBuffer();
     EXPECT_TRUE(transport.served.empty());
@@ -169,6 +188,40 @@ TEST_F(Connected, SendToAPeerThatDoesNotReadGivesUpAfterItsTime) {
     sender.join();
     EXPECT_EQ(0, sent);
     EXPECT_EQ(std::vector<int>({1}), transport.served);
+}
+
+/// A handler that gives the connection up in the middle of a request.
+TEST(TcpSend, EndsWithItsTimeWhenAHandlerDisconnects) {
+    LoopbackServer server;
+    Transport transport;
+    const std::set<int> before = openDescriptors();
+    ASSERT_EQ(1, transport.connect("127.0.0.1", server.port(), kSoonMs));
+    const int sock = *minus(openDescriptors(), before).begin();
+    ASSERT_TRUE(server.accept());
+    const int small = 4096;
+    ASSERT_EQ(0, setsockopt(sock, SOL_SOCKET, SO_SNDBUF, &small, sizeof small));
+    transport.onPipe = [&](int pipe) {
+        transport.take(pipe);
+        transport.disconnect();
+    };
+    const std::string request = message(std::string(0xFFFF, 'z'));
+    // The peer reads nothing: a send that sleeps has filled both buffers.
+    transport.setTxTimeout(20);
+    for (int sent = 1; sent > 0;) {
+        sent = transport.sendData(header(request));
+    }
+    ASSERT_TRUE(transport.isConnected());
+    // Room for a part of the next one, which is begun and not ended.
+    ASSERT_EQ(30000u, server.receive(30000).size());
+    transport.setTxTimeout(200);
+    int sent = 1;
+    BlockingCall sender([&] { sent = transport.sendData(header(request)); });
+    EXPECT_TRUE(sender.isAsleep());
+    EXPECT_EQ(2, transport.sendClientPipe(0, "a\n", 2));
+    sender.join();
+    EXPECT_EQ(0, sent);
+    EXPECT_FALSE(transport.isConnected());
+    EXPECT_EQ(std::vector<int>({0}), transport.served);
 }
 
 TEST_F(Connected, SendToAPeerThatIsGoneRaisesNoSignal) {

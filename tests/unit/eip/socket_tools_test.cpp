@@ -113,6 +113,9 @@ TEST(KCreateTcpSocket, IsAStreamOverIpv4ClosedOnExec) {
 TEST(KCreateTcpSocket, AFailureIsTheKernels) {
     EXPECT_EQ(-1, KCreateTcpSocket(IPPROTO_UDP));
     EXPECT_EQ(EPROTONOSUPPORT, errno);
+    // No number of a protocol: the answer of an old kernel to a flag that it does not know.
+    EXPECT_EQ(-1, KCreateTcpSocket(99999));
+    EXPECT_EQ(EINVAL, errno);
 }
 
 TEST(KCreateSocketPair, IsAConnectedLocalStreamClosedOnExec) {

@@ -162,6 +162,29 @@ TEST_F(Worker, MalformedLinesGetNoAnswerAndDoNoHarm) {
     EXPECT_EQ(QByteArray("02\t0009\t78\n"), exchange("02\t0009\tA\t1\n"));
 }
 
+TEST_F(Worker, AnAnswersLengthMayBeUnwanted) {
+    ASSERT_EQ(5, receiver.sendServerPipe(0, "line\n", 5));
+    char line[8] = {0};
+    EXPECT_TRUE(worker.recvRsp(0, line, sizeof line, nullptr));
+    EXPECT_STREQ("line\n", line);
+}
+
+/// The base worker, its write service open to the test.
+class BaseWorker : public EipWorker {
+ public:
+    using EipWorker::EipWorker;
+    using EipWorker::processDriverWriteCmd;
+};
+
+TEST_F(Worker, TheBaseWorkerWritesNothing) {
+    BaseWorker base(&receiver, "127.0.0.1", kDeadPort, 200);
+    QString name = "stale";
+    bool broken = true;
+    EXPECT_FALSE(base.processDriverWriteCmd(&name, &broken));
+    EXPECT_TRUE(name.isEmpty());
+    EXPECT_FALSE(broken);
+}
+
 TEST_F(Worker, StopBeforeTheStartEndsTheLoopAtOnce) {
     worker.stop();
     worker.start();

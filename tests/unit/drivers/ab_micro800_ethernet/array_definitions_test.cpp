@@ -53,6 +53,15 @@ TEST(LgxArrayDef, HugeBoundsAreCutNotOverflown) {
     EXPECT_EQ(-1, driver.strToValueOffset("0,1,0", def, 4));
 }
 
+TEST(LgxArrayDef, PartsBeyondTheThirdDoNotCount) {
+    LgxArrayDef def;
+    DriverABMicro800Eth driver;
+    ASSERT_TRUE(driver.arrayDefFromStr("1..3,0..4,2..3", def));
+    def.dims = 4;  // as a failed parse leaves it
+    EXPECT_EQ(30, def.size());
+    EXPECT_EQ(-1, driver.strToValueOffset("1,1,2,0", def, 4));
+}
+
 TEST(LgxArrayDef, LargestIndexNamesAnElement) {
     LgxArrayDef def;
     DriverABMicro800Eth driver;
@@ -84,7 +93,8 @@ INSTANTIATE_TEST_SUITE_P(All, BadRanges,
                                            BadRange{"5..", 1}, BadRange{"..5", 1},
                                            BadRange{"1.5", 1}, BadRange{"0..1,", 2},
                                            BadRange{"0..1,0..1,0..1,0..1", 4},
-                                           BadRange{"0..99999999999", 1}));
+                                           BadRange{"0..99999999999", 1},
+                                           BadRange{"-99999999999..5", 1}));
 
 /// What an earlier call left in errno says nothing about these numbers.
 TEST(ArrayRanges, AreReadWhateverErrnoWasBefore) {
@@ -119,6 +129,27 @@ TEST(ArrayOffset, AnIndexThatDoesNotFitIsNoElement) {
     ASSERT_TRUE(driver.arrayDefFromStr("0..9", def));
     EXPECT_EQ(-1, driver.strToValueOffset("4294967296", def, 4));
     EXPECT_EQ(-1, driver.strToValueOffset("99999999999999999999999", def, 4));
+    EXPECT_EQ(-1, driver.strToValueOffset("-4294967296", def, 4));
+}
+
+/// Bounds are not checked: the offset of what is far outside does not fit an int.
+TEST(ArrayOffset, OneThatDoesNotFitIsNoElement) {
+    DriverABMicro800Eth driver;
+    LgxArrayDef def;
+    def.dims = 1;
+    def.bounds[0] = {2147483647, 2147483647};
+    EXPECT_EQ(-2147483647, driver.strToValueOffset("0", def, 1));
+    EXPECT_EQ(-1, driver.strToValueOffset("0", def, 4));
+    EXPECT_EQ(-1, driver.strToValueOffset("-2147483648", def, 4));
+    def.dims = 2;
+    const int lowest = -2147483647 - 1;
+    def.bounds[0] = {lowest, 2147483647};
+    def.bounds[1] = {lowest, -1};
+    // (2^32 - 1) rows of 2^31 elements are just below 2^63, and 2^32 - 1 more are above.
+    EXPECT_EQ(-1, driver.strToValueOffset("2147483647,2147483647", def, 1));
+    EXPECT_EQ(-1, driver.strToValueOffset("2147483647,-2147483648", def, 1));
+    // 2^62 elements of 8 bytes.
+    EXPECT_EQ(-1, driver.strToValueOffset("0,-2147483648", def, 8));
 }
 
 TEST(ArrayDefinitions, UnknownNameHasNoSizeAndNoOffset) {

@@ -32,6 +32,26 @@ TEST(StartUp, AddressChangeBeforeTheFirstReadIsOnlyKept) {
     EXPECT_FALSE(driver.hasError());
 }
 
+TEST(StartUp, TheConnectionToTheDatabaseIsMadeOnce) {
+    writeProjectDatabase(QStringList("DINT0:ARR[0..9]"));
+    {
+        DriverABMicro800Eth driver;
+        EXPECT_TRUE(driver.createDBConnection());
+        EXPECT_TRUE(driver.createDBConnection());
+        EXPECT_EQ(1, QSqlDatabase::connectionNames().size());
+    }
+    EXPECT_EQ(0, QSqlDatabase::connectionNames().size());
+}
+
+TEST(StartUp, TheInstanceOfAPluginIsMadeAnewOnlyWhenItWasDeleted) {
+    QObject* const first = DriverABMicro800Eth::pluginInstance();
+    ASSERT_NE(nullptr, first);
+    EXPECT_EQ(first, DriverABMicro800Eth::pluginInstance());
+    delete first;
+    const std::unique_ptr<QObject> second(DriverABMicro800Eth::pluginInstance());
+    EXPECT_NE(nullptr, qobject_cast<DriverInterface*>(second.get()));
+}
+
 TEST(StartUp, EveryDriverHasAConnectionNameOfItsOwn) {
     // Every thread's generator starts alike: without care the drivers of two threads would share
     // one database connection.

@@ -121,6 +121,25 @@ TEST_F(FlightRecorderOn, AReadFromTheQuestionToTheAnswer) {
     EXPECT_EQ(1u, recorder->recordings().written);
 }
 
+/// More than the writer keeps in memory before it writes.
+TEST_F(FlightRecorderOn, ALongRecordingIsWhole) {
+    const int kMessages = 3000;
+    for (int i = 0; i < kMessages; ++i) {
+        send(kRegister);
+    }
+    EXPECT_EQ(QStringList(), commentsAtTheEnd());
+    EXPECT_EQ(hex(kRegister).size() * kMessages, capture.bytesToController().size());
+    EXPECT_TRUE(capture.bytesToController().endsWith(hex(kRegister)));
+}
+
+/// The attempts to open go on; the first failure has been recorded.
+TEST_F(FlightRecorderOn, AFurtherFailureToOpenIsNoNews) {
+    recorder->addressChanged("10.0.0.1", 44818);
+    recorder->openFailed("refused", false);
+    EXPECT_EQ(QStringList("address changed: 10.0.0.1:44818"), commentsAtTheEnd());
+    EXPECT_TRUE(names().first().endsWith("-end.pcapng"));
+}
+
 TEST_F(FlightRecorderOn, ALossIsWrittenWithItsReason) {
     send(kRegister);
     recorder->lost("Internal: receive timeout");

@@ -21,7 +21,7 @@ TEST(LiveCounters, Answers) {
     LiveCounters counters;
     counters.noteRequest();
     for (const int status :
-         {0, 0, 5, 0xFF, LiveCounters::kNoStatus, LiveCounters::kEncapsulationError}) {
+         {0, 0, 5, 0xFF, 0x100, LiveCounters::kNoStatus, LiveCounters::kEncapsulationError}) {
         counters.noteAnswer(status);
     }
     counters.noteTimeout();
@@ -33,7 +33,7 @@ TEST(LiveCounters, Answers) {
     counters.noteErrorText();
     const LiveFigures figures = counters.figures();
     EXPECT_EQ(1u, figures.requests);
-    EXPECT_EQ(6u, figures.answers);
+    EXPECT_EQ(7u, figures.answers);
     EXPECT_EQ(2u, figures.byStatus[0]);
     EXPECT_EQ(1u, figures.byStatus[5]);
     EXPECT_EQ(1u, figures.byStatus[0xFF]);

@@ -85,6 +85,28 @@ TEST_F(RecordFolderIn, WithoutHardLinksAFileStillGetsANameThatNoOtherHas) {
     EXPECT_EQ(20, QFileInfo(dir.path() + "/20231114-221320-a-2.pcapng").size());
 }
 
+TEST_F(RecordFolderIn, AFileThatIsGoneBeforeItsEndIsSaid) {
+    RecordFolder folder(path());
+    ASSERT_TRUE(folder.begin(&problem)) << problem;
+    ASSERT_EQ(1, names().size());
+    ASSERT_TRUE(QFile::remove(dir.path() + '/' + names().first()));
+    EXPECT_FALSE(folder.finish(kWhen, "a", &problem));
+    EXPECT_EQ("can not finish a recording in " + path() + "/: No such file or directory", problem);
+    EXPECT_EQ(QStringList(), names());
+}
+
+TEST_F(RecordFolderIn, AReasonWithAHundredRecordingsInOneSecondIsFull) {
+    put("20231114-221320-a.pcapng");
+    for (int number = 2; number <= 100; ++number) {
+        put(QString("20231114-221320-a-%1.pcapng").arg(number));
+    }
+    RecordFolder folder(path());
+    EXPECT_FALSE(writeOne(&folder, "a", &problem));
+    EXPECT_EQ("can not finish a recording in " + path() + "/: File exists", problem);
+    EXPECT_EQ(100, names().size());
+    EXPECT_EQ(0, names().filter(".part").size());
+}
+
 TEST_F(RecordFolderIn, AFullDiskIsSaidAndNothingStays) {
     for (const int error : {ENOSPC, EROFS}) {
         const FailingLink full(error);

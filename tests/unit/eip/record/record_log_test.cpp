@@ -125,6 +125,27 @@ TEST_F(RecordLogAtEase, TheEndOfNothing) {
     EXPECT_EQ(RecordLog::kEnd, log.next(kLong, &job));
 }
 
+/// A fraction of a second that reaches into the next one, whenever the test begins.
+TEST_F(RecordLogWith, WaitsForItsTime) {
+    const int64_t before = monotonicMicros();
+    EXPECT_EQ(RecordLog::kIdle, log.next(999, &job));
+    EXPECT_GE(monotonicMicros() - before, 998000);
+}
+
+/// The first reason stays the recording's.
+TEST_F(RecordLogAtEase, AReasonThatWaitsIsNotReplaced) {
+    log.trigger("first", "");
+    ASSERT_EQ(RecordLog::kWrite, log.next(kAtOnce, &job));
+    log.done();
+    event("a");
+    log.trigger("second", "detail");
+    log.triggerLater("dump");
+    log.end();
+    ASSERT_EQ(RecordLog::kWrite, log.next(kLong, &job));
+    EXPECT_EQ("second", job.why);
+    EXPECT_EQ("detail", job.detail);
+}
+
 TEST_F(RecordLogWith, WakesTheWriter) {
     std::thread other([this] { log.trigger("lost", ""); });
     EXPECT_EQ(RecordLog::kWrite, log.next(kLong, &job));

@@ -43,6 +43,23 @@ TEST(RecordRing, Empty) {
     EXPECT_EQ(texts({}), recordsOf(RecordRing(1000, 10)));
 }
 
+/// What goes first may be a part of a message that came without its command.
+TEST(RecordRing, DropsAMessageOfOneByte) {
+    RecordRing ring(1000, 2);
+    append(&ring, kRecordReceived, "x");
+    append(&ring, kRecordReceived, "y");
+    append(&ring, kRecordReceived, "z");
+    EXPECT_EQ(texts({"x", "overwritten: 1 older messages", "y", "z"}), recordsOf(ring));
+}
+
+TEST(NextRecord, IsNotLookedForBehindTheEnd) {
+    const unsigned char bytes[4] = {0};
+    size_t at = 5;
+    RecordView record;
+    EXPECT_FALSE(nextRecord(bytes, sizeof bytes, &at, &record));
+    EXPECT_EQ(5u, at);
+}
+
 TEST(RecordRing, KeepsOrderAndHeads) {
     RecordRing ring(1000, 10);
     const RecordTime time = {1234567, 89};

@@ -49,6 +49,12 @@ TEST_F(RecordingOf, Nothing) {
     EXPECT_EQ(QString("app"), capture.application);
 }
 
+/// The ring has lost what came before.
+TEST_F(RecordingOf, AnAnswerToAConnectThatIsNotThereIsNoSegment) {
+    add(kRecordConnected, "connected", 1);
+    EXPECT_EQ(0, file().packets.size());
+}
+
 TEST_F(RecordingOf, AConversation) {
     add(kRecordConnecting, "connect: a", 1);
     add(kRecordConnected, "connected", 2);
