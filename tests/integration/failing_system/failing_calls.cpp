@@ -32,6 +32,7 @@ const size_t kShortWrite = 100;
 const char* armedCall = "";
 int armedError = 0;
 long armedNumber = 0;
+int armedTimes = 1;
 Mode armedMode = kPlain;
 std::atomic<bool> armed(false);
 std::atomic<long> calls(0);
@@ -45,7 +46,8 @@ bool fails(const char* call) {
     if (inDriver == 0 || !armed.load(std::memory_order_acquire) || strcmp(call, armedCall) != 0) {
         return false;
     }
-    if (calls.fetch_add(1) + 1 != armedNumber) {
+    const long number = calls.fetch_add(1) + 1;
+    if (armedNumber == 0 || number < armedNumber || number >= armedNumber + armedTimes) {
         return false;
     }
     failed = true;
@@ -100,8 +102,8 @@ size_t transferred(int fd, size_t length, Mode onPipes, Mode onNetwork) {
 
 /// Libraries and functions that do not outlive a lack of memory, for any caller: they end the
 /// process or leave themselves broken. The destructor of a pattern takes memory, too.
-const char* const kFragile[] = {"/ld-",         "libQt5Sql.",   "libqsqlite.",       "libglib-",
-                                "_ZN7QThreadC", "_ZN7QRegExpD", "__nss_database_get"};
+const char* const kFragile[] = {"/ld-",         "libQt5Sql.",   "libqsqlite.",     "libglib-",
+                                "_ZN7QThreadC", "_ZN7QRegExpD", "getprotobyname_r"};
 
 /// Whether memory that is asked for here is the driver's: its code, or SQLite's for it, is on the
 /// stack with nothing fragile in between.
@@ -128,13 +130,15 @@ bool isTheDriversMemory() {
 
 /// Whether this call for memory is refused.
 bool memoryFails() {
+    const bool failedBefore = failed;
     if (!fails("malloc")) {
         return false;
     }
     armed = false;  // for what the look at the stack takes
-    failed = isTheDriversMemory();
+    const bool refused = isTheDriversMemory();
+    failed = failedBefore || refused;
     armed = true;
-    return failed;
+    return refused;
 }
 
 /// The function that the one in this program replaces: the sanitizer's where it has one, else the C
@@ -163,13 +167,14 @@ void* beginInDriver(void* argument) {
 
 }  // namespace
 
-void arm(const Failure& failure, long number, Mode mode) {
+void arm(const Failure& failure, long number, Mode mode, int times) {
     void* frame = nullptr;
     backtrace(&frame, 1);  // the first one loads a library
     armedCall = failure.call;
     armedError = failure.error;
     armedNumber = number;
     armedMode = mode;
+    armedTimes = times;
     calls = 0;
     interruptible = 0;
     failed = false;

@@ -31,8 +31,8 @@ enum Mode {
     kNoLinks               ///< each link to a file returns EPERM
 };
 
-/// From now on the `number`th such call fails, once. 0: none does.
-void arm(const Failure& failure, long number, Mode mode = kPlain);
+/// From now on the `number`th such call fails, and so many in all: `times`. 0: none does.
+void arm(const Failure& failure, long number, Mode mode = kPlain, int times = 1);
 /// From now on none fails.
 void disarm();
 /// How many such calls there were since arm().

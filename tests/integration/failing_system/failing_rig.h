@@ -28,6 +28,7 @@ struct Lot {
     failing::Mode mode;
     bool mustWork;
     bool records;
+    int times = 1;
 };
 
 /// Two controllers, and lives of drivers in processes of their own.
@@ -49,7 +50,8 @@ class FailingSystem : public ::testing::Test {
     /// Lives all of them, some at once. Each is a part of the test. Returns the reports.
     Reports live(const std::vector<Lot>& lots);
     /// Lives for each error of a call, spread over all the moments at which a life makes it.
-    Reports failEach(const Call& call, failing::Mode mode, bool records);
+    /// Such a call and the ones after it fail, so many in all: `times`.
+    Reports failEach(const Call& call, failing::Mode mode, bool records, int times = 1);
 
  private:
     pid_t begin(const Lot& lot, int slot);

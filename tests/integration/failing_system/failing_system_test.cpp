@@ -46,7 +46,7 @@ const Call kCalls[] = {
     {"open", {EMFILE, EINTR, EACCES}},
     {"pthread_create", {EAGAIN}},
     {"read", {EIO, EINTR}},
-    {"recv", {ECONNRESET, EAGAIN, EINTR, ENOMEM}},
+    {"recv", {ECONNRESET, EAGAIN, EINTR, ENOMEM, ENOBUFS}},
     {"sched_getaffinity", {EPERM}},
     {"select", {EINTR, ENOMEM, EBADF}},
     {"send", {ECONNRESET, EAGAIN, EINTR, EPIPE}},
@@ -62,6 +62,13 @@ INSTANTIATE_TEST_SUITE_P(All, FailingCall, ::testing::ValuesIn(kCalls),
                              return std::string(info.param.name);
                          });
 
+/// What the driver does about a failure meets the next one.
+TEST_F(FailingSystem, LacksMemoryForAWhile) {
+    const int kInARow = 40;
+    failEach({"malloc", {ENOMEM}}, failing::kPlain, false, kInARow);
+    failEach({"malloc", {ENOMEM}}, failing::kPlain, true, kInARow);
+}
+
 struct Way {
     const char* name;
     failing::Mode mode;
@@ -75,7 +82,7 @@ void PrintTo(const Way& way, std::ostream* out) {
 class SystemThat : public FailingSystem, public ::testing::WithParamInterface<Way> {};
 
 TEST_P(SystemThat, DoesLittleAtATime) {
-    live({Lot{{"none", 0}, 0, GetParam().mode, GetParam().mustWork, false}});
+    live({Lot{{"none", 0}, 0, GetParam().mode, GetParam().mustWork, false, 1}});
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -144,6 +144,8 @@ void Life::use() {
         driver->setSessionCommand(list);
         driver->name();
         driver->getVersionNumber();
+        delete driver->getDefaultSerialDeviceSetting();
+        delete driver->getDefaultDriverSetting();
     }
     readOnce();
     until("read of a polled tag", [&] { return readsDint("D", kFirst, kFirst); });

@@ -121,7 +121,7 @@ void PrintTo(const Way& way, std::ostream* out) {
 class RecordedTo : public FailingSystem, public ::testing::WithParamInterface<Way> {};
 
 TEST_P(RecordedTo, ADisk) {
-    const Reports ended = live({Lot{{"none", 0}, 0, GetParam().mode, true, true}});
+    const Reports ended = live({Lot{{"none", 0}, 0, GetParam().mode, true, true, 1}});
     ASSERT_EQ(1u, ended.size());
     EXPECT_EQ(GetParam().files, ended[0].left.files);
     EXPECT_EQ(GetParam().told, ended[0].left.told) << ended[0].left.line;
