@@ -148,7 +148,7 @@ void CipTcpCallback::Impl::servePipes(const fd_set& readable) {
 }
 
 void CipTcpCallback::Impl::noteServerRead(int fd, ssize_t result) {
-    if (fd >= 0 && result < 1 && !mayBeReadAgain(result)) {
+    if (fd >= 0 && !mayBeReadAgain(result)) {
         FD_CLR(fd, &readFds);
     }
 }

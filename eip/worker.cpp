@@ -159,7 +159,8 @@ bool EipWorker::connectionIsOpened() const {
     return d->session && d->connection;
 }
 
-/// Gives an opening up halfway, without a word to the controller. Always false.
+/// Gives up halfway through an opening or a closing, without a word to the controller. Always
+/// false.
 bool EipWorker::dropSession() {
     DeleteSession(d->session);
     d->session = 0;
@@ -336,20 +337,8 @@ void EipWorker::recoverFromNoMemory() {
         // While there is none the worker must not take the processor as well.
         d->receiver->sleep(kIdleSleepMs);
     } catch (const std::exception&) {
-        dropConnection();
+        dropSession();  // the connection's record goes first
     }
-}
-
-/// Gives up what there is of a connection, without a word to anybody.
-void EipWorker::dropConnection() {
-    if (d->connection) {
-        DeleteConnection(&d->connection);
-    }
-    if (d->session) {
-        DeleteSession(d->session);
-        d->session = 0;
-    }
-    d->receiver->disconnect();
 }
 
 /// Closes the connection that is open when the loop ends: the controller would keep it for half a

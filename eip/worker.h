@@ -144,7 +144,6 @@ class EipWorker : public QThread {
     bool dropSession();
     void runOneRound();
     void recoverFromNoMemory();
-    void dropConnection();
     void sayFarewell();
     bool hasDriverCommand() const;
     bool serveOneDriverCommand(Served* served);

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "integration/clock_jump.h"
 #include "integration/scripted_controller.h"
 #include "integration/worker_rig.h"
 #include "support/reserved_port.h"
@@ -127,6 +128,11 @@ TEST_F(WorkerCommands, OutParametersMayBeNull) {
     take("03\t0009\tD\tC4\t01000000\n");
     EXPECT_TRUE(worker->processDriverWriteCmd(nullptr, nullptr));
     EXPECT_EQ(QByteArray("03\t0009\n"), answer());
+    const ReservedPort nobody;
+    worker.reset(new OpenWorker(nobody.port()));
+    take("03\t000A\tD\tC4\t01000000\n");
+    EXPECT_FALSE(worker->processDriverWriteCmd(nullptr, nullptr));
+    EXPECT_EQ(QByteArray("83\t000A\tConnection refused(111)\n"), answer());
 }
 
 TEST_F(WorkerCommands, ElementsOfAnArrayThatIsNotPolledAreReadAlone) {
@@ -271,6 +277,22 @@ TEST_F(WorkerCommands, OpeningAfterAResetTakesThePlaceOfTheOneBefore) {
     EXPECT_TRUE(open());
     EXPECT_EQ(2, simulator->connectionsOpened());
     EXPECT_EQ(QByteArray("02\t0040\t2a000000\n"), read("02\t0040\tD\t1\n").answer);
+}
+
+/// The controller drops a connection without traffic after 2 s by 16. A request over it would be
+/// lost together with its time-out.
+TEST_F(WorkerCommands, ConnectionThatWasIdleForTooLongIsOpenedAnew) {
+    start({"--tag", "D:DINT=42", "--tag", "E:DINT=43"});
+    EXPECT_EQ(QByteArray("02\t0041\t2a000000\n"), read("02\t0041\tD\t1\n").answer);
+    jumpClock(28);
+    worker->receiver()->cacheInsert("E_1", QByteArray::fromHex("07000000"));
+    EXPECT_EQ(QByteArray("02\t0042\t2a000000\n"), read("02\t0042\tD\t1\n").answer);
+    EXPECT_EQ(1, simulator->connectionsOpened());
+    jumpClock(31);
+    EXPECT_EQ(QByteArray("02\t0043\t2a000000\n"), read("02\t0043\tD\t1\n").answer);
+    EXPECT_EQ(2, simulator->connectionsOpened());
+    // What was read before may be another controller's.
+    EXPECT_EQ("none", cached("E_1"));
 }
 
 TEST_F(WorkerCommands, StoppedWorkerOpensNothing) {
