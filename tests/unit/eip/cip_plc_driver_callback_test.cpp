@@ -32,6 +32,26 @@ class Receiver : public ::testing::Test {
     PipeClient client;
 };
 
+/// The fields that every command begins with, open to the test.
+class Origin : public CipPlcDriverCallback {
+ public:
+    using CipPlcDriverCallback::parseOrigin;
+};
+
+TEST(CommandOrigin, NeedsPipeAndId) {
+    int pipe = 7;
+    unsigned short tid = 8;
+    for (const QStringList& fields : {QStringList(), QStringList("0"), QStringList({"x", "0001"}),
+                                      QStringList({"0", "XYZ"}), QStringList({"", ""})}) {
+        EXPECT_FALSE(Origin::parseOrigin(fields, &pipe, &tid)) << fields.join('|').toStdString();
+    }
+    EXPECT_EQ(7, pipe);
+    EXPECT_EQ(8, tid);
+    EXPECT_TRUE(Origin::parseOrigin(QStringList({"1", "00FF"}), &pipe, &tid));
+    EXPECT_EQ(1, pipe);
+    EXPECT_EQ(0xFF, tid);
+}
+
 // ---- memory runs out -----------------------------------------------------------------------
 
 TEST_F(Receiver, FailsWhatIsNotAnswered) {

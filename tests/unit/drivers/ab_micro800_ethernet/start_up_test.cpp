@@ -1,4 +1,7 @@
 #include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <QSqlDatabase>
 #include <QStringList>
@@ -41,6 +44,22 @@ TEST(StartUp, TheConnectionToTheDatabaseIsMadeOnce) {
         EXPECT_EQ(1, QSqlDatabase::connectionNames().size());
     }
     EXPECT_EQ(0, QSqlDatabase::connectionNames().size());
+}
+
+/// What the driver has running belongs to the process that it was made in.
+TEST(StartUp, TheEndOfAForkedProcessEndsNothing) {
+    writeProjectDatabase(QStringList("DINT0:ARR[0..9]"));
+    DriverABMicro800Eth driver;
+    ASSERT_TRUE(driver.createDBConnection());
+    const pid_t child = fork();
+    if (child == 0) {
+        exit(0);
+    }
+    int status = -1;
+    ASSERT_EQ(child, waitpid(child, &status, 0));
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(0, WEXITSTATUS(status));
+    EXPECT_EQ(1, QSqlDatabase::connectionNames().size());
 }
 
 TEST(StartUp, TheInstanceOfAPluginIsMadeAnewOnlyWhenItWasDeleted) {

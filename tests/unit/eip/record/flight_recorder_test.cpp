@@ -1,6 +1,8 @@
 #include "eip/record/flight_recorder.h"
 
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -130,6 +132,27 @@ TEST_F(FlightRecorderOn, ALongRecordingIsWhole) {
     EXPECT_EQ(QStringList(), commentsAtTheEnd());
     EXPECT_EQ(hex(kRegister).size() * kMessages, capture.bytesToController().size());
     EXPECT_TRUE(capture.bytesToController().endsWith(hex(kRegister)));
+}
+
+/// The disk takes a part of what the writer hands it first.
+TEST_F(FlightRecorderOn, ALongRecordingThatDoesNotFitIsLost) {
+    for (int i = 0; i < 3000; ++i) {
+        send(kRegister);
+    }
+    rlimit old;
+    ASSERT_EQ(0, getrlimit(RLIMIT_FSIZE, &old));
+    rlimit small = old;
+    small.rlim_cur = 1000;
+    const sighandler_t handler = signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(0, setrlimit(RLIMIT_FSIZE, &small));
+    recorder->start();
+    recorder->end(kLong);
+    setrlimit(RLIMIT_FSIZE, &old);
+    signal(SIGXFSZ, handler);
+    EXPECT_EQ(QStringList(), QDir(dir.path()).entryList(QDir::Files | QDir::Hidden));
+    EXPECT_EQ(1u, recorder->recordings().failed);
+    EXPECT_EQ("can not write a recording to " + dir.path().toStdString() + "/: File too large",
+              recorder->recordings().problem);
 }
 
 /// The attempts to open go on; the first failure has been recorded.
