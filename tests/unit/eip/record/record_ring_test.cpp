@@ -180,6 +180,10 @@ TEST(NextRecord, WhatIsNotWholeIsNone) {
         EXPECT_FALSE(nextRecord(copy.data(), size, &at, &record)) << size;
         EXPECT_EQ(0u, at);
     }
+    size_t at = 0;
+    RecordView record;
+    EXPECT_TRUE(nextRecord(copy.data(), copy.size(), &at, &record));
+    EXPECT_EQ(copy.size(), at);
 }
 
 }  // namespace

@@ -108,6 +108,7 @@ TEST(Capture, DamagedInAnyWay) {
         section("why: x") + packet(1, segment(true, message(0x65, 4)), comment("text"));
     Capture capture;
     QString problem;
+    EXPECT_TRUE(parseCapture(whole, &capture, &problem)) << problem.toStdString();
     for (int size = 0; size < whole.size(); ++size) {
         parseCapture(whole.left(size), &capture, &problem);
     }
