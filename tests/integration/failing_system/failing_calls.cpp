@@ -131,6 +131,11 @@ bool isTheDriversMemory() {
 
 /// Whether this call for memory is refused.
 bool memoryFails() {
+    // Nothing before this line: the loader asks for memory when the sanitizer cannot look at any
+    // yet.
+    if (inDriver == 0) {
+        return false;
+    }
     const bool failedBefore = failed;
     if (!fails("malloc")) {
         return false;
