@@ -107,6 +107,13 @@ TEST_F(RecordedLifeWithout, AThreadLosesNoRecording) {
     EXPECT_EQ(1, told);
 }
 
+TEST_F(RecordedLifeWithout, AnInterruptedWriteLosesNoRecording) {
+    for (const Report& report : failEach({"write", {EINTR}}, failing::kPlain, true)) {
+        EXPECT_EQ(kRecordings, report.left.files);
+        EXPECT_EQ(0, report.left.told) << report.left.line;
+    }
+}
+
 struct Way {
     const char* name;
     failing::Mode mode;

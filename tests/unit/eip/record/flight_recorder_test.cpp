@@ -7,9 +7,11 @@
 #include <QDir>
 #include <QTemporaryDir>
 #include <cstring>
+#include <functional>
 
 #include "support/capture_file.h"
 #include "support/hex_bytes.h"
+#include "unit/eip/record/failing_new.h"
 
 namespace {
 
@@ -153,6 +155,34 @@ TEST_F(FlightRecorderOn, ALongRecordingThatDoesNotFitIsLost) {
     EXPECT_EQ(1u, recorder->recordings().failed);
     EXPECT_EQ("can not write a recording to " + dir.path().toStdString() + "/: File too large",
               recorder->recordings().problem);
+}
+
+/// An event is lost without memory for its text; the driver goes on, and so does the recorder.
+TEST_F(FlightRecorderOn, EventsWithoutMemoryAreLost) {
+    const QString reason("a reason with more letters than a text keeps without memory");
+    const std::function<void()> events[] = {
+        [&] { recorder->asked("read", reason); },
+        [&] { recorder->answered("read", reason, 4, 5); },
+        [&] { recorder->errorText(reason); },
+        [&] { send(kRegister, false); },
+        [&] { recorder->receivedPart("x", 1, false); },
+        [&] { recorder->thrownAway("x", 1); },
+        [&] { recorder->connected(); },
+        [&] { recorder->connectFailed(reason); },
+        [&] { recorder->opened(); },
+        [&] { recorder->openFailed(reason, true); },
+        [&] { recorder->lost(reason); },
+        [&] { recorder->addressChanged("10.0.0.1", 44818); },
+        [&] { recorder->sessionList(reason, 1); },
+    };
+    recorder->connecting("10.0.0.1", 44818);
+    for (const auto& event : events) {
+        const FailingNew noMemory;
+        EXPECT_NO_THROW(event());
+        EXPECT_TRUE(noMemory.hasFailed()) << "event " << &event - events;
+    }
+    recorder->asked("read", "DINT0:A");
+    EXPECT_EQ(QStringList("read asked: DINT0:A"), commentsAtTheEnd().mid(0, 1));
 }
 
 /// The attempts to open go on; the first failure has been recorded.
