@@ -239,7 +239,7 @@ TEST_F(Array, DriversWriteOfAnotherTagDoesNotBeginTheFetchAnew) {
     controller->setDelay(3000);
     const int kWrites = 20;
     for (int i = 0; i < kWrites; ++i) {
-        ASSERT_TRUE(write("DINT0:D", dintBytes(i)));
+        ASSERT_TRUE(write(i % 2 == 0 ? "DINT0:D" : "DINT0:D.M", dintBytes(i)));
     }
     EXPECT_GT(accessesBetweenPieces(), kWrites / 2);
 }
