@@ -210,6 +210,22 @@ TEST_F(Array, PartThatWasWrittenIsReadAtOnce) {
     }
 }
 
+/// The first element is polled as a tag of its own.
+TEST_F(Array, PartThatWasWrittenFromAPolledElementOnIsReadAtOnce) {
+    start(1000, false);
+    poll("A[0]");
+    ASSERT_EQ(elements(1000, 1), read("DINT0:A[0]", 1));
+    controller->setOtherwise([](const Request& request) {
+        return request.service == kWriteFragment && request.offset > 0
+                   ? QByteArray::fromHex("d3000500")
+                   : QByteArray();
+    });
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_FALSE(write("DINT0:A[0]", elements(10000 * i, 150)));
+        ASSERT_EQ(elements(10000 * i, 1), read("DINT0:A[0]", 1)) << i;
+    }
+}
+
 TEST_F(Array, ControllerWithoutWrittenFragmentsRefusesTheWhole) {
     start(400, false);
     controller->setOtherwise([](const Request& request) {
