@@ -69,6 +69,9 @@ TEST_F(UnconnectedSend, NothingToSend) {
         EXPECT_EQ(nullptr, _UnconnectedSend(session, 7, 0x9A, "x", length, CM_PATH, 4, nullptr));
         EXPECT_EQ((CipError{0, -8, 0}), lastError());
     }
+    EXPECT_TRUE(transport.requests.empty());
+    _UnconnectedSend(session, 7, 0x9A, "x", 1, CM_PATH, 4, nullptr);
+    EXPECT_EQ(1u, transport.requests.size()) << "one byte is something";
 }
 
 TEST_F(UnconnectedSend, BadArguments) {
