@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <mutex>
+
 #include "integration/clock_jump.h"
 #include "integration/scripted_controller.h"
 #include "integration/worker_rig.h"
@@ -323,10 +325,12 @@ TEST_F(WorkerCommands, StoppedWorkerRefreshesNothing) {
 /// message router, 20 02 24 01.
 TEST(WorkerRoute, GoesBeforeThePathOfTheMessageRouter) {
     QByteArray open;
-    ScriptedController bridge(ScriptedController::Script{[&open](const QByteArray& request) {
+    std::mutex mutex;  // guards open
+    ScriptedController bridge(ScriptedController::Script{[&](const QByteArray& request) {
         // Encapsulation command, then the service behind header, prefix, item count and items.
         const int command = request.at(0);
         if (command == 0x6F && request.size() > 40 && request.at(40) == 0x54) {
+            const std::lock_guard<std::mutex> lock(mutex);
             open = request.mid(40);
         }
         ScriptedController::Answer answer;
@@ -341,6 +345,7 @@ TEST(WorkerRoute, GoesBeforeThePathOfTheMessageRouter) {
     CipPlcDriverCallback receiver;
     EipWorker worker(&receiver, "127.0.0.1", bridge.port(), 400, {0x01, 0x00});
     EXPECT_FALSE(worker.openConnection());
+    const std::lock_guard<std::mutex> lock(mutex);
     ASSERT_FALSE(open.isEmpty());
     // Path size in words, then the path, at the end of the request.
     EXPECT_EQ(QByteArray("03010020022401"), open.right(7).toHex());
