@@ -26,14 +26,26 @@ LatenessMeter::~LatenessMeter() {
 void LatenessMeter::run() {
     while (!ended) {
         std::this_thread::sleep_for(std::chrono::milliseconds(kNapMs));
+        const std::lock_guard<std::mutex> lock(mutex);
         const int64_t now = nowMs();
-        const int64_t late = now - woke.load() - kNapMs;
-        worst = std::max(worst.load(), late);
+        const int64_t late = now - woke - kNapMs;
+        worst = std::max(worst, late);
         mean = mean + (std::max<int64_t>(late, 0) * 1000 - mean) / kMeanOf;
         woke = now;
     }
 }
 
+void LatenessMeter::reset() {
+    const std::lock_guard<std::mutex> lock(mutex);
+    worst = 0;
+}
+
 int64_t LatenessMeter::worstMs() const {
-    return std::max(worst.load(), nowMs() - woke.load() - kNapMs);
+    const std::lock_guard<std::mutex> lock(mutex);
+    return std::max(worst, nowMs() - woke - kNapMs);
+}
+
+int64_t LatenessMeter::meanUs() const {
+    const std::lock_guard<std::mutex> lock(mutex);
+    return mean;
 }

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <mutex>
 #include <thread>
 
 /// How late a thread of this process comes that wants to run: a machine with other work makes every
@@ -15,19 +16,20 @@ class LatenessMeter {
     LatenessMeter& operator=(const LatenessMeter&) = delete;
 
     /// Forgets what was.
-    void reset() { worst = 0; }
+    void reset();
     /// The longest lateness since, in milliseconds.
     int64_t worstMs() const;
     /// The mean of the last two seconds, in microseconds.
-    int64_t meanUs() const { return mean; }
+    int64_t meanUs() const;
 
  private:
     void run();
 
     std::atomic<bool> ended{false};
-    std::atomic<int64_t> worst{0};
-    std::atomic<int64_t> mean{0};
-    std::atomic<int64_t> woke;
+    mutable std::mutex mutex;
+    int64_t worst = 0;  ///< guarded by mutex, as the next two
+    int64_t mean = 0;
+    int64_t woke;
     std::thread thread;
 };
 
