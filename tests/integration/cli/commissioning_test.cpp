@@ -48,6 +48,9 @@ TEST_F(Commissioning, ThePageIsWhatHappens) {
     expectThePageIsWhatHappens("commissioning.md", 13,
                                {shellEnvironment(), [&](const QString& text) { return here(text); },
                                 [&](const QString& text) { return onThePage(text); }});
+    if (IsSkipped()) {
+        return;
+    }
     // The controller that the day began with has been read only.
     EXPECT_FALSE(former.log().isEmpty());
     for (const QJsonObject& request : former.log()) {
