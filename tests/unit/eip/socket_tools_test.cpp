@@ -212,6 +212,28 @@ TEST(Sockets, WithoutADescriptorAboveTheStandardStreamsThereIsNone) {
     EXPECT_FALSE(taken);
 }
 
+TEST(Sockets, OnePlaceAboveTheStandardStreamsIsNotEnoughForAPair) {
+    rlimit usual = {};
+    ASSERT_EQ(0, getrlimit(RLIMIT_NOFILE, &usual));
+    int fds[2] = {0, 0};
+    int result = 0;
+    bool left = true;
+    {
+        const NoStandardStreams none;
+        const int place = KCreateTcpSocket(IPPROTO_TCP);
+        KCloseSocket(place);
+        const rlimit onePlace = {rlim_t(place) + 1, usual.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &onePlace);
+        result = KCreateSocketPair(fds);
+        left = isOpen(0) || isOpen(1) || isOpen(place);
+        setrlimit(RLIMIT_NOFILE, &usual);
+    }
+    EXPECT_EQ(-1, result);
+    EXPECT_EQ(-1, fds[0]);
+    EXPECT_EQ(-1, fds[1]);
+    EXPECT_FALSE(left);
+}
+
 TEST(KSetNonBlockingMode, KeepsTheOtherFlags) {
     int fds[2];
     ASSERT_EQ(0, pipe2(fds, O_CLOEXEC | O_DIRECT));
