@@ -109,9 +109,6 @@ QList<TestProgram> programsFor(const QString& file, bool quick) {
     if (!quick) {
         programs << TestProgram{recorder ? "tests/integration_record" : "tests/integration_driver",
                                 true};
-        if (file.startsWith("drivers/")) {
-            programs << TestProgram{"tests/integration_end", true};
-        }
     }
     return programs;
 }
