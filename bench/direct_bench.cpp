@@ -59,22 +59,13 @@ class ThreadedRawClient {
     std::thread thread;
 };
 
-/// Reads of the bare sockets and operations of the driver, a block of each in turn and all against
-/// one simulator, so that where the scheduler has put whom moves all alike.
+/// Reads of a bare socket and other operations, a block of each in turn and all against one
+/// simulator, so that where the scheduler has put whom moves both alike.
 template <typename Operation>
-void measureBesideFloor(benchmark::State& state, Operation operation, bool recording = false) {
-    QTemporaryDir dir;
-    const RecorderIn recorder(recording ? dir.path() : QString());
-    Simulator simulator(dintTags(1));
-    RawClient client(simulator.port());
-    ThreadedRawClient threaded(simulator.port());
-    LoopbackDevice device(simulator.port());
-    const std::unique_ptr<DriverInterface> driver = newDriver();
-    const CommunicatorCommand command = dintCommand("T0");
-    driver->read(&device, command);
+void measureBesideFloor(benchmark::State& state, quint16 port, Operation operation) {
+    RawClient client(port);
     const int kBlock = 50;
     Latencies floor;
-    Latencies threadedFloor;
     Latencies latencies;
     while (state.KeepRunningBatch(kBlock)) {
         bool ok = true;
@@ -82,10 +73,7 @@ void measureBesideFloor(benchmark::State& state, Operation operation, bool recor
             floor.time([&] { ok = client.readTag("T0") && ok; });
         }
         for (int i = 0; i < kBlock; ++i) {
-            threadedFloor.time([&] { ok = threaded.readTag() && ok; });
-        }
-        for (int i = 0; i < kBlock; ++i) {
-            latencies.time([&] { ok = operation(driver.get(), &device, command) && ok; });
+            latencies.time([&] { ok = operation() && ok; });
         }
         if (!ok) {
             state.SkipWithError("the operation failed");
@@ -95,20 +83,39 @@ void measureBesideFloor(benchmark::State& state, Operation operation, bool recor
     state.counters["floor_us"] = floor.percentile(0.5) / 1000;
     state.counters["p50_us"] = latencies.percentile(0.5) / 1000;
     state.counters["of_floor"] = latencies.percentile(0.5) / floor.percentile(0.5);
-    state.counters["threaded_us"] = threadedFloor.percentile(0.5) / 1000;
-    state.counters["of_threaded"] = latencies.percentile(0.5) / threadedFloor.percentile(0.5);
 }
 
+/// The same for operations of a driver.
+template <typename Operation>
+void measureDriver(benchmark::State& state, Operation operation, bool recording = false) {
+    QTemporaryDir dir;
+    const RecorderIn recorder(recording ? dir.path() : QString());
+    Simulator simulator(dintTags(1));
+    LoopbackDevice device(simulator.port());
+    const std::unique_ptr<DriverInterface> driver = newDriver();
+    const CommunicatorCommand command = dintCommand("T0");
+    driver->read(&device, command);
+    measureBesideFloor(state, simulator.port(),
+                       [&] { return operation(driver.get(), &device, command); });
+}
+
+void threadedRead(benchmark::State& state) {
+    Simulator simulator(dintTags(1));
+    ThreadedRawClient threaded(simulator.port());
+    measureBesideFloor(state, simulator.port(), [&threaded] { return threaded.readTag(); });
+}
+BENCHMARK(threadedRead)->Name("direct read, bare socket in a thread")->UseRealTime();
+
 void directRead(benchmark::State& state) {
-    measureBesideFloor(state, [](DriverInterface* driver, AbstractDeviceInterface* device,
-                                 const CommunicatorCommand& command) {
+    measureDriver(state, [](DriverInterface* driver, AbstractDeviceInterface* device,
+                            const CommunicatorCommand& command) {
         return driver->read(device, command).size() == 4;
     });
 }
 BENCHMARK(directRead)->Name("direct read")->UseRealTime();
 
 void recordedRead(benchmark::State& state) {
-    measureBesideFloor(
+    measureDriver(
         state,
         [](DriverInterface* driver, AbstractDeviceInterface* device,
            const CommunicatorCommand& command) {
@@ -120,8 +127,8 @@ BENCHMARK(recordedRead)->Name("direct read, recording")->UseRealTime();
 
 void directWrite(benchmark::State& state) {
     const QByteArray value = QByteArray::fromHex("2a000000");
-    measureBesideFloor(state, [&value](DriverInterface* driver, AbstractDeviceInterface* device,
-                                       const CommunicatorCommand& command) {
+    measureDriver(state, [&value](DriverInterface* driver, AbstractDeviceInterface* device,
+                                  const CommunicatorCommand& command) {
         return driver->write(device, command, value);
     });
 }
