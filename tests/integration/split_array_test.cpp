@@ -32,6 +32,12 @@ QByteArray elements(int first, int count) {
     return bytes;
 }
 
+/// The answer of a controller that takes the first piece of a write and no other.
+QByteArray refuseLaterPieces(const Request& request) {
+    return request.service == kWriteFragment && request.offset > 0 ? QByteArray::fromHex("d3000500")
+                                                                   : QByteArray();
+}
+
 class Array : public ::testing::Test {
  protected:
     void start(int size, bool isDeclared, int retry = 0) {
@@ -199,11 +205,7 @@ TEST_F(Array, FailureBehindTheFirstPieceSaysWhatIsWrittenAndIsNotRepeated) {
 
 TEST_F(Array, PartThatWasWrittenIsReadAtOnce) {
     startPolled(1000);
-    controller->setOtherwise([](const Request& request) {
-        return request.service == kWriteFragment && request.offset > 0
-                   ? QByteArray::fromHex("d3000500")
-                   : QByteArray();
-    });
+    controller->setOtherwise(refuseLaterPieces);
     for (int i = 0; i < 20; ++i) {
         EXPECT_FALSE(write("DINT0:A[0]", elements(10000 * i, 150)));
         ASSERT_EQ(elements(10000 * i, 1), read("DINT0:A[0]", 1)) << i;
@@ -215,11 +217,7 @@ TEST_F(Array, PartThatWasWrittenFromAPolledElementOnIsReadAtOnce) {
     start(1000, false);
     poll("A[0]");
     ASSERT_EQ(elements(1000, 1), read("DINT0:A[0]", 1));
-    controller->setOtherwise([](const Request& request) {
-        return request.service == kWriteFragment && request.offset > 0
-                   ? QByteArray::fromHex("d3000500")
-                   : QByteArray();
-    });
+    controller->setOtherwise(refuseLaterPieces);
     for (int i = 0; i < 20; ++i) {
         EXPECT_FALSE(write("DINT0:A[0]", elements(10000 * i, 150)));
         ASSERT_EQ(elements(10000 * i, 1), read("DINT0:A[0]", 1)) << i;
